@@ -1,0 +1,42 @@
+// Purchase events: the one header to start at.
+//
+// When the store reports a finished in-app purchase, the function below turns what the store and
+// the receipt say about it into the parameters of one event. It keeps nothing between calls.
+
+#ifndef QEL_PURCHASE_EVENT_H_
+#define QEL_PURCHASE_EVENT_H_
+
+#include <optional>
+#include <string_view>
+
+#include "qel/event_parameters.h"
+#include "qel/receipt_item.h"
+#include "qel/store_records.h"
+
+namespace qel {
+
+// Keys of an event that the rest of the library looks up: "invalid", "sub_convert" and "sub_renew".
+extern const std::string_view kQELParameterInAppPurchaseInvalid;
+extern const std::string_view kQELParameterIsSubscriptionConversion;
+extern const std::string_view kQELParameterIsSubscriptionRenewal;
+
+}  // namespace qel
+
+// Builds the parameters of the event for one purchase, or returns nothing when the records cannot
+// yield a sound event.
+//
+// `product` and `transaction` may be null, and `receiptItems` may be empty. The store's records are
+// asked during the call only; the receipt's list must not change during it. An event always holds
+// "product_id", "price", "value" and "currency"; a purchase that the receipt does not bear out is
+// an event with "invalid", not nothing.
+//
+// Each rejection and each decision is reported to QELMeasurement::monitor(), except the lack of a
+// price, of a quantity or of a currency code, which yields nothing in silence.
+//
+// Never throws; ends the program when memory runs out. Threads: any, several calls at once, each
+// with its own arguments. The result belongs to the caller.
+std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+    const qel::StoreProduct* product, const qel::StoreTransaction* transaction,
+    qel::QELInAppPurchaseItemsView receiptItems) noexcept;
+
+#endif  // QEL_PURCHASE_EVENT_H_

@@ -1,0 +1,16 @@
+#include "qel/date_formatter.h"
+
+#include "written_date.h"
+
+namespace qel {
+
+// The written form that is read has no locale and no zone of its own, so there is nothing to set.
+DateFormatter::DateFormatter() = default;
+DateFormatter::~DateFormatter() = default;
+
+std::optional<Instant> DateFormatter::dateFromString(const OptionalText& text) const {
+  if (!text.has_value()) return std::nullopt;
+  return instantFromWrittenDate(*text);
+}
+
+}  // namespace qel

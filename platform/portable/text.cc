@@ -1,0 +1,55 @@
+#include "qel/text.h"
+
+#include <utf8/core.h>
+#include <utf8/unchecked.h>
+
+#include <array>
+#include <cstddef>
+
+namespace qel {
+namespace {
+
+// Every surrogate takes three bytes and begins with this one, which begins no other character above
+// U+D7FF and is never a later byte of one.
+constexpr char kSurrogateLead = '\xED';
+constexpr std::size_t kSurrogateSize = 3;
+
+// Which half of a pair a surrogate is shows in the high bits of its second byte.
+enum class Half : unsigned char { kHigh = 0xA0, kLow = 0xB0 };
+
+constexpr unsigned byteAt(std::string_view text, std::size_t position) {
+  return static_cast<unsigned char>(text[position]);
+}
+
+bool isSurrogate(std::string_view text, std::size_t position, Half half) {
+  return text.size() >= position + kSurrogateSize && text[position] == kSurrogateLead &&
+         (byteAt(text, position + 1) & 0xF0) == static_cast<unsigned>(half) &&
+         (byteAt(text, position + 2) & 0xC0) == 0x80;
+}
+
+// The ten bits that the surrogate at `position` adds to its pair.
+char32_t payload(std::string_view text, std::size_t position) {
+  return (byteAt(text, position + 1) & 0x0F) << 6 | (byteAt(text, position + 2) & 0x3F);
+}
+
+void joinSurrogatePairs(std::string& text) {
+  for (std::size_t high = text.find(kSurrogateLead); high != std::string::npos;
+       high = text.find(kSurrogateLead, high + 1)) {
+    const std::size_t low = high + kSurrogateSize;
+    if (!isSurrogate(text, high, Half::kHigh) || !isSurrogate(text, low, Half::kLow)) continue;
+    const char32_t character = 0x10000 + (payload(text, high) << 10 | payload(text, low));
+    std::array<char, 4> encoded;
+    utf8::unchecked::append(character, encoded.begin());
+    text.replace(high, 2 * kSurrogateSize, encoded.data(), encoded.size());
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> utf8DataWithoutLoss(std::string text) {
+  joinSurrogatePairs(text);
+  if (!utf8::is_valid(text.begin(), text.end())) return std::nullopt;
+  return text;
+}
+
+}  // namespace qel

@@ -1,0 +1,36 @@
+// Reading the purchase dates of a receipt.
+//
+// The component links against exactly one implementation: platform/portable/date_formatter.cc, or
+// the platform's own. Tests link one that counts.
+
+#ifndef QEL_PLATFORM_DATE_FORMATTER_H_
+#define QEL_PLATFORM_DATE_FORMATTER_H_
+
+#include <optional>
+
+#include "qel/instant.h"
+#include "qel/text.h"
+
+namespace qel {
+
+// Reads dates of the pattern yyyy-MM-dd'T'HH:mm:ssZZZZZ (UTS #35) in the locale en_US_POSIX and the
+// time zone at 0 seconds from GMT: 2019-03-14T09:26:53Z or 2019-03-14T10:26:53+01:00.
+//
+// Threads: a formatter is used on the thread that made it.
+class DateFormatter {
+ public:
+  // Sets the locale, the pattern and the time zone, in this order.
+  DateFormatter();
+  ~DateFormatter();
+
+  DateFormatter(const DateFormatter&) = delete;
+  DateFormatter& operator=(const DateFormatter&) = delete;
+
+  // The instant that `text` denotes, on a whole second; nothing when it is absent or does not fit
+  // the pattern.
+  std::optional<Instant> dateFromString(const OptionalText& text) const;
+};
+
+}  // namespace qel
+
+#endif  // QEL_PLATFORM_DATE_FORMATTER_H_

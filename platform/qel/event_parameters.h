@@ -1,0 +1,145 @@
+// The parameters of a purchase event: a mapping from key to value.
+
+#ifndef QEL_PLATFORM_EVENT_PARAMETERS_H_
+#define QEL_PLATFORM_EVENT_PARAMETERS_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "qel/value.h"
+
+namespace qel {
+
+// Every key that an event can hold, in ascending order of the key's text. Amounts are in micros of
+// the currency; a flag is the integer 1 and is otherwise left out.
+enum class ParameterKey : std::uint8_t {
+  kDedupeId,           // integer: the deduplication identifier, -1 when it could not be worked out
+  kCurrency,           // string: currency code of the product's locale
+  kFreeTrial,          // flag: the purchase is a free trial
+  kInvalid,            // flag: the receipt does not bear the purchase out
+  kOriginalPrice,      // integer: the product's undiscounted price
+  kPrice,              // integer: the price of one unit, as charged
+  kPriceIsDiscounted,  // flag: the price charged is not the product's price
+  kProductId,          // string: the product's identifier
+  kProductName,        // string: the product's localized title
+  kQuantity,           // integer: units bought
+  kSubConvert,         // flag: the first paid period after a free trial
+  kSubRenew,           // flag: a further period of a subscription
+  kSubscription,       // flag: a subscription's first purchase, or one that the receipt contradicts
+  kValue,              // integer: what the purchase cost in all, as charged
+};
+
+// The texts of the keys, as an event carries them, in the order of ParameterKey.
+inline constexpr std::array<std::string_view, 14> kParameterKeyTexts = {
+    "_did",           "currency", "free_trial",          "invalid",
+    "original_price", "price",    "price_is_discounted", "product_id",
+    "product_name",   "quantity", "sub_convert",         "sub_renew",
+    "subscription",   "value",
+};
+
+// The text of `key`.
+constexpr std::string_view textOf(ParameterKey key) {
+  return kParameterKeyTexts[static_cast<std::size_t>(key)];
+}
+
+// A mapping from ParameterKey to a shared QELValue. Copies share their values.
+//
+// Threads: like a standard container; the values may be shared between threads.
+class EventParameters {
+ public:
+  // One key and its value, as iteration gives them.
+  struct Entry {
+    std::string_view key;
+    const QELValue& value;
+  };
+  class Iterator;
+
+  // Puts `value` under `key` in place of any earlier value. A null value changes nothing.
+  void set(ParameterKey key, QELValuePtr value) {
+    if (value != nullptr) slot(key) = std::move(value);
+  }
+
+  // Puts the integer 1 under `flag`.
+  void setFlag(ParameterKey flag) { set(flag, QELValue::initWithInt64(1)); }
+
+  // Sets every entry of `other`, which wins over an entry under the same key.
+  void merge(const EventParameters& other) {
+    for (std::size_t i = 0; i < slots_.size(); ++i)
+      set(static_cast<ParameterKey>(i), other.slots_[i]);
+  }
+
+  // The value under `key`, null when there is none.
+  const QELValuePtr& find(ParameterKey key) const { return slots_[static_cast<std::size_t>(key)]; }
+
+  // The value under the key with this text, null when there is none or the text names no key.
+  QELValuePtr find(std::string_view key) const {
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      if (kParameterKeyTexts[i] == key) return slots_[i];
+    }
+    return nullptr;
+  }
+
+  // Iterates over the entries in ascending order of the keys' texts.
+  Iterator begin() const;
+  Iterator end() const;
+
+  bool empty() const;
+
+ private:
+  using Slots = std::array<QELValuePtr, kParameterKeyTexts.size()>;
+
+  QELValuePtr& slot(ParameterKey key) { return slots_[static_cast<std::size_t>(key)]; }
+
+  // One slot for each key, null where the mapping has no entry: the set of keys is closed, so a
+  // mapping needs no memory beyond its values.
+  Slots slots_;
+};
+
+// Walks the slots that hold a value. Valid until the mapping is changed or destroyed.
+class EventParameters::Iterator {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using difference_type = std::ptrdiff_t;
+  using value_type = Entry;
+  using pointer = void;
+  using reference = Entry;
+
+  Iterator(const Slots& slots, std::size_t index) : slots_(&slots), index_(index) { skipEmpty(); }
+
+  Entry operator*() const { return {kParameterKeyTexts[index_], *(*slots_)[index_]}; }
+  Iterator& operator++() {
+    ++index_;
+    skipEmpty();
+    return *this;
+  }
+  Iterator operator++(int) {
+    Iterator before = *this;
+    ++*this;
+    return before;
+  }
+  friend bool operator==(const Iterator& left, const Iterator& right) {
+    return left.index_ == right.index_;
+  }
+
+ private:
+  void skipEmpty() {
+    while (index_ < slots_->size() && (*slots_)[index_] == nullptr) ++index_;
+  }
+
+  const Slots* slots_;
+  std::size_t index_;
+};
+
+inline EventParameters::Iterator EventParameters::begin() const { return Iterator(slots_, 0); }
+inline EventParameters::Iterator EventParameters::end() const {
+  return Iterator(slots_, slots_.size());
+}
+inline bool EventParameters::empty() const { return begin() == end(); }
+
+}  // namespace qel
+
+#endif  // QEL_PLATFORM_EVENT_PARAMETERS_H_

@@ -1,0 +1,53 @@
+// The receipt's in-app purchase entries, as the library's receipt parser hands them over.
+
+#ifndef QEL_PLATFORM_RECEIPT_ITEM_H_
+#define QEL_PLATFORM_RECEIPT_ITEM_H_
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace qel {
+
+// One in-app purchase entry of an app's receipt. Two entries are equal when all their fields are;
+// here, unlike between texts, absent matches absent, so that an entry always equals itself.
+struct QELInAppPurchaseItem {
+  std::optional<std::string> productID;
+
+  // The purchase date as the receipt writes it: 2019-03-14T09:26:53Z. Any text may stand here.
+  std::optional<std::string> purchaseDateIA5String;
+
+  // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
+  // Only the low 32 bits are read, as a signed integer; absent reads 0.
+  std::optional<std::int64_t> purchaseType;
+
+  // Present, whatever its value, on the entries of subscriptions.
+  std::optional<std::int64_t> webOrderLineItemID;
+
+  std::optional<std::string> transactionID;
+
+  // The transaction that began the subscription; a first purchase carries its own identifier here.
+  std::optional<std::string> originalTransactionID;
+
+  bool isFreeTrial = false;
+
+  // Bought at an introductory price.
+  bool isIntroductoryOffer = false;
+
+  friend bool operator==(const QELInAppPurchaseItem&, const QELInAppPurchaseItem&) = default;
+};
+
+// Lists hold their entries by reference, and an entry may stand in a list more than once. The
+// entries belong to the caller, who keeps them alive and unchanged while a list of them is in use.
+using QELInAppPurchaseItemRef = std::reference_wrapper<const QELInAppPurchaseItem>;
+using QELInAppPurchaseItems = std::vector<QELInAppPurchaseItemRef>;
+
+// A list to read from. An absent list and an empty one are treated alike: both are an empty span.
+using QELInAppPurchaseItemsView = std::span<const QELInAppPurchaseItemRef>;
+
+}  // namespace qel
+
+#endif  // QEL_PLATFORM_RECEIPT_ITEM_H_

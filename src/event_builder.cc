@@ -1,0 +1,92 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "diagnostics.h"
+#include "discount_parameters.h"
+#include "micros_and_dedupe_id.h"
+#include "qel/micros_multiplier.h"
+#include "qel/purchase_event.h"
+#include "receipt_validation.h"
+
+namespace qel {
+
+constinit const std::string_view kQELParameterInAppPurchaseInvalid = textOf(ParameterKey::kInvalid);
+constinit const std::string_view kQELParameterIsSubscriptionConversion =
+    textOf(ParameterKey::kSubConvert);
+constinit const std::string_view kQELParameterIsSubscriptionRenewal =
+    textOf(ParameterKey::kSubRenew);
+
+namespace {
+
+// The parameters that the store's records alone give.
+EventParameters baseParameters(const OptionalText& productIdentifier, const StoreProduct& product,
+                               const StoreTransaction& transaction, std::int64_t multiplier) {
+  EventParameters base;
+  base.set(ParameterKey::kProductId, QELValue::initWithString(*productIdentifier));
+  if (const std::optional<Decimal> price = product.price()) {
+    base.set(ParameterKey::kPrice, QELValue::initWithInt64(amountFromPrice(*price, multiplier)));
+    if (quantityOf(transaction) != 0) {
+      const std::int64_t quantity = quantityOf(transaction);
+      base.set(ParameterKey::kValue,
+               QELValue::initWithInt64(QELValueInMicrosFromPriceAndQuantity(*price, quantity)));
+      base.set(ParameterKey::kQuantity, QELValue::initWithInt64(quantity));
+    }
+  }
+  if (const OptionalText currency = product.priceLocaleCurrencyCode()) {
+    base.set(ParameterKey::kCurrency, QELValue::initWithString(*currency));
+  }
+  if (const OptionalText title = product.localizedTitle()) {
+    base.set(ParameterKey::kProductName, QELValue::initWithString(*title));
+  }
+  return base;
+}
+
+// Whether nothing is missing that an event must tell.
+bool hasRequiredKeys(const EventParameters& parameters) {
+  constexpr std::array kRequired = {ParameterKey::kPrice, ParameterKey::kValue,
+                                    ParameterKey::kCurrency, ParameterKey::kProductId};
+  return std::all_of(kRequired.begin(), kRequired.end(),
+                     [&parameters](ParameterKey key) { return parameters.find(key) != nullptr; });
+}
+
+}  // namespace
+}  // namespace qel
+
+std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+    const qel::StoreProduct* product, const qel::StoreTransaction* transaction,
+    qel::QELInAppPurchaseItemsView receiptItems) noexcept {
+  if (product == nullptr) {
+    qel::log(qel::message::kNilProduct);
+    return std::nullopt;
+  }
+  const qel::OptionalText productIdentifier = product->productIdentifier();
+  if (qel::isEmpty(productIdentifier)) {
+    qel::log(qel::message::kEmptyProductId);
+    return std::nullopt;
+  }
+  if (transaction == nullptr) {
+    qel::log(qel::message::kNilTransaction);
+    return std::nullopt;
+  }
+
+  const std::int64_t multiplier = qel::QELDataTypeMicrosMultiplier;
+  qel::EventParameters base =
+      qel::baseParameters(productIdentifier, *product, *transaction, multiplier);
+  const qel::OptionalText transactionIdentifier = transaction->transactionIdentifier();
+  const qel::StoreTransaction* const original = transaction->originalTransaction();
+  const qel::OptionalText originalIdentifier =
+      original != nullptr ? original->transactionIdentifier() : std::nullopt;
+  const std::optional<qel::Instant> date = transaction->transactionDate();
+
+  std::optional<qel::EventParameters> event = qel::QELValidatedInAppPurchaseParameters(
+      receiptItems, productIdentifier, transactionIdentifier, originalIdentifier, date,
+      std::move(base));
+  const std::optional<qel::EventParameters> discount =
+      qel::QELDiscountParameters(event, *product, *transaction, multiplier);
+  if (discount.has_value()) event->merge(*discount);
+
+  if (!event.has_value() || !qel::hasRequiredKeys(*event)) return std::nullopt;
+  return event;
+}

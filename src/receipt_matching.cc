@@ -1,0 +1,55 @@
+#include "qel/receipt_matching.h"
+
+#include <algorithm>
+
+#include "qel/date_formatter.h"
+
+namespace qel {
+namespace {
+
+// How the first of two things stands to the second.
+enum class ComparisonResult : signed char { kAscending = -1, kSame = 0, kDescending = 1 };
+
+ComparisonResult comparePurchaseDates(const DateFormatter& formatter,
+                                      const QELInAppPurchaseItem& first,
+                                      const QELInAppPurchaseItem& second) {
+  const std::optional<Instant> firstDate = formatter.dateFromString(first.purchaseDateIA5String);
+  const std::optional<Instant> secondDate = formatter.dateFromString(second.purchaseDateIA5String);
+  if (!firstDate.has_value()) return ComparisonResult::kSame;
+  // A dated entry goes after one without a date. Together with the line above this orders entries
+  // consistently when it is only asked whether a comparison gives descending.
+  if (!secondDate.has_value()) return ComparisonResult::kDescending;
+  if (*firstDate < *secondDate) return ComparisonResult::kAscending;
+  if (*firstDate > *secondDate) return ComparisonResult::kDescending;
+  return ComparisonResult::kSame;
+}
+
+}  // namespace
+}  // namespace qel
+
+std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
+    qel::QELInAppPurchaseItemsView items, const qel::OptionalText& productIdentifier,
+    const std::optional<qel::Instant>& date) noexcept {
+  if (items.empty()) return std::nullopt;
+  const bool isIdentifierGiven = !qel::isEmpty(productIdentifier);
+  if (!isIdentifierGiven && !date.has_value()) return std::nullopt;
+
+  const qel::DateFormatter formatter;
+  qel::QELInAppPurchaseItems matching;
+  for (const qel::QELInAppPurchaseItem& item : items) {
+    const std::optional<qel::Instant> itemDate =
+        formatter.dateFromString(item.purchaseDateIA5String);
+    const bool isAtDate = itemDate.has_value() && itemDate == date;
+    const bool isOfProduct = qel::isEqual(item.productID, productIdentifier);
+    if ((!isIdentifierGiven || isOfProduct) && (!date.has_value() || isAtDate)) {
+      matching.emplace_back(item);
+    }
+  }
+
+  std::stable_sort(
+      matching.begin(), matching.end(),
+      [&formatter](const qel::QELInAppPurchaseItem& a, const qel::QELInAppPurchaseItem& b) {
+        return qel::comparePurchaseDates(formatter, b, a) == qel::ComparisonResult::kDescending;
+      });
+  return matching;
+}

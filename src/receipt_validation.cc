@@ -1,0 +1,150 @@
+#include "receipt_validation.h"
+
+#include <cstdint>
+#include <utility>
+
+#include "diagnostics.h"
+#include "micros_and_dedupe_id.h"
+#include "qel/receipt_matching.h"
+#include "subscription_flags.h"
+
+namespace qel {
+namespace {
+
+// What a receipt entry's purchase type means. Other values occur and mean nothing of their own.
+enum class PurchaseType : std::int32_t {
+  kNonConsumable = 0,
+  kConsumable = 1,
+  kNonRenewingSubscription = 2,
+  kAutoRenewableSubscription = 3,
+};
+
+PurchaseType typeOf(const QELInAppPurchaseItem& item) {
+  return static_cast<PurchaseType>(static_cast<std::int32_t>(item.purchaseType.value_or(0)));
+}
+
+bool isSubscriptionLike(const QELInAppPurchaseItem& item) {
+  const PurchaseType type = typeOf(item);
+  return type == PurchaseType::kAutoRenewableSubscription ||
+         type == PurchaseType::kNonRenewingSubscription || item.webOrderLineItemID.has_value();
+}
+
+void setDedupeId(EventParameters& parameters, const QELInAppPurchaseItem& item,
+                 const std::optional<std::int64_t>& webOrderLineItemID) {
+  const std::uint64_t dedupeId =
+      QELTransactionDedupeID(item.originalTransactionID, webOrderLineItemID, item.productID);
+  parameters.set(ParameterKey::kDedupeId,
+                 QELValue::initWithInt64(static_cast<std::int64_t>(dedupeId)));
+}
+
+// A one-off purchase: the receipt's only entry for the product, and no subscription.
+void reportSingleItem(const QELInAppPurchaseItem& item, EventParameters& result) {
+  if (!isFirstPurchase(item)) {
+    log(message::kMismatchedTransactionIds);
+    return;
+  }
+  const PurchaseType type = typeOf(item);
+  if (type == PurchaseType::kConsumable) log(message::kConsumable);
+  if (type == PurchaseType::kNonConsumable) log(message::kNonConsumable);
+  setDedupeId(result, item, std::nullopt);
+}
+
+void reportNonRenewingSubscription(const QELInAppPurchaseItem& item, EventParameters& result) {
+  result.setFlag(ParameterKey::kSubscription);
+  setDedupeId(result, item, std::nullopt);
+  log(message::kNonRenewingSubscription);
+}
+
+// An auto-renewable subscription, and whatever else has more than one entry in the receipt. `items`
+// are the entries of the product, earliest first.
+void reportAutoRenewableSubscription(const QELInAppPurchaseItem& item,
+                                     QELInAppPurchaseItemsView items, bool isRepurchase,
+                                     EventParameters& result) {
+  // A renewal, whose identifiers differ, is no new subscription.
+  if (isFirstPurchase(item)) result.setFlag(ParameterKey::kSubscription);
+  setDedupeId(result, item, item.webOrderLineItemID);
+
+  if (!item.isFreeTrial && !item.isIntroductoryOffer) {
+    log(message::kAutoRenewable);
+    QELMaybeAddSubscriptionParameters(result, items, item);
+    return;
+  }
+  if (item.isFreeTrial) {
+    result.setFlag(ParameterKey::kFreeTrial);
+    if (isRepurchase) {
+      log(message::kRepurchasedFreeTrial);
+      result.setFlag(ParameterKey::kInvalid);
+      return;
+    }
+    log(message::kFreeTrial);
+  }
+  if (item.isIntroductoryOffer) {
+    result.setFlag(ParameterKey::kPriceIsDiscounted);
+    QELMaybeAddSubscriptionParameters(result, items, item);
+    log(message::kIntroductoryOffer);
+  }
+  log(message::kAutoRenewableRenewal);
+}
+
+}  // namespace
+
+std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
+    QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
+    const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,
+    const std::optional<Instant>& transactionDate, EventParameters base) {
+  if (base.empty()) return std::nullopt;
+  if (isEmpty(productIdentifier)) return std::nullopt;
+  // A warning only: the purchase may still be classified by the receipt.
+  if (isEmpty(transactionIdentifier)) log(message::kEmptyTransactionId);
+
+  EventParameters result = std::move(base);
+  const std::optional<QELInAppPurchaseItems> items =
+      QELMatchingInAppPurchaseItems(receiptItems, productIdentifier, std::nullopt);
+  if (!items.has_value() || items->empty()) {
+    log(message::kMissingInReceipt, *productIdentifier);
+    result.setFlag(ParameterKey::kInvalid);
+    return result;
+  }
+  const QELInAppPurchaseItem& latest = items->back();
+
+  // The store's own identifiers tell a restore or a second purchase; the receipt's are not asked.
+  const bool isRepurchase = !isEmpty(transactionIdentifier) &&
+                            !isEmpty(originalTransactionIdentifier) &&
+                            transactionIdentifier != originalTransactionIdentifier;
+  if (typeOf(latest) == PurchaseType::kNonConsumable && isRepurchase) {
+    log(message::kRestoredNonConsumable);
+    result.setFlag(ParameterKey::kInvalid);
+    return result;
+  }
+  if (items->size() == 1 && !isSubscriptionLike(latest)) {
+    reportSingleItem(latest, result);
+    return result;
+  }
+
+  const QELInAppPurchaseItems atDate =
+      QELMatchingInAppPurchaseItems(*items, std::nullopt, transactionDate)
+          .value_or(QELInAppPurchaseItems());
+  const bool isMissing = atDate.empty() && isSubscriptionLike(latest);
+  // Two entries at one date are reported as a subscription whatever they are.
+  const bool isAmbiguous = atDate.size() > 1;
+  if (isMissing || isAmbiguous) {
+    if (isMissing) log(message::kSubscriptionMissingInReceipt, *productIdentifier);
+    if (isAmbiguous) log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
+    result.setFlag(ParameterKey::kInvalid);
+    result.setFlag(ParameterKey::kSubscription);
+    return result;
+  }
+
+  // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
+  // Every field of such an entry is absent.
+  const QELInAppPurchaseItem absentItem;
+  const QELInAppPurchaseItem& item = atDate.empty() ? absentItem : atDate.front().get();
+  if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
+    reportNonRenewingSubscription(item, result);
+  } else {
+    reportAutoRenewableSubscription(item, *items, isRepurchase, result);
+  }
+  return result;
+}
+
+}  // namespace qel

@@ -1,0 +1,139 @@
+// Stand-ins for the store's records: plain data with the answers set beforehand, and a list of what
+// was asked, in order.
+
+#ifndef QEL_TESTS_STORE_DOUBLES_H_
+#define QEL_TESTS_STORE_DOUBLES_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qel/store_records.h"
+
+namespace qel::testing {
+
+// The operations that were asked of all records that share the list, such as "product.price".
+using Asked = std::vector<std::string>;
+
+// Notes questions down, where there is a list to note them in.
+class Questioned {
+ public:
+  explicit Questioned(Asked* asked) : asked_(asked) {}
+
+ protected:
+  void note(const char* operation) const {
+    if (asked_ != nullptr) asked_->emplace_back(operation);
+  }
+
+ private:
+  Asked* asked_;
+};
+
+struct FakeDiscount : StoreProductDiscount, Questioned {
+  explicit FakeDiscount(Asked* asked = nullptr) : Questioned(asked) {}
+
+  std::optional<Decimal> thePrice;
+  std::uint64_t thePaymentMode = 0;
+
+  std::optional<Decimal> price() const override {
+    note("discount.price");
+    return thePrice;
+  }
+  std::uint64_t paymentMode() const override {
+    note("discount.paymentMode");
+    return thePaymentMode;
+  }
+};
+
+struct FakeProduct : StoreProduct, Questioned {
+  explicit FakeProduct(Asked* asked = nullptr) : Questioned(asked) {}
+
+  std::optional<std::string> theProductIdentifier;
+  std::optional<Decimal> thePrice;
+  std::optional<std::string> theCurrencyCode;
+  std::optional<std::string> theLocalizedTitle;
+  bool platformHasDiscountClass = true;
+  bool discountsHavePrice = true;
+  bool discountsHavePaymentMode = true;
+  bool hasIntroductoryPrice = true;
+  const StoreProductDiscount* theIntroductoryPrice = nullptr;
+
+  OptionalText productIdentifier() const override {
+    note("product.productIdentifier");
+    return theProductIdentifier;
+  }
+  std::optional<Decimal> price() const override {
+    note("product.price");
+    return thePrice;
+  }
+  OptionalText priceLocaleCurrencyCode() const override {
+    note("product.priceLocaleCurrencyCode");
+    return theCurrencyCode;
+  }
+  OptionalText localizedTitle() const override {
+    note("product.localizedTitle");
+    return theLocalizedTitle;
+  }
+  bool hasDiscountClass() const override {
+    note("product.hasDiscountClass");
+    return platformHasDiscountClass;
+  }
+  bool discountsAnswerPrice() const override {
+    note("product.discountsAnswerPrice");
+    return discountsHavePrice;
+  }
+  bool discountsAnswerPaymentMode() const override {
+    note("product.discountsAnswerPaymentMode");
+    return discountsHavePaymentMode;
+  }
+  bool answersIntroductoryPrice() const override {
+    note("product.answersIntroductoryPrice");
+    return hasIntroductoryPrice;
+  }
+  const StoreProductDiscount* introductoryPrice() const override {
+    note("product.introductoryPrice");
+    return theIntroductoryPrice;
+  }
+};
+
+struct FakePayment : StorePayment, Questioned {
+  explicit FakePayment(Asked* asked = nullptr) : Questioned(asked) {}
+
+  std::int64_t theQuantity = 0;
+
+  std::int64_t quantity() const override {
+    note("payment.quantity");
+    return theQuantity;
+  }
+};
+
+struct FakeTransaction : StoreTransaction, Questioned {
+  explicit FakeTransaction(Asked* asked = nullptr) : Questioned(asked) {}
+
+  std::optional<std::string> theTransactionIdentifier;
+  const StoreTransaction* theOriginalTransaction = nullptr;
+  std::optional<Instant> theTransactionDate;
+  const StorePayment* thePayment = nullptr;
+
+  OptionalText transactionIdentifier() const override {
+    note("transaction.transactionIdentifier");
+    return theTransactionIdentifier;
+  }
+  const StoreTransaction* originalTransaction() const override {
+    note("transaction.originalTransaction");
+    return theOriginalTransaction;
+  }
+  std::optional<Instant> transactionDate() const override {
+    note("transaction.transactionDate");
+    return theTransactionDate;
+  }
+  const StorePayment* payment() const override {
+    note("transaction.payment");
+    return thePayment;
+  }
+};
+
+}  // namespace qel::testing
+
+#endif  // QEL_TESTS_STORE_DOUBLES_H_
