@@ -100,7 +100,10 @@ constexpr bool isPlain(char character) {
 // Takes the character at the start of `text`, which is not plain, off it and appends it.
 void takeNotPlain(std::string_view& text, std::string& out) {
   if (startsWithSurrogate(text)) {
-    appendEscapedUnit(0xD000U | (text[1] & 0x3FU) << 6 | (text[2] & 0x3FU), out);
+    const auto payload = [&text](std::size_t i) {
+      return static_cast<unsigned char>(text[i]) & 0x3FU;
+    };
+    appendEscapedUnit(0xD000U | payload(1) << 6 | payload(2), out);
     text.remove_prefix(3);
     return;
   }

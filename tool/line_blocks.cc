@@ -29,7 +29,7 @@ bool waitForInput(int descriptor) {
 
 }  // namespace
 
-std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) {
+std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const {
   const std::size_t needed = size + kReadSize + PurchaseReader::kPadding;
   // Doubled, so that a very long line is not copied again for every read.
   if (block.memory.size() < needed) block.memory.resize(std::max(needed, 2 * size));

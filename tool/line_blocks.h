@@ -37,7 +37,7 @@ class LineBlockReader {
 
  private:
   // Reads at least one byte into the memory after `size` bytes; 0 at the end and on an interrupt.
-  std::size_t readMore(LineBlock& block, std::size_t size);
+  std::size_t readMore(LineBlock& block, std::size_t size) const;
 
   const int descriptor_;
   std::uint64_t nextLineNumber_ = 1;

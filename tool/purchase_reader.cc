@@ -162,9 +162,11 @@ std::string_view textOf(Source& source, json::raw_json_string string) {
   if (raw->find('\\') == std::string_view::npos) return *raw;
 
   const std::size_t offset = source.unescaped.size();
-  if (!unescapeJsonString(*raw, source.unescaped))
-    failAsBroken("expected an escape that JSON has: \\\" \\\\ \\/ \\b \\f \\n \\r \\t or \\uXXXX");
-  return std::string_view(source.unescaped).substr(offset);
+  if (!unescapeJsonString(*raw, source.unescaped)) {
+    failAsBroken(R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX)");
+  }
+  const std::string_view unescaped = source.unescaped;
+  return unescaped.substr(offset);
 }
 
 json::json_type typeOf(json::value& value) { return valueOrFail(value.type()); }
@@ -287,7 +289,7 @@ void skip(Source& source, json::value value, int depth) {
   switch (typeOf(value)) {
     case json::json_type::array:
       for (auto element : valueOrFail(value.get_array())) {
-        skip(source, valueOrFail(std::move(element)), depth + 1);
+        skip(source, valueOrFail(element), depth + 1);
       }
       break;
     case json::json_type::object:
@@ -447,7 +449,7 @@ void readReceipt(Source& source, json::value value, ReadLine& line) {
   for (auto element : valueOrFail(value.get_array())) {
     try {
       ReadEntry entry;
-      if (!readObject(source, valueOrFail(std::move(element)), kEntryFields, entry)) {
+      if (!readObject(source, valueOrFail(element), kEntryFields, entry)) {
         failAsWrongType("an object", json::json_type::null);
       }
       QELInAppPurchaseItem& item = entryAt(line, receipt.size());
