@@ -93,8 +93,15 @@ void appendEscapedUnit(unsigned unit, std::string& out) {
 // Whether a JSON string may hold this byte as it is. A byte that may begin a surrogate is looked at
 // more closely.
 constexpr bool isPlain(char character) {
-  return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\' &&
-         character != '\xED';
+  return (static_cast<unsigned char>(character) >= 0x20) & (character != '"') &
+         (character != '\\') & (character != '\xED');
+}
+
+// Looks at every byte, so that the compiler can look at many at once.
+bool isAllPlain(std::string_view text) {
+  unsigned notPlain = 0;
+  for (const char character : text) notPlain |= isPlain(character) ? 0U : 1U;
+  return notPlain == 0;
 }
 
 // Takes the character at the start of `text`, which is not plain, off it and appends it.
@@ -171,6 +178,10 @@ bool unescapeJsonString(std::string_view raw, std::string& out) {
 
 void appendJsonString(std::string_view text, std::string& out) {
   out.push_back('"');
+  if (isAllPlain(text)) {
+    out += text;
+    text = {};
+  }
   while (!text.empty()) {
     const auto plain = std::find_if_not(text.begin(), text.end(), isPlain) - text.begin();
     out += text.substr(0, static_cast<std::size_t>(plain));

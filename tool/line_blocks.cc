@@ -27,6 +27,15 @@ bool waitForInput(int descriptor) {
   return !isInterrupted();
 }
 
+void split(std::string_view text, std::vector<std::string_view>& lines) {
+  lines.clear();
+  while (!text.empty()) {
+    const std::size_t size = std::min(text.find('\n'), text.size());
+    lines.push_back(text.substr(0, size));
+    text.remove_prefix(std::min(size + 1, text.size()));
+  }
+}
+
 }  // namespace
 
 std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const {
@@ -59,11 +68,11 @@ bool LineBlockReader::next(LineBlock& block) {
       end = size - count + newline + 1;
     }
   }
-  block.lines = std::string_view(block.memory.data(), end);
   begun_.assign(block.memory.data() + end, size - end);
+  block.size = end;
+  split({block.memory.data(), end}, block.lines);
   block.firstLineNumber = nextLineNumber_;
-  nextLineNumber_ +=
-      static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
+  nextLineNumber_ += block.lines.size();
   return true;
 }
 

@@ -15,9 +15,11 @@ namespace qel::tool {
 struct LineBlock {
   std::vector<char> memory;
 
-  // The lines, each with its newline, but for the last line of an input that does not end with one.
-  // PurchaseReader::kPadding bytes are readable after them.
-  std::string_view lines;
+  // The lines, without their newlines. PurchaseReader::kPadding bytes are readable after the last.
+  std::vector<std::string_view> lines;
+
+  // The size of the lines in the input, newlines included, in bytes.
+  std::size_t size = 0;
 
   // The number of the first line; lines count from 1.
   std::uint64_t firstLineNumber = 1;
