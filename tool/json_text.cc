@@ -90,18 +90,19 @@ void appendEscapedUnit(unsigned unit, std::string& out) {
   for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kDigits[(unit >> shift) & 0xF]);
 }
 
-// Whether a JSON string may hold this byte as it is. A byte that may begin a surrogate is looked at
-// more closely.
-constexpr bool isPlain(char character) {
-  return (static_cast<unsigned char>(character) >= 0x20) & (character != '"') &
-         (character != '\\') & (character != '\xED');
+// Not 0 for a byte that a JSON string cannot hold as it is, or that may begin a surrogate and is
+// looked at more closely. A number, and no shortcuts, so that the compiler can look at many bytes
+// at once.
+constexpr unsigned char notPlain(char character) {
+  const auto byte = static_cast<unsigned char>(character);
+  return static_cast<unsigned char>((byte < 0x20) | (byte == '"') | (byte == '\\') |
+                                    (byte == 0xED));
 }
 
-// Looks at every byte, so that the compiler can look at many at once.
 bool isAllPlain(std::string_view text) {
-  unsigned notPlain = 0;
-  for (const char character : text) notPlain |= isPlain(character) ? 0U : 1U;
-  return notPlain == 0;
+  unsigned char found = 0;
+  for (const char character : text) found |= notPlain(character);
+  return found == 0;
 }
 
 // Takes the character at the start of `text`, which is not plain, off it and appends it.
@@ -183,7 +184,7 @@ void appendJsonString(std::string_view text, std::string& out) {
     text = {};
   }
   while (!text.empty()) {
-    const auto plain = std::find_if_not(text.begin(), text.end(), isPlain) - text.begin();
+    const auto plain = std::find_if(text.begin(), text.end(), notPlain) - text.begin();
     out += text.substr(0, static_cast<std::size_t>(plain));
     text.remove_prefix(static_cast<std::size_t>(plain));
     if (!text.empty()) takeNotPlain(text, out);
