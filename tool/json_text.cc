@@ -157,14 +157,13 @@ bool takeOneOf(std::string_view characters, std::string_view& text) {
 }  // namespace
 
 std::optional<std::string_view> rawJsonString(std::string_view text) {
-  for (std::size_t position = 0;; ++position) {
-    const std::size_t quote = text.find('"', position);
-    if (quote == std::string_view::npos) return std::nullopt;
-    const std::size_t backslash = text.substr(0, quote).find('\\', position);
-    if (backslash == std::string_view::npos) return text.substr(0, quote);
+  std::size_t end = text.find_first_of("\"\\");
+  while (end != std::string_view::npos && text[end] == '\\') {
     // The character after a backslash ends nothing.
-    position = backslash + 1;
+    end = text.find_first_of("\"\\", end + 2);
   }
+  if (end == std::string_view::npos) return std::nullopt;
+  return text.substr(0, end);
 }
 
 bool unescapeJsonString(std::string_view raw, std::string& out) {
