@@ -75,9 +75,14 @@ std::optional<std::u16string> carriedUtf16(std::string_view bytes) {
   while (!bytes.empty()) {
     const auto lead = static_cast<unsigned char>(bytes.front());
     const std::size_t size = sizeByLead(lead);
+    if (size == 1) {
+      text += static_cast<char16_t>(lead);
+      bytes.remove_prefix(1);
+      continue;
+    }
     if (size == 0 || size > bytes.size()) return std::nullopt;
 
-    constexpr std::array<unsigned, 5> kLeadValues = {0, 0x80, 0x20, 0x10, 0x10};
+    constexpr std::array<unsigned, 5> kLeadValues = {0, 0, 0x20, 0x10, 0x10};
     std::uint32_t codePoint = lead % kLeadValues[size];
     for (const char later : bytes.substr(1, size - 1)) {
       codePoint = codePoint * 64 + static_cast<unsigned char>(later) % 64;
