@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "decimal_judge.h"
-#include "fuzz_check.h"
+#include "fuzz_target.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/decimal.h"
 #include "qel/micros_multiplier.h"
@@ -55,22 +55,20 @@ void checkAmounts(const Decimal& price, const JudgedDecimal& judged, std::int64_
 }
 
 }  // namespace
-}  // namespace qel::testing
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace qel::testing;
-  std::string_view text = textOf(data, size);
-  const std::string_view priceText = takeLine(text);
-  const std::string_view factorText = takeLine(text);
-  const std::optional<qel::Decimal> price = qel::Decimal::fromString(priceText);
-  const std::optional<qel::Decimal> factor = qel::Decimal::fromString(factorText);
+void fuzz(std::string_view input) {
+  const std::string_view priceText = takeLine(input);
+  const std::string_view factorText = takeLine(input);
+  const std::optional<Decimal> price = Decimal::fromString(priceText);
+  const std::optional<Decimal> factor = Decimal::fromString(factorText);
   const std::optional<JudgedDecimal> judgedPrice = checkReading(priceText, price);
   const std::optional<JudgedDecimal> judgedFactor = checkReading(factorText, factor);
 
-  if (judgedPrice.has_value()) checkAmounts(*price, *judgedPrice, quantityOf(text));
+  if (judgedPrice.has_value()) checkAmounts(*price, *judgedPrice, quantityOf(input));
   if (judgedPrice.has_value() && judgedFactor.has_value()) {
     checkSameDouble(price->decimalNumberByMultiplyingBy(*factor),
                     judgedPrice->times(*judgedFactor));
   }
-  return 0;
 }
+
+}  // namespace qel::testing

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "fuzz_check.h"
+#include "fuzz_target.h"
 #include "identifier_judge.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/text.h"
@@ -36,17 +36,15 @@ void checkEncoding(std::string_view bytes) {
 }
 
 }  // namespace
-}  // namespace qel::testing
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace qel::testing;
-  std::string_view text = textOf(data, size);
-  checkEncoding(text);
-  const qel::OptionalText original = textOrAbsent(takeLine(text));
-  const std::optional<std::int64_t> webOrder = integerOrAbsent(takeLine(text));
-  const qel::OptionalText product = textOrAbsent(text);
-  check(qel::QELTransactionDedupeID(original, webOrder, product) ==
+void fuzz(std::string_view input) {
+  checkEncoding(input);
+  const OptionalText original = textOrAbsent(takeLine(input));
+  const std::optional<std::int64_t> webOrder = integerOrAbsent(takeLine(input));
+  const OptionalText product = textOrAbsent(input);
+  check(QELTransactionDedupeID(original, webOrder, product) ==
             judgedDedupeId(original, webOrder, product),
         "the identifier is as judged");
-  return 0;
 }
+
+}  // namespace qel::testing

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fuzz_check.h"
+#include "fuzz_target.h"
 #include "json_judge.h"
 #include "purchase_judge.h"
 #include "purchase_reader.h"
@@ -189,17 +189,16 @@ void checkLine(PurchaseReader& reader, std::string_view line, bool ignoresUnknow
 }
 
 }  // namespace
-}  // namespace qel::testing
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace qel::testing;
-  qel::QELMeasurement::setMonitor(std::make_shared<qel::tool::DiagnosticsCollector>());
+void fuzz(std::string_view input) {
+  QELMeasurement::setMonitor(std::make_shared<tool::DiagnosticsCollector>());
   PurchaseReader strict(PurchaseReader::UnknownKeys::kAreErrors);
   PurchaseReader lenient(PurchaseReader::UnknownKeys::kAreIgnored);
-  for (std::string_view text = textOf(data, size); !text.empty();) {
-    const std::string_view line = takeLine(text);
+  while (!input.empty()) {
+    const std::string_view line = takeLine(input);
     checkLine(strict, line, false);
     checkLine(lenient, line, true);
   }
-  return 0;
 }
+
+}  // namespace qel::testing

@@ -2,8 +2,6 @@
 //
 // Stands in for libFuzzer where the compiler has none.
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,7 +10,7 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "fuzz_target.h"
 
 namespace {
 
@@ -37,7 +35,7 @@ bool replay(const fs::path& file) {
   }
   // A failing target prints no name, so the name goes first.
   std::cout << file.string() << std::endl;
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+  qel::testing::fuzz(input);
   return true;
 }
 

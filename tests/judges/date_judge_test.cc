@@ -27,6 +27,9 @@ namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
 
+// As ICU takes whether to be lenient.
+constexpr UBool kStrict = 0;
+
 std::optional<std::int64_t> componentSeconds(std::string_view text) {
   const std::optional<Instant> instant = DateFormatter().dateFromString(text);
   if (!instant.has_value()) return std::nullopt;
@@ -57,7 +60,7 @@ std::unique_ptr<icu::GregorianCalendar> makeProlepticCalendar() {
   auto calendar = std::make_unique<icu::GregorianCalendar>(icu::TimeZone::getGMT()->clone(),
                                                            icu::Locale("en", "US", "POSIX"), error);
   calendar->setGregorianChange(-1e18, error);
-  calendar->setLenient(false);
+  calendar->setLenient(kStrict);
   EXPECT_TRUE(U_SUCCESS(error)) << u_errorName(error);
   return calendar;
 }
@@ -71,7 +74,7 @@ class IcuFormatter {
         icu::UnicodeString(u"yyyy-MM-dd'T'HH:mm:ssZZZZZ"), icu::Locale("en", "US", "POSIX"), error);
     EXPECT_TRUE(U_SUCCESS(error)) << u_errorName(error);
     formatter_->adoptCalendar(makeProlepticCalendar().release());
-    formatter_->setLenient(false);
+    formatter_->setLenient(kStrict);
   }
 
   // Nothing when ICU does not read `text` to its end.

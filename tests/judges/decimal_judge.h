@@ -16,7 +16,7 @@ namespace qel::testing {
 struct JudgedDecimal {
   bool isNegative = false;
   mpz_class coefficient;  // never negative
-  long exponent = 0;
+  std::int64_t exponent = 0;
 
   static JudgedDecimal ofInteger(std::int64_t integer);
 

@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "joined.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/decimal.h"
 #include "qel/micros_multiplier.h"
@@ -29,7 +30,7 @@ constexpr int kGreatestExponent = 127;
 constexpr std::int64_t kGreatestInteger = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLeastInteger = std::numeric_limits<std::int64_t>::min();
 
-mpz_class power(unsigned long base, unsigned long exponent) {
+mpz_class power(std::uint64_t base, std::uint64_t exponent) {
   mpz_class result;
   mpz_ui_pow_ui(result.get_mpz_t(), base, exponent);
   return result;
@@ -54,7 +55,7 @@ BothNumbers ofText(const std::string& text) {
   return {component.value_or(Decimal()), judged.number};
 }
 
-BothNumbers ofNumber(const mpz_class& coefficient, long exponent) {
+BothNumbers ofNumber(const mpz_class& coefficient, std::int64_t exponent) {
   return ofText(coefficient.get_str() + "e" + std::to_string(exponent));
 }
 
@@ -148,10 +149,10 @@ TEST(DecimalJudgeTest, EveryLimitOfDigitsAndExponentIsReadAlike) {
       const std::string padding(zeros, '0');
       for (int exponent = -400; exponent <= 400; ++exponent) {
         const std::string written = "e" + std::to_string(exponent);
-        expectSameReading(nines + padding + written);
-        expectSameReading("-0." + padding + nines + written);
-        expectSameReading(nines + "." + padding + written + "");
-        expectSameReading("1" + padding + "." + nines + written);
+        expectSameReading(joined({nines, padding, written}));
+        expectSameReading(joined({"-0.", padding, nines, written}));
+        expectSameReading(joined({nines, ".", padding, written}));
+        expectSameReading(joined({"1", padding, ".", nines, written}));
       }
     }
   }
@@ -164,11 +165,12 @@ TEST(DecimalJudgeTest, ExponentsOfAnyLengthAreReadAlike) {
         "340282366920938463463374607431768211456", "1000000000000000", "999999999999999"}) {
     for (const std::string sign : {"", "+", "-"}) {
       for (const std::string digits : {"0", "1", "-0.0", "10"}) {
-        expectSameReading(digits + "e" + sign + exponent);
-        expectSameReading(digits + "e" + sign + zeros + exponent);
-        expectSameReading(digits + "e" + sign + zeros + "12");
+        expectSameReading(joined({digits, "e", sign, exponent}));
+        expectSameReading(joined({digits, "e", sign, zeros, exponent}));
+        expectSameReading(joined({digits, "e", sign, zeros, "12"}));
         // A fraction that gives back what the exponent takes.
-        expectSameReading("0." + zeros + digits.substr(digits.size() - 1) + "e" + sign + "1001");
+        const std::string last = digits.substr(digits.size() - 1);
+        expectSameReading(joined({"0.", zeros, last, "e", sign, "1001"}));
       }
     }
   }
@@ -177,9 +179,9 @@ TEST(DecimalJudgeTest, ExponentsOfAnyLengthAreReadAlike) {
 // --- The nearest double ---
 
 TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTwoAndItsNeighbours) {
-  for (unsigned long k = 0; k <= 126; ++k) {
+  for (std::uint64_t k = 0; k <= 126; ++k) {
     for (const int offset : {-1, 0, 1}) {
-      for (long exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
+      for (std::int64_t exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
         const mpz_class coefficient = power(2, k) + offset;
         expectSameDouble(ofNumber(coefficient, exponent));
       }
@@ -188,8 +190,8 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTwoAndItsNeighbours) {
 }
 
 TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTenAndItsNeighbours) {
-  for (long exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
-    for (unsigned long zeros = 0; zeros < kMostDigits; ++zeros) {
+  for (std::int64_t exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
+    for (std::uint64_t zeros = 0; zeros < kMostDigits; ++zeros) {
       for (const int offset : {-1, 0, 1}) {
         const mpz_class coefficient = power(10, zeros) + offset;
         expectSameDouble(ofNumber(coefficient, exponent));
@@ -203,7 +205,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfEverySumOfExponents) {
   const std::array<mpz_class, 3> coefficients = {1, power(2, 53) + 1, power(10, kMostDigits) - 1};
   for (const mpz_class& left : coefficients) {
     for (const mpz_class& right : coefficients) {
-      for (long i = kLeastExponent; i <= kGreatestExponent; ++i) {
+      for (std::int64_t i = kLeastExponent; i <= kGreatestExponent; ++i) {
         const BothNumbers first = ofNumber(left, i);
         expectSameDouble(first * ofNumber(right, kLeastExponent));
         expectSameDouble(first * ofNumber(right, kGreatestExponent));
@@ -219,7 +221,7 @@ void expectSameDoublesAround(const mpz_class& numerator, const mpz_class& denomi
   const mpz_class least = power(10, kMostDigits - 1);
   mpz_class scaled = numerator;
   mpz_class divisor = denominator;
-  long exponent = 0;
+  std::int64_t exponent = 0;
   while (scaled / divisor >= least * 10) {
     divisor *= 10;
     ++exponent;
@@ -241,7 +243,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleNextToHalfwayPointsOfEveryBinaryExponent)
   constexpr std::uint64_t kLeastMantissa = std::uint64_t{1} << 52;
   constexpr std::uint64_t kGreatestMantissa = 2 * kLeastMantissa - 1;
   for (int exponent = -480; exponent <= 500; ++exponent) {
-    const unsigned long magnitude = static_cast<unsigned long>(std::abs(exponent));
+    const auto magnitude = static_cast<std::uint64_t>(std::abs(exponent));
     std::vector<std::uint64_t> mantissas = {kLeastMantissa, kLeastMantissa + 1, kGreatestMantissa};
     for (int i = 0; i < 5; ++i) {
       mantissas.push_back(randomBetween(random, kLeastMantissa, kGreatestMantissa));
@@ -259,7 +261,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleNextToHalfwayPointsOfEveryBinaryExponent)
 
 TEST(DecimalJudgeTest, TheNearestDoubleOfIntegersHalfwayBetweenDoubles) {
   std::mt19937_64 random = seededRandom();
-  for (unsigned long shift = 0; shift <= 72; ++shift) {
+  for (std::uint64_t shift = 0; shift <= 72; ++shift) {
     for (int i = 0; i < 200; ++i) {
       const std::uint64_t mantissa = (random() >> 11) | std::uint64_t{1} << 52;
       const mpz_class odd = 2 * mpz_class(std::to_string(mantissa)) + 1;
@@ -274,8 +276,8 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfIntegersHalfwayBetweenDoubles) {
 // --- Products ---
 
 TEST(DecimalJudgeTest, ProductsOfPowersOfTwoUpToTheWidest) {
-  for (unsigned long left = 0; left <= 126; ++left) {
-    for (unsigned long right = 0; right <= 126; ++right) {
+  for (std::uint64_t left = 0; left <= 126; ++left) {
+    for (std::uint64_t right = 0; right <= 126; ++right) {
       expectSameDouble(ofNumber(power(2, left), 0) * ofNumber(power(2, right), 0));
       expectSameDouble(ofNumber(mpz_class(power(2, left) - 1), 0) *
                        ofNumber(mpz_class(power(2, right) + 1), 0));
@@ -291,7 +293,8 @@ TEST(DecimalJudgeTest, ProductsNextToHalfwayPointsAreExact) {
         static_cast<std::int64_t>(random() >> randomBetween(random, 1, 40)) | 1;
     const std::uint64_t mantissa = (random() >> 11) | std::uint64_t{1} << 52;
     const mpz_class odd = 2 * mpz_class(std::to_string(mantissa)) + 1;
-    const mpz_class halfway = odd * power(2, randomBetween(random, 20ul, 130ul));
+    const mpz_class halfway =
+        odd * power(2, randomBetween(random, std::uint64_t{20}, std::uint64_t{130}));
     const mpz_class below = halfway / mpz_class(std::to_string(factor));
     if (below == 0 || below + 1 >= power(10, kMostDigits)) continue;
     expectSameDouble(ofNumber(below, 0) * ofInteger(factor));
@@ -414,12 +417,12 @@ TEST(DecimalJudgeTest, AmountsAroundTheLimitsOf64Bits) {
     for (int offset = -3000; offset <= 3000; ++offset) {
       const mpz_class micros = power(2, 63) + offset;
       for (const std::string fraction : {"", ".000001", ".5", ".999999999999999999"}) {
-        const std::string price = sign + micros.get_str() + fraction + "e-6";
+        const std::string price = joined({sign, micros.get_str(), fraction, "e-6"});
         expectSameAmount(price, 1);
         expectSameAmount(price, -1);
         expectSameAmount(price + "0", 1);
       }
-      for (long quantity = 2; quantity <= 16; ++quantity) {
+      for (std::int64_t quantity = 2; quantity <= 16; ++quantity) {
         if (micros % quantity != 0) continue;
         const mpz_class unit = micros / quantity;
         expectSameAmount(sign + unit.get_str() + "e-6", quantity);
@@ -431,13 +434,13 @@ TEST(DecimalJudgeTest, AmountsAroundTheLimitsOf64Bits) {
 
 TEST(DecimalJudgeTest, AmountsAroundWholeMicrosOfEveryMagnitude) {
   for (const std::string sign : {"", "-"}) {
-    for (unsigned long bit = 0; bit <= 64; ++bit) {
+    for (std::uint64_t bit = 0; bit <= 64; ++bit) {
       const mpz_class micros = power(2, bit);
       for (const mpz_class& whole : {mpz_class(micros - 1), micros, mpz_class(micros + 1)}) {
         for (const std::string fraction :
              {"", ".1", ".5", ".9", ".999", ".999999999999", ".9999999999999999",
               ".99999999999999999", ".00000000000000001"}) {
-          expectSameAmount(sign + whole.get_str() + fraction + "e-6", 1);
+          expectSameAmount(joined({sign, whole.get_str(), fraction, "e-6"}), 1);
         }
       }
     }

@@ -104,7 +104,7 @@ std::optional<std::string> strictUtf8(std::u16string_view text) {
   UErrorCode error = U_ZERO_ERROR;
   u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), &size, text.data(),
               static_cast<std::int32_t>(text.size()), &error);
-  if (U_FAILURE(error)) return std::nullopt;
+  if (error > U_ZERO_ERROR) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(size));
   return bytes;
 }

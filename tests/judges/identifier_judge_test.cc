@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "joined.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/text.h"
 #include "random_source.h"
@@ -56,8 +57,8 @@ TEST(IdentifierJudgeTest, NoSurrogateAloneCanBeEncoded) {
   for (char32_t surrogate = kFirstHigh; surrogate < kPastSurrogates; ++surrogate) {
     const std::string alone = carriedText(unit(surrogate));
     ASSERT_EQ(alone.size(), 3u);
-    for (const std::string& text :
-         {alone, "a" + alone, alone + "a", "a" + alone + "b", alone + alone, alone + "a" + alone}) {
+    for (const std::string& text : {alone, "a" + alone, alone + "a", "a" + alone + "b",
+                                    alone + alone, joined({alone, "a", alone})}) {
       ASSERT_EQ(utf8DataWithoutLoss(text), std::nullopt) << static_cast<unsigned>(surrogate);
       ASSERT_EQ(QELTransactionDedupeID(text, std::nullopt, "p"), 0u);
       ASSERT_EQ(QELTransactionDedupeID("o", 1, text), 0u);
@@ -117,8 +118,9 @@ TEST(IdentifierJudgeTest, EveryRowOfThreeHalvesIsJudgedAlike) {
     for (const std::string& second : pieces) {
       for (const std::string& third : pieces) {
         for (const std::string& fourth : pieces) {
-          expectAsJudged(first + second + third + fourth);
-          expectAsJudged(first + second + third + fourth.substr(0, fourth.size() - 1));
+          const std::string text = joined({first, second, third, fourth});
+          expectAsJudged(text);
+          expectAsJudged(text.substr(0, text.size() - 1));
         }
       }
     }

@@ -30,7 +30,7 @@ struct Question {
     for (const std::size_t place : list) result.emplace_back(entries[place]);
     return result;
   }
-  bool hasIdentifier() const { return productIdentifier.value_or("") != ""; }
+  bool hasIdentifier() const { return !productIdentifier.value_or("").empty(); }
   bool hasCriterion() const { return hasIdentifier() || date.has_value(); }
 };
 

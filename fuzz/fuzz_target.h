@@ -1,25 +1,23 @@
-// What the fuzz targets share.
+// What a fuzz target is, and what the targets share.
 
-#ifndef QEL_FUZZ_FUZZ_CHECK_H_
-#define QEL_FUZZ_FUZZ_CHECK_H_
+#ifndef QEL_FUZZ_FUZZ_TARGET_H_
+#define QEL_FUZZ_FUZZ_TARGET_H_
 
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
 
 namespace qel::testing {
 
+// Each target defines this: tries one input, any bytes, and ends the program when it finds a fault.
+void fuzz(std::string_view input);
+
 // Ends the program, so that the fuzzer keeps the input, unless `holds`.
 inline void check(bool holds, std::string_view rule) {
   if (holds) return;
   std::cerr << "This does not hold: " << rule << std::endl;
   std::abort();
-}
-
-inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
-  return {reinterpret_cast<const char*>(data), size};
 }
 
 // Takes the text up to the next end of line off `text`, and the end of line with it.
@@ -32,4 +30,4 @@ inline std::string_view takeLine(std::string_view& text) {
 
 }  // namespace qel::testing
 
-#endif  // QEL_FUZZ_FUZZ_CHECK_H_
+#endif  // QEL_FUZZ_FUZZ_TARGET_H_
