@@ -8,9 +8,9 @@
 
 namespace qel::testing {
 
-void fuzz(std::string_view text) {
-  const std::optional<Instant> instant = DateFormatter().dateFromString(text);
-  const std::optional<std::int64_t> seconds = judgedSeconds(text);
+void fuzz(std::string_view input) {
+  const std::optional<Instant> instant = DateFormatter().dateFromString(input);
+  const std::optional<std::int64_t> seconds = judgedSeconds(input);
   check(instant.has_value() == seconds.has_value(), "a date is read when the judge reads it");
   if (instant.has_value()) check(*instant == Instant{*seconds}, "dates are as judged");
 }
