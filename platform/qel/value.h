@@ -55,7 +55,7 @@ class QELValue {
   // event costs.
   mutable std::atomic<std::uint32_t> owners_ = 1;
   const bool isString_;
-  const union {
+  union {
     std::int64_t integer_;
     std::size_t size_;
   };
