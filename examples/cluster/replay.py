@@ -29,29 +29,27 @@ def partitions(path, size):
             start = file.tell()
 
 
-def read(path, start, length):
-    with open(path, "rb") as file:
-        file.seek(start)
-        return file.read(length)
+def piped(command, path, start, length):
+    """On a worker: the exit status and the output of a command that reads one partition."""
+    part = ["dd", "if=" + path, "bs=1M", "iflag=skip_bytes,count_bytes", "status=none",
+            "skip={}".format(start), "count={}".format(length)]
+    with subprocess.Popen(part, stdout=subprocess.PIPE) as source:
+        process = subprocess.run(command, stdin=source.stdout, capture_output=True, check=False)
+    if source.returncode != 0 or process.returncode not in (0, 1):
+        raise RuntimeError("reading {} ended with {}, {} with {}: {}".format(
+            path, source.returncode, command, process.returncode, process.stderr.decode()))
+    return process.returncode, process.stdout
 
 
 def count_newlines(path, start, length):
     """On a worker: how many lines a partition adds to the numbers of those that follow it."""
-    return read(path, start, length).count(b"\n")
+    return int(piped(["wc", "-l"], path, start, length)[1])
 
 
 def events(command, path, start, length, first_line):
     """On a worker: the exit status and the output of the command for a partition."""
-    process = subprocess.run(
-        [*shlex.split(command), "--jobs", "1", "--first-line", str(first_line)],
-        input=read(path, start, length),
-        capture_output=True,
-        check=False,
-    )
-    if process.returncode not in (0, 1):
-        raise RuntimeError("{} ended with {}: {}".format(
-            command, process.returncode, process.stderr.decode(errors="replace")))
-    return process.returncode, process.stdout
+    numbered = [*shlex.split(command), "--jobs", "1", "--first-line", str(first_line)]
+    return piped(numbered, path, start, length)
 
 
 def results(client, command, path, parts, ahead):

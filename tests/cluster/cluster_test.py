@@ -75,6 +75,7 @@ class ReplayTest(unittest.TestCase):
             [sys.executable, REPLAY, "--workers", "2", "--partition-size", "65536"]
             + ["--command", command, self.input, self.path("events.jsonl")],
             cwd=self.folder,
+            env={**os.environ, "DASK_TEMPORARY_DIRECTORY": self.folder},
             stdin=subprocess.DEVNULL,
             stderr=subprocess.PIPE,
             timeout=TIMEOUT,
