@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <thread>
-#include <vector>
+#include <utility>
 
 #include "purchase_fixtures.h"
 
@@ -18,7 +20,7 @@ namespace {
 // Counts the messages that are the one expected, and those that are not.
 class CountingMonitor : public DiagnosticsMonitor {
  public:
-  explicit CountingMonitor(const Diagnostic& expected) : expected_(expected) {}
+  explicit CountingMonitor(Diagnostic expected) : expected_(std::move(expected)) {}
 
   void logWithLevel(int level, int messageCode, std::string_view message) override {
     const bool isExpected =
@@ -67,8 +69,10 @@ TEST(ConcurrencyTest, PurchasesAreReportedWhileTheMonitorComesAndGoes) {
     --reportersAtWork;
   };
 
-  std::vector<std::thread> reporters;
-  for (int& soundCount : soundEvents) reporters.emplace_back(report, std::ref(soundCount));
+  std::array<std::thread, kThreads> reporters;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    reporters[i] = std::thread(report, std::ref(soundEvents[i]));
+  }
   while (reportersAtWork > 0) {
     QELMeasurement::setMonitor(monitor);
     std::this_thread::yield();
@@ -87,11 +91,11 @@ TEST(ConcurrencyTest, MonitorThatStaysMissesNoMessage) {
   constexpr int kPurchasesEach = 500;
   const auto monitor = std::make_shared<CountingMonitor>(logged(40021));
   QELMeasurement::setMonitor(monitor);
-  std::vector<std::thread> reporters;
-  for (int i = 0; i < kThreads; ++i) {
-    reporters.emplace_back([] {
+  std::array<std::thread, kThreads> reporters;
+  for (std::thread& reporter : reporters) {
+    reporter = std::thread([] {
       const Purchase purchase;
-      for (int j = 0; j < kPurchasesEach; ++j) purchase.event();
+      for (int i = 0; i < kPurchasesEach; ++i) purchase.event();
     });
   }
   for (std::thread& reporter : reporters) reporter.join();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <thread>
@@ -61,10 +62,10 @@ TEST(ValuePtrTest, OwnsNothingAtFirst) {
 
 TEST(ValuePtrTest, EqualWhenItOwnsTheSameValue) {
   const QELValuePtr value = QELValue::initWithInt64(1);
-  const QELValuePtr same = value;
+  const std::vector<QELValuePtr> copies(2, value);
   const QELValuePtr other = QELValue::initWithInt64(1);
-  EXPECT_EQ(value, same);
-  EXPECT_EQ(value.get(), same.get());
+  EXPECT_EQ(copies[0], value);
+  EXPECT_EQ(copies[1].get(), value.get());
   EXPECT_NE(value, other);
   EXPECT_NE(value, nullptr);
 }
@@ -80,15 +81,16 @@ TEST(ValuePtrTest, CopyKeepsTheValueWhenTheFirstOwnerEnds) {
 
 TEST(ValuePtrTest, FirstOwnerKeepsTheValueWhenACopyEnds) {
   const QELValuePtr first = QELValue::initWithString("monthly");
-  { const QELValuePtr copy(first); }
-  { const QELValuePtr another(first); }
+  std::vector<QELValuePtr> copies(3, first);
+  copies.clear();
   EXPECT_EQ(first->stringValue(), "monthly");
 }
 
 TEST(ValuePtrTest, CopyOfNoneIsNone) {
   const QELValuePtr none;
-  const QELValuePtr copy(none);
-  EXPECT_EQ(copy, nullptr);
+  const std::vector<QELValuePtr> copies(2, none);
+  EXPECT_EQ(copies[0], nullptr);
+  EXPECT_EQ(copies[1], nullptr);
 }
 
 TEST(ValuePtrTest, MoveTakesTheValueAlong) {
@@ -122,14 +124,13 @@ TEST(ValuePtrTest, OneValueIsSharedBetweenThreads) {
   constexpr int kThreads = 4;
   QELValuePtr value = QELValue::initWithString("monthly");
   std::array<int, kThreads> soundReads = {};
-  std::vector<std::thread> threads;
-  for (int& count : soundReads) {
-    threads.emplace_back([&count, own = value]() mutable {
-      for (int i = 0; i < 1000; ++i) {
-        const QELValuePtr copy = own;
-        if (copy->stringValue() == "monthly") ++count;
+  std::array<std::thread, kThreads> threads;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    threads[i] = std::thread([&count = soundReads[i], own = value] {
+      for (int round = 0; round < 1000; ++round) {
+        const std::vector<QELValuePtr> copies(3, own);
+        if (copies[2]->stringValue() == "monthly") ++count;
       }
-      own = nullptr;
     });
   }
   value = nullptr;

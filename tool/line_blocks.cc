@@ -47,7 +47,9 @@ std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const 
   while (true) {
     const ssize_t count = read(descriptor_, block.memory.data() + size, room);
     if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category());
+    if (errno != EINTR && errno != EAGAIN) {
+      throw std::system_error(errno, std::generic_category());
+    }
   }
 }
 
@@ -81,6 +83,10 @@ void writeAll(int descriptor, std::string_view text) {
     const ssize_t count = write(descriptor, text.data(), text.size());
     if (count >= 0) {
       text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno == EAGAIN) {
+      // Somebody made the descriptor non-blocking, and its reader is slow.
+      pollfd wait = {.fd = descriptor, .events = POLLOUT, .revents = 0};
+      poll(&wait, 1, -1);
     } else if (errno != EINTR) {
       throw std::system_error(errno, std::generic_category());
     }

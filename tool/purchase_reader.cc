@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstdint>
@@ -509,8 +510,8 @@ class PurchaseReader::Impl {
 
   const Purchase& read(std::string_view line) {
     prepare(line);
-    if (parser_.capacity() < line.size() &&
-        parser_.allocate(std::bit_ceil(line.size())) != simdjson::SUCCESS) {
+    const std::size_t capacity = std::min(std::bit_ceil(line.size()), parser_.max_capacity());
+    if (parser_.capacity() < line.size() && parser_.allocate(capacity) != simdjson::SUCCESS) {
       fail("the line is longer than can be read");
     }
     json::document document =

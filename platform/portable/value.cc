@@ -7,13 +7,13 @@ namespace qel {
 
 QELValuePtr QELValue::initWithString(std::string_view string) {
   void* const memory = ::operator new(sizeof(QELValue) + string.size());
-  auto* const value = new (memory) QELValue(string.size());
+  auto* const value = new (memory) QELValue(true, static_cast<std::int64_t>(string.size()));
   string.copy(reinterpret_cast<char*>(value + 1), string.size());
   return QELValuePtr(value);
 }
 
 QELValuePtr QELValue::initWithInt64(std::int64_t integer) {
-  return QELValuePtr(new (::operator new(sizeof(QELValue))) QELValue(integer));
+  return QELValuePtr(new (::operator new(sizeof(QELValue))) QELValue(false, integer));
 }
 
 void QELValuePtr::release(const QELValue* value) {

@@ -15,8 +15,8 @@ namespace qel {
 // One in-app purchase entry of an app's receipt. Two entries are equal when all their fields are;
 // here, unlike between texts, absent matches absent, so that an entry always equals itself.
 struct QELInAppPurchaseItem {
-  // What putting entries in order and finding one among them read stands first, in one cache line: a
-  // receipt may hold thousands of entries.
+  // What putting entries in order and finding one among them read stands first, in one cache line:
+  // a receipt may hold thousands of entries.
 
   // Present, whatever its value, on the entries of subscriptions.
   std::optional<std::int64_t> webOrderLineItemID;
@@ -29,8 +29,8 @@ struct QELInAppPurchaseItem {
   // Bought at an introductory price.
   bool isIntroductoryOffer = false;
 
-  // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription. Only
-  // the low 32 bits are read, as a signed integer; absent reads 0.
+  // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
+  // Only the low 32 bits are read, as a signed integer; absent reads 0.
   std::optional<std::int64_t> purchaseType;
 
   std::optional<std::string> productID;

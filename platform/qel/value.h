@@ -27,17 +27,17 @@ class QELValue {
   static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
-  std::int64_t int64Value() const { return isString_ ? 0 : integer_; }
+  std::int64_t int64Value() const { return isString_ ? 0 : number_; }
 
   // The string, valid as long as this value; absent for an integer.
   OptionalText stringValue() const {
     if (!isString_) return std::nullopt;
-    return std::string_view(reinterpret_cast<const char*>(this + 1), size_);
+    return std::string_view(reinterpret_cast<const char*>(this + 1),
+                            static_cast<std::size_t>(number_));
   }
 
   friend bool operator==(const QELValue& left, const QELValue& right) {
-    return left.int64Value() == right.int64Value() && left.isString_ == right.isString_ &&
-           left.stringValue() == right.stringValue();
+    return left.number_ == right.number_ && left.stringValue() == right.stringValue();
   }
 
   QELValue(const QELValue&) = delete;
@@ -46,8 +46,7 @@ class QELValue {
  private:
   friend class QELValuePtr;
 
-  explicit QELValue(std::int64_t integer) : isString_(false), integer_(integer) {}
-  explicit QELValue(std::size_t size) : isString_(true), size_(size) {}
+  QELValue(bool isString, std::int64_t number) : isString_(isString), number_(number) {}
   ~QELValue() = default;
 
   // How many pointers own the value. It is kept here, and the characters of a string right behind
@@ -55,10 +54,8 @@ class QELValue {
   // event costs.
   mutable std::atomic<std::uint32_t> owners_ = 1;
   const bool isString_;
-  const union {
-    std::int64_t integer_;
-    std::size_t size_;
-  };
+  // The integer, or the size of the string in bytes.
+  const std::int64_t number_;
 };
 
 // Shared ownership of a value, or none: what std::shared_ptr<const QELValue> is, in one word.

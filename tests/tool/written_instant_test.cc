@@ -2,15 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
-namespace qel::tool {
+namespace qel {
 
 // How a failure shows an instant.
-void PrintTo(const Instant& instant, std::ostream* out) {
-  *out << instant.seconds << " s " << instant.nanoseconds << " ns";
+std::ostream& operator<<(std::ostream& out, const Instant& instant) {
+  return out << instant.seconds << " s " << instant.nanoseconds << " ns";
 }
 
+}  // namespace qel
+
+namespace qel::tool {
 namespace {
 
 // `date -u -d 2019-03-14T09:26:53Z +%s`
