@@ -67,8 +67,11 @@ def print_ratios(times, allocations, command):
         print("  {:20} {:8.1f} x".format(order, growth(times, prefix)))
     print("The command, {purchases} purchases, {bytes} bytes".format(**command))
     print("  {:20} {:8.0f} MB/s".format("reading floor", command["floor"] / 1e6))
+    # On an idle machine the same as the one before; on a busy one, what that would be.
+    core_rate = command["bytes"] / command["secondsOfOneCore"]
     for threads, rate, base, name in [
         ("one thread", command["one"], command["floor"], "the floor"),
+        ("by its core time", core_rate, command["floor"], "the floor"),
         ("two threads", command["two"], command["one"], "one thread"),
     ]:
         print(
