@@ -116,7 +116,7 @@ class Run {
  public:
   Run(const EventsOptions& options, const Input& input)
       : options_(options),
-        reader_(input.descriptor()),
+        reader_(input.descriptor(), options.firstLineNumber),
         progress_(options.showsProgress, input.size()),
         readers_([&options] { return std::make_unique<PurchaseReader>(options.unknownKeys); }),
         // A block waits for its turn while others are worked on.

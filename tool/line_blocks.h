@@ -28,8 +28,9 @@ struct LineBlock {
 // Reads a file descriptor block by block. Memory grows with the longest line only.
 class LineBlockReader {
  public:
-  // The descriptor stays the caller's.
-  explicit LineBlockReader(int descriptor) : descriptor_(descriptor) {}
+  // The descriptor stays the caller's. Lines are numbered from `firstLineNumber` on.
+  explicit LineBlockReader(int descriptor, std::uint64_t firstLineNumber = 1)
+      : descriptor_(descriptor), nextLineNumber_(firstLineNumber) {}
 
   // Fills `block` with the lines that come next: as many as a read gives, and at least one. Waits
   // for input when there is none. Returns false at the end of the input, and on an interrupt, which
@@ -42,7 +43,7 @@ class LineBlockReader {
   std::size_t readMore(LineBlock& block, std::size_t size) const;
 
   const int descriptor_;
-  std::uint64_t nextLineNumber_ = 1;
+  std::uint64_t nextLineNumber_;
   // The start of a line whose end has not been read yet.
   std::string begun_;
 };

@@ -71,6 +71,10 @@ int main(int argc, char** argv) {
   events->add_flag(
       "--int64-as-string", writesStrings,
       "Write the integers of events as strings, for readers that hold numbers in doubles");
+  events
+      ->add_option("--first-line", options.firstLineNumber,
+                   "Number of the first line, for a part of a larger input; by default 1")
+      ->check(CLI::PositiveNumber);
   events->add_option("--jobs", options.jobs, "Threads to work on; by default one for each core")
       ->check(CLI::Range(1, 1024));
   events->add_flag("--quiet", isQuiet, "Show no progress on a terminal");

@@ -469,7 +469,14 @@ class UsageTest(CommandTest):
             self.assertEqual((process.returncode, process.stderr), (0, b""))
             self.assertIn(b"Usage: qel-purchase", process.stdout)
         text = run("events", "--help").stdout
-        for word in (b"FILE", b"--allow-unknown", b"--int64-as-string", b"--jobs", b"--quiet"):
+        for word in (
+            b"FILE",
+            b"--allow-unknown",
+            b"--first-line",
+            b"--int64-as-string",
+            b"--jobs",
+            b"--quiet",
+        ):
             self.assertIn(word, text)
         self.assertIn(b"events", run("--help").stdout)
 
@@ -489,6 +496,9 @@ class UsageTest(CommandTest):
             ["events", "--jobs", "-1"],
             ["events", "--jobs", "1025"],
             ["events", "--jobs", "two"],
+            ["events", "--first-line", "0"],
+            ["events", "--first-line", "-1"],
+            ["events", "--first-line", "two"],
             ["--jobs", "2"],
         ):
             process = run(*arguments, data=GOOD)
@@ -519,6 +529,21 @@ class UsageTest(CommandTest):
             self.assertEqual(process.stdout, expected.stdout)
             self.assertEqual(process.stderr, expected.stderr)
             self.assertEqual(process.returncode, 1)
+
+    def test_parts_of_an_input_give_what_the_whole_gives(self):
+        mark = b"\xef\xbb\xbf"
+        lines = [mark + GOOD, b"", b"{", GOOD, mark + GOOD, b"[", b""]
+        expected = run("events", data=b"\n".join(lines))
+        self.assertEqual(
+            [parse(line).get("error", {}).get("line") for line in expected.stdout.splitlines()],
+            [None, 3, None, 5, 6],
+        )
+        for cut in range(len(lines)):
+            parts = [
+                run("events", data=b"\n".join(lines[:cut])),
+                run("events", "--first-line", str(cut + 1), data=b"\n".join(lines[cut:])),
+            ]
+            self.assertEqual(b"".join(part.stdout for part in parts), expected.stdout, cut)
 
 
 class FileTest(CommandTest):
