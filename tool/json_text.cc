@@ -95,8 +95,10 @@ void appendEscapedUnit(unsigned unit, std::string& out) {
 // at once.
 constexpr unsigned char notPlain(char character) {
   const auto byte = static_cast<unsigned char>(character);
+  // NOLINTBEGIN(readability-implicit-bool-conversion): bits to put together.
   return static_cast<unsigned char>((byte < 0x20) | (byte == '"') | (byte == '\\') |
                                     (byte == 0xED));
+  // NOLINTEND(readability-implicit-bool-conversion)
 }
 
 bool isAllPlain(std::string_view text) {

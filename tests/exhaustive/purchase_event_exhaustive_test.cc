@@ -146,11 +146,11 @@ class PurchaseEventExhaustiveTest : public ::testing::Test {
   void TearDown() override {
     RecordProperty("combinations", std::to_string(trial_.combinations()));
     std::cout << "combinations: " << trial_.combinations() << '\n';
-    allCombinations_ += trial_.combinations();
+    allCombinations += trial_.combinations();
   }
 
   static void TearDownTestSuite() {
-    std::cout << "combinations in all: " << allCombinations_ << '\n';
+    std::cout << "combinations in all: " << allCombinations << '\n';
   }
 
   // Tries the purchase with the receipt as it is and every identifier and date of the store's.
@@ -212,7 +212,7 @@ class PurchaseEventExhaustiveTest : public ::testing::Test {
   Purchase purchase_;
 
  private:
-  static inline std::uint64_t allCombinations_ = 0;
+  static inline std::uint64_t allCombinations = 0;
 };
 
 // Receipts that between them lead to every row of the table.
@@ -264,8 +264,8 @@ std::vector<std::vector<ReceiptEntry>> receiptsOfEveryKind() {
 void setReceipt(PurchaseTrial& trial, Purchase& purchase,
                 const std::vector<ReceiptEntry>& receipt) {
   if (receipt.empty()) trial.setReceipt(purchase, {});
-  if (receipt.size() == 1) trial.setReceipt(purchase, {&receipt[0]});
-  if (receipt.size() == 2) trial.setReceipt(purchase, {&receipt[0], &receipt[1]});
+  if (receipt.size() == 1) trial.setReceipt(purchase, {receipt.data()});
+  if (receipt.size() == 2) trial.setReceipt(purchase, {receipt.data(), receipt.data() + 1});
 }
 
 TEST_F(PurchaseEventExhaustiveTest, EveryRejectionWhateverElseIsGiven) {
