@@ -147,9 +147,9 @@ std::optional<Coefficient> product(const Coefficient& left, const Coefficient& r
 // Divides by ten in place and gives the remainder.
 unsigned divideByTen(Coefficient& coefficient) {
   unsigned remainder = 0;
-  for (auto limb = coefficient.rbegin(); limb != coefficient.rend(); ++limb) {
-    const Uint128 dividend = Uint128{remainder} << 64 | *limb;
-    *limb = static_cast<std::uint64_t>(dividend / 10);
+  for (std::size_t i = coefficient.size(); i-- > 0;) {
+    const Uint128 dividend = Uint128{remainder} << 64 | coefficient[i];
+    coefficient[i] = static_cast<std::uint64_t>(dividend / 10);
     remainder = static_cast<unsigned>(dividend % 10);
   }
   return remainder;

@@ -70,7 +70,7 @@ std::optional<Instant> instantFromWrittenDate(std::string_view text) {
   const std::optional<int> offset = offsetOfZone(text.substr(kDateAndTime.size()));
   if (!time.has_value() || !offset.has_value()) return std::nullopt;
 
-  const auto midnight = std::chrono::sys_seconds(std::chrono::sys_days(date));
+  const std::chrono::sys_seconds midnight = std::chrono::sys_days(date);
   return Instant{.seconds = midnight.time_since_epoch().count() + *time - *offset};
 }
 

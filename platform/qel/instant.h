@@ -17,7 +17,7 @@ struct Instant {
   // The fraction of the second that has passed, in nanoseconds: 0 to 999999999.
   std::int32_t nanoseconds = 0;
 
-  friend constexpr auto operator<=>(const Instant&, const Instant&) = default;
+  friend constexpr auto operator<=>(const Instant& left, const Instant& right) = default;
 };
 
 }  // namespace qel

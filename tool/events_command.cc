@@ -1,0 +1,235 @@
+#include "events_command.h"
+
+#include <fcntl.h>
+#include <oneapi/tbb/enumerable_thread_specific.h>
+#include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/parallel_pipeline.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "interrupt.h"
+#include "line_blocks.h"
+#include "progress.h"
+#include "qel/purchase_event.h"
+#include "unreadable_line.h"
+
+namespace qel::tool {
+namespace {
+
+struct Counts {
+  std::uint64_t read = 0;
+  std::uint64_t rejected = 0;
+
+  std::uint64_t all() const { return read + rejected; }
+  Counts& operator+=(const Counts& other) {
+    read += other.read;
+    rejected += other.rejected;
+    return *this;
+  }
+};
+
+// A block of lines on its way through the stages, and what came of it.
+struct Work {
+  LineBlock block;
+  std::string output;
+  Counts counts;
+};
+
+bool isBlank(std::string_view line) {
+  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+void processLine(std::string_view line, std::uint64_t lineNumber, PurchaseReader& reader,
+                 Int64Form int64Form, Work& work) {
+  try {
+    const Purchase& purchase = reader.read(line);
+    std::string& diagnostics = DiagnosticsCollector::ofThisThread();
+    diagnostics.clear();
+    const std::optional<EventParameters> event =
+        QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+            purchase.productRecord(), purchase.transactionRecord(), purchase.receipt);
+    appendResult(purchase.id, event, diagnostics, int64Form, work.output);
+    ++work.counts.read;
+  } catch (const LineError& error) {
+    appendError(idOfUnreadableLine(line), lineNumber, error, work.output);
+    ++work.counts.rejected;
+  }
+}
+
+void processBlock(PurchaseReader& reader, Int64Form int64Form, Work& work) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  work.output.clear();
+  work.counts = Counts();
+  std::string_view rest = work.block.lines;
+  std::uint64_t lineNumber = work.block.firstLineNumber;
+  if (lineNumber == 1 && rest.starts_with(kByteOrderMark)) {
+    rest.remove_prefix(kByteOrderMark.size());
+  }
+  for (; !rest.empty(); ++lineNumber) {
+    const std::size_t size = std::min(rest.find('\n'), rest.size());
+    const std::string_view line = rest.substr(0, size);
+    if (!isBlank(line)) processLine(line, lineNumber, reader, int64Form, work);
+    rest.remove_prefix(std::min(size + 1, rest.size()));
+  }
+}
+
+void complain(const std::string& what, const std::error_code& error) {
+  std::fprintf(stderr, "qel-purchase: %s: %s\n", what.c_str(), error.message().c_str());
+}
+
+// The input's descriptor, closed at the end unless it is standard input.
+class Input {
+ public:
+  explicit Input(const std::string& path)
+      : isStandard_(path == "-"),
+        descriptor_(isStandard_ ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category());
+  }
+  ~Input() {
+    if (!isStandard_) close(descriptor_);
+  }
+  Input(const Input&) = delete;
+  Input& operator=(const Input&) = delete;
+
+  int descriptor() const { return descriptor_; }
+
+  // The size in bytes, where it is known.
+  std::optional<std::uint64_t> size() const {
+    struct stat status = {};
+    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_size);
+  }
+
+ private:
+  const bool isStandard_;
+  const int descriptor_;
+};
+
+// One run over one input: reads blocks, works on several at once, writes them in their order.
+class Run {
+ public:
+  Run(const EventsOptions& options, const Input& input)
+      : options_(options),
+        reader_(input.descriptor()),
+        progress_(options.showsProgress, input.size()),
+        readers_([&options] { return std::make_unique<PurchaseReader>(options.unknownKeys); }),
+        // A block waits for its turn while others are worked on.
+        works_(static_cast<std::size_t>(options.jobs) + 2) {}
+
+  void execute() {
+    namespace tbb = oneapi::tbb;
+    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
+                                      static_cast<std::size_t>(options_.jobs));
+    tbb::parallel_pipeline(
+        works_.size(), tbb::make_filter<void, Work*>(tbb::filter_mode::serial_in_order,
+                                                     [this](tbb::flow_control& flow) {
+                                                       Work* const work = readNext();
+                                                       if (work == nullptr) flow.stop();
+                                                       return work;
+                                                     }) &
+                           tbb::make_filter<Work*, Work*>(tbb::filter_mode::parallel,
+                                                          [this](Work* work) {
+                                                            processBlock(*readers_.local(),
+                                                                         options_.int64Form, *work);
+                                                            return work;
+                                                          }) &
+                           tbb::make_filter<Work*, void>(tbb::filter_mode::serial_in_order,
+                                                         [this](Work* work) { write(*work); }));
+    progress_.erase();
+  }
+
+  // What was written.
+  const Counts& counts() const { return counts_; }
+
+  // The failures of the two ends; no error where there was none.
+  const std::error_code& readError() const { return readError_; }
+  const std::error_code& writeError() const { return writeError_; }
+
+ private:
+  // The next block to work on; null at the end of the run.
+  Work* readNext() {
+    if (hasWriteFailed_ || isInterrupted()) return nullptr;
+    // Blocks leave in the order in which they came, so the oldest one is free again.
+    Work& work = works_[nextWork_++ % works_.size()];
+    try {
+      return reader_.next(work.block) ? &work : nullptr;
+    } catch (const std::system_error& error) {
+      readError_ = error.code();
+      return nullptr;
+    }
+  }
+
+  void write(const Work& work) {
+    if (writeError_) return;
+    try {
+      writeAll(STDOUT_FILENO, work.output);
+    } catch (const std::system_error& error) {
+      writeError_ = error.code();
+      hasWriteFailed_ = true;
+      return;
+    }
+    counts_ += work.counts;
+    doneBytes_ += work.block.lines.size();
+    progress_.update(doneBytes_, counts_.all());
+  }
+
+  const EventsOptions& options_;
+  LineBlockReader reader_;
+  ProgressLine progress_;
+  oneapi::tbb::enumerable_thread_specific<std::unique_ptr<PurchaseReader>> readers_;
+  std::vector<Work> works_;
+  std::size_t nextWork_ = 0;
+  Counts counts_;
+  std::uint64_t doneBytes_ = 0;
+  std::error_code readError_;
+  std::error_code writeError_;
+  // Tells the reading end of the writing end's failure.
+  std::atomic<bool> hasWriteFailed_ = false;
+};
+
+std::string counted(std::uint64_t number, const char* noun) {
+  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
+ExitStatus runEvents(const EventsOptions& options) {
+  const std::string inputName = options.input == "-" ? "standard input" : options.input;
+  std::optional<Input> input;
+  try {
+    catchInterrupt();
+    input.emplace(options.input);
+  } catch (const std::system_error& error) {
+    complain("cannot open " + inputName, error.code());
+    return kFailed;
+  }
+
+  QELMeasurement::setMonitor(std::make_shared<DiagnosticsCollector>());
+  Run run(options, *input);
+  run.execute();
+  QELMeasurement::setMonitor(nullptr);
+
+  const Counts& counts = run.counts();
+  if (run.readError()) complain("cannot read " + inputName, run.readError());
+  if (run.writeError()) complain("cannot write standard output", run.writeError());
+  if (isInterrupted()) {
+    std::fprintf(stderr, "qel-purchase: interrupted, %s written\n",
+                 counted(counts.all(), "line").c_str());
+  }
+  std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
+               counted(counts.read, "purchase").c_str(), counted(counts.rejected, "line").c_str());
+  if (run.readError() || run.writeError()) return kFailed;
+  if (isInterrupted()) return kInterrupted;
+  return counts.rejected > 0 ? kSomeRejected : kAllRead;
+}
+
+}  // namespace qel::tool

@@ -1,0 +1,533 @@
+#include "purchase_reader.h"
+
+#include <simdjson.h>
+
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <span>
+#include <utility>
+
+#include "json_text.h"
+#include "written_instant.h"
+
+namespace qel::tool {
+namespace {
+
+namespace json = simdjson::ondemand;
+
+static_assert(PurchaseReader::kPadding >= simdjson::SIMDJSON_PADDING);
+
+// How deep an ignored value may be nested.
+constexpr int kGreatestDepth = 1000;
+
+// An entry of the receipt, as the line gives it.
+struct ReadEntry {
+  OptionalText productID;
+  OptionalText purchaseDateIA5String;
+  std::optional<std::int64_t> purchaseType;
+  std::optional<std::int64_t> webOrderLineItemID;
+  OptionalText transactionID;
+  OptionalText originalTransactionID;
+  bool isFreeTrial = false;
+  bool isIntroductoryOffer = false;
+};
+
+// Keeps the memory of the text that was there before.
+void assign(std::optional<std::string>& field, const OptionalText& text) {
+  if (!text.has_value()) {
+    field.reset();
+  } else if (field.has_value()) {
+    field->assign(*text);
+  } else {
+    field.emplace(*text);
+  }
+}
+
+void assign(QELInAppPurchaseItem& item, const ReadEntry& entry) {
+  assign(item.productID, entry.productID);
+  assign(item.purchaseDateIA5String, entry.purchaseDateIA5String);
+  item.purchaseType = entry.purchaseType;
+  item.webOrderLineItemID = entry.webOrderLineItemID;
+  assign(item.transactionID, entry.transactionID);
+  assign(item.originalTransactionID, entry.originalTransactionID);
+  item.isFreeTrial = entry.isFreeTrial;
+  item.isIntroductoryOffer = entry.isIntroductoryOffer;
+}
+
+[[noreturn]] void fail(std::string message) { throw LineError{{}, std::move(message)}; }
+
+// The start of `text`, for a message: up to 60 bytes, and no part of a character.
+std::string excerpt(std::string_view text) {
+  constexpr std::size_t kSize = 60;
+  if (text.size() <= kSize) return std::string(text);
+  std::size_t size = kSize;
+  while ((text[size] & 0xC0) == 0x80) --size;
+  return std::string(text.substr(0, size)) + "...";
+}
+
+[[noreturn]] void failAsBroken(const char* what) { fail(std::string("broken JSON: ") + what); }
+
+// What JSON has in the place where simdjson found something else.
+const char* expectationOf(simdjson::error_code error) {
+  switch (error) {
+    case simdjson::UTF8_ERROR:
+      return "expected UTF-8";
+    case simdjson::UNCLOSED_STRING:
+      return "expected a string to end with a quote";
+    case simdjson::UNESCAPED_CHARS:
+      return "expected the control characters of a string to be escaped";
+    case simdjson::TAPE_ERROR:
+      return "expected a value, a key, a comma, a colon or a closing bracket";
+    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
+      return "expected one whole object, from { to }";
+    default:
+      return simdjson::error_message(error);
+  }
+}
+
+constexpr const char* kNoWord = "expected true, false or null";
+constexpr const char* kNoNumber = "expected a number in JSON syntax";
+
+// Gives what simdjson gave, and fails where it did.
+template <typename T>
+T valueOrFail(simdjson::simdjson_result<T> result) {
+  T value;
+  if (const simdjson::error_code error = std::move(result).get(value)) {
+    failAsBroken(expectationOf(error));
+  }
+  return value;
+}
+
+const char* nameOf(json::json_type type) {
+  switch (type) {
+    case json::json_type::array:
+      return "an array";
+    case json::json_type::object:
+      return "an object";
+    case json::json_type::number:
+      return "a number";
+    case json::json_type::string:
+      return "a string";
+    case json::json_type::boolean:
+      return "a boolean";
+    case json::json_type::null:
+      return "null";
+  }
+  return "something else";
+}
+
+[[noreturn]] void failAsWrongType(const char* expected, json::json_type found) {
+  fail(std::string("expected ") + expected + ", found " + nameOf(found));
+}
+
+// A step of a JSON Pointer: /key, with ~ and / written as ~0 and ~1.
+std::string pointerStep(std::string_view key) {
+  std::string step = "/";
+  for (const char character : key) {
+    if (character == '~') {
+      step += "~0";
+    } else if (character == '/') {
+      step += "~1";
+    } else {
+      step.push_back(character);
+    }
+  }
+  return step;
+}
+
+std::string_view withoutTrailingSpace(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(" \t\n\r") + 1);
+}
+
+// What reading a value needs beside the value.
+struct Source {
+  explicit Source(bool doesIgnore) : ignoresUnknownKeys(doesIgnore) {}
+
+  const bool ignoresUnknownKeys;
+  std::string_view line;
+  // The texts that had escapes. No longer than the line in all, so the views of it stay valid.
+  std::string unescaped;
+};
+
+// What the raw text after an opening quote stands for.
+std::string_view textOf(Source& source, json::raw_json_string string) {
+  const char* const start = string.raw();
+  const char* const end = source.line.data() + source.line.size();
+  const std::optional<std::string_view> raw =
+      rawJsonString(std::string_view(start, static_cast<std::size_t>(end - start)));
+  if (!raw.has_value()) failAsBroken(expectationOf(simdjson::UNCLOSED_STRING));
+  if (raw->find('\\') == std::string_view::npos) return *raw;
+
+  const std::size_t offset = source.unescaped.size();
+  if (!unescapeJsonString(*raw, source.unescaped)) {
+    failAsBroken(R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX)");
+  }
+  const std::string_view unescaped = source.unescaped;
+  return unescaped.substr(offset);
+}
+
+json::json_type typeOf(json::value& value) { return valueOrFail(value.type()); }
+
+// Whether the value is null. Fails when it is neither null nor of the type `type`.
+bool isNull(json::value& value, json::json_type type, const char* expected) {
+  const json::json_type found = typeOf(value);
+  if (found == type) return false;
+  if (found != json::json_type::null) failAsWrongType(expected, found);
+  bool isWord = false;
+  if (value.is_null().get(isWord) != simdjson::SUCCESS || !isWord) failAsBroken(kNoWord);
+  return true;
+}
+
+// The readers of single values give nothing for null.
+
+OptionalText readText(Source& source, json::value value) {
+  if (isNull(value, json::json_type::string, "a string")) return std::nullopt;
+  return textOf(source, valueOrFail(value.get_raw_json_string()));
+}
+
+std::optional<bool> readBoolean(Source&, json::value value) {
+  if (isNull(value, json::json_type::boolean, "true or false")) return std::nullopt;
+  bool boolean = false;
+  if (value.get_bool().get(boolean) != simdjson::SUCCESS) failAsBroken(kNoWord);
+  return boolean;
+}
+
+std::string_view numberToken(json::value& value) {
+  const std::string_view token = withoutTrailingSpace(value.raw_json_token());
+  if (!isJsonNumber(token)) failAsBroken(kNoNumber);
+  return token;
+}
+
+template <typename Integer>
+std::optional<Integer> readInteger(json::value value, const char* expected) {
+  if (isNull(value, json::json_type::number, expected)) return std::nullopt;
+  const std::string_view token = numberToken(value);
+  Integer integer = 0;
+  const auto [stop, error] = std::from_chars(token.data(), token.data() + token.size(), integer);
+  if (error != std::errc() || stop != token.data() + token.size()) {
+    fail(std::string("expected ") + expected + ", found " + excerpt(token));
+  }
+  return integer;
+}
+
+std::optional<std::int64_t> readSigned(Source&, json::value value) {
+  return readInteger<std::int64_t>(value,
+                                   "an integer from -9223372036854775808 to 9223372036854775807");
+}
+
+std::optional<std::uint64_t> readUnsigned(Source&, json::value value) {
+  return readInteger<std::uint64_t>(value, "an integer from 0 to 18446744073709551615");
+}
+
+std::optional<Decimal> readDecimal(Source& source, json::value value) {
+  constexpr const char* kExpected =
+      "a price: a JSON number, as such or in a string, of at most 38 digits and an exponent from "
+      "-128 "
+      "to 127, or the string \"NaN\"";
+  std::string_view written;
+  if (typeOf(value) == json::json_type::number) {
+    written = numberToken(value);
+  } else {
+    const bool isAbsent = isNull(value, json::json_type::string, kExpected);
+    if (isAbsent) return std::nullopt;
+    written = textOf(source, valueOrFail(value.get_raw_json_string()));
+  }
+  const std::optional<Decimal> decimal = Decimal::fromString(written);
+  if (!decimal.has_value()) {
+    fail(std::string("expected ") + kExpected + ", found " + excerpt(written));
+  }
+  return decimal;
+}
+
+std::optional<Instant> readInstant(Source& source, json::value value) {
+  const OptionalText text = readText(source, value);
+  if (!text.has_value()) return std::nullopt;
+  const std::optional<Instant> instant = instantFromText(*text);
+  if (!instant.has_value()) {
+    fail("expected a date such as 2019-03-14T09:26:53Z or 2019-03-14T10:26:53.250+01:00, found " +
+         excerpt(*text));
+  }
+  return instant;
+}
+
+// A key of an object, and how its value is read into the record that the object stands for.
+template <typename Record>
+struct Field {
+  std::string_view key;
+  void (*read)(Source& source, json::value value, Record& record);
+};
+
+// Reads a value into a member of a record. Null leaves the member as it is: absent, or its default.
+template <auto kMember, auto kRead, typename Record>
+void into(Source& source, json::value value, Record& record) {
+  if (const auto read = kRead(source, value)) record.*kMember = *read;
+}
+
+// Whether the raw key is `key`, letter for letter.
+bool isKey(json::raw_json_string raw, std::string_view key) {
+  return std::memcmp(raw.raw(), key.data(), key.size()) == 0 && raw.raw()[key.size()] == '"';
+}
+
+// The position in `fields` of the field with this key, or the number of fields when none has it.
+// Looks at `likely` first: keys mostly come in the order of the table.
+template <typename Record>
+std::size_t indexOf(Source& source, json::raw_json_string raw,
+                    std::span<const Field<Record>> fields, std::size_t likely) {
+  if (likely < fields.size() && isKey(raw, fields[likely].key)) return likely;
+  const std::string_view key = textOf(source, raw);
+  std::size_t index = 0;
+  while (index < fields.size() && fields[index].key != key) ++index;
+  return index;
+}
+
+// Reads an ignored value to its end, so that what is no JSON is found there too.
+void skip(Source& source, json::value value, int depth) {
+  if (depth > kGreatestDepth) fail("expected values nested at most 1000 deep");
+  switch (typeOf(value)) {
+    case json::json_type::array:
+      for (auto element : valueOrFail(value.get_array())) {
+        skip(source, valueOrFail(element), depth + 1);
+      }
+      break;
+    case json::json_type::object:
+      for (auto field : valueOrFail(value.get_object())) {
+        json::field member = valueOrFail(std::move(field));
+        textOf(source, member.key());
+        skip(source, member.value(), depth + 1);
+      }
+      break;
+    case json::json_type::number:
+      numberToken(value);
+      break;
+    case json::json_type::string:
+      readText(source, value);
+      break;
+    case json::json_type::boolean:
+    case json::json_type::null:
+      readBoolean(source, value);
+      break;
+  }
+}
+
+// Reads the fields of an object into `record`. A key may stand once.
+template <typename Record>
+void readFields(Source& source, json::object object, std::span<const Field<Record>> fields,
+                Record& record) {
+  std::uint64_t seen = 0;
+  std::size_t likely = 0;
+  for (auto result : object) {
+    json::field member = valueOrFail(std::move(result));
+    const json::raw_json_string key = member.key();
+    const std::size_t index = indexOf(source, key, fields, likely);
+    try {
+      if (index == fields.size()) {
+        if (!source.ignoresUnknownKeys) fail("unknown key");
+        skip(source, member.value(), 0);
+        continue;
+      }
+      const std::uint64_t bit = std::uint64_t{1} << index;
+      if ((seen & bit) != 0) fail("duplicate key");
+      seen |= bit;
+      likely = index + 1;
+      fields[index].read(source, member.value(), record);
+    } catch (LineError& error) {
+      error.path.insert(0, pointerStep(textOf(source, key)));
+      throw;
+    }
+  }
+}
+
+// Reads an object into `record`, which must be fresh. Gives false, and leaves it so, for null.
+template <typename Record, std::size_t kSize>
+bool readObject(Source& source, json::value value, const Field<Record> (&fields)[kSize],
+                Record& record) {
+  if (isNull(value, json::json_type::object, "an object")) return false;
+  readFields(source, valueOrFail(value.get_object()), std::span<const Field<Record>>(fields),
+             record);
+  return true;
+}
+
+template <typename Record, std::size_t kSize>
+void readObject(Source& source, json::value value, const Field<Record> (&fields)[kSize],
+                std::optional<Record>& record) {
+  if (!readObject(source, value, fields, record.emplace())) record.reset();
+}
+
+// The tables of keys, each in the order in which lines mostly give them.
+
+constexpr Field<ReadDiscount> kDiscountFields[] = {
+    {"price", into<&ReadDiscount::readPrice, readDecimal>},
+    {"paymentMode", into<&ReadDiscount::readPaymentMode, readUnsigned>},
+};
+
+struct ReadLocale {
+  OptionalText currencyCode;
+};
+
+constexpr Field<ReadLocale> kLocaleFields[] = {
+    {"currencyCode", into<&ReadLocale::currencyCode, readText>},
+};
+
+constexpr Field<ReadProduct> kProductFields[] = {
+    {"productIdentifier", into<&ReadProduct::readProductIdentifier, readText>},
+    {"price", into<&ReadProduct::readPrice, readDecimal>},
+    {"priceLocale",
+     [](Source& source, json::value value, ReadProduct& product) {
+       ReadLocale locale;
+       readObject(source, value, kLocaleFields, locale);
+       product.readCurrencyCode = locale.currencyCode;
+     }},
+    {"localizedTitle", into<&ReadProduct::readLocalizedTitle, readText>},
+    {"introductoryPrice",
+     [](Source& source, json::value value, ReadProduct& product) {
+       product.readAnswersIntroductoryPrice = true;
+       readObject(source, value, kDiscountFields, product.readIntroductoryPrice);
+     }},
+};
+
+constexpr Field<ReadOriginalTransaction> kOriginalTransactionFields[] = {
+    {"transactionIdentifier", into<&ReadOriginalTransaction::readTransactionIdentifier, readText>},
+};
+
+constexpr Field<ReadPayment> kPaymentFields[] = {
+    {"quantity", into<&ReadPayment::readQuantity, readSigned>},
+};
+
+constexpr Field<ReadTransaction> kTransactionFields[] = {
+    {"transactionIdentifier", into<&ReadTransaction::readTransactionIdentifier, readText>},
+    {"originalTransaction",
+     [](Source& source, json::value value, ReadTransaction& transaction) {
+       readObject(source, value, kOriginalTransactionFields, transaction.readOriginalTransaction);
+     }},
+    {"transactionDate", into<&ReadTransaction::readTransactionDate, readInstant>},
+    {"payment",
+     [](Source& source, json::value value, ReadTransaction& transaction) {
+       readObject(source, value, kPaymentFields, transaction.readPayment);
+     }},
+};
+
+constexpr Field<ReadEntry> kEntryFields[] = {
+    {"productID", into<&ReadEntry::productID, readText>},
+    {"purchaseDateIA5String", into<&ReadEntry::purchaseDateIA5String, readText>},
+    {"purchaseType", into<&ReadEntry::purchaseType, readSigned>},
+    {"webOrderLineItemID", into<&ReadEntry::webOrderLineItemID, readSigned>},
+    {"transactionID", into<&ReadEntry::transactionID, readText>},
+    {"originalTransactionID", into<&ReadEntry::originalTransactionID, readText>},
+    {"isFreeTrial", into<&ReadEntry::isFreeTrial, readBoolean>},
+    {"isIntroductoryOffer", into<&ReadEntry::isIntroductoryOffer, readBoolean>},
+};
+
+constexpr Field<ReadPlatform> kDiscountClassFields[] = {
+    {"price", into<&ReadPlatform::discountsAnswerPrice, readBoolean>},
+    {"paymentMode", into<&ReadPlatform::discountsAnswerPaymentMode, readBoolean>},
+};
+
+constexpr Field<ReadPlatform> kPlatformFields[] = {
+    {"SKProductDiscount",
+     [](Source& source, json::value value, ReadPlatform& platform) {
+       platform.hasDiscountClass = readObject(source, value, kDiscountClassFields, platform);
+     }},
+};
+
+// A line, with memory for the entries of its receipt that is kept for the next one.
+struct ReadLine {
+  Purchase purchase;
+  ReadPlatform platform;
+  std::deque<QELInAppPurchaseItem> entries;
+};
+
+QELInAppPurchaseItem& entryAt(ReadLine& line, std::size_t index) {
+  return index < line.entries.size() ? line.entries[index] : line.entries.emplace_back();
+}
+
+void readReceipt(Source& source, json::value value, ReadLine& line) {
+  if (isNull(value, json::json_type::array, "an array")) return;
+  QELInAppPurchaseItems& receipt = line.purchase.receipt;
+  for (auto element : valueOrFail(value.get_array())) {
+    try {
+      ReadEntry entry;
+      if (!readObject(source, valueOrFail(element), kEntryFields, entry)) {
+        failAsWrongType("an object", json::json_type::null);
+      }
+      QELInAppPurchaseItem& item = entryAt(line, receipt.size());
+      assign(item, entry);
+      receipt.emplace_back(item);
+    } catch (LineError& error) {
+      error.path.insert(0, "/" + std::to_string(receipt.size()));
+      throw;
+    }
+  }
+}
+
+constexpr Field<ReadLine> kLineFields[] = {
+    {"id", [](Source& source, json::value value,
+              ReadLine& line) { line.purchase.id = readText(source, value); }},
+    {"product",
+     [](Source& source, json::value value, ReadLine& line) {
+       readObject(source, value, kProductFields, line.purchase.product);
+     }},
+    {"transaction",
+     [](Source& source, json::value value, ReadLine& line) {
+       readObject(source, value, kTransactionFields, line.purchase.transaction);
+     }},
+    {"receipt", readReceipt},
+    {"platform", [](Source& source, json::value value,
+                    ReadLine& line) { readObject(source, value, kPlatformFields, line.platform); }},
+};
+
+}  // namespace
+
+class PurchaseReader::Impl {
+ public:
+  explicit Impl(UnknownKeys unknownKeys) : source_(unknownKeys == UnknownKeys::kAreIgnored) {}
+
+  const Purchase& read(std::string_view line) {
+    prepare(line);
+    if (parser_.capacity() < line.size() &&
+        parser_.allocate(std::bit_ceil(line.size())) != simdjson::SUCCESS) {
+      fail("the line is longer than can be read");
+    }
+    json::document document =
+        valueOrFail(parser_.iterate(line.data(), line.size(), line.size() + kPadding));
+    const json::json_type type = valueOrFail(document.type());
+    if (type != json::json_type::object) failAsWrongType("an object", type);
+    readFields(source_, valueOrFail(document.get_object()),
+               std::span<const Field<ReadLine>>(kLineFields), line_);
+    // Past the last token there is no location.
+    if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+      failAsBroken("expected nothing after the object");
+    }
+
+    Purchase& purchase = line_.purchase;
+    if (purchase.product.has_value()) purchase.product->platform = line_.platform;
+    return purchase;
+  }
+
+ private:
+  // Forgets the line before, but not its memory.
+  void prepare(std::string_view line) {
+    source_.line = line;
+    source_.unescaped.clear();
+    source_.unescaped.reserve(line.size());
+    line_.purchase.id.reset();
+    line_.purchase.product.reset();
+    line_.purchase.transaction.reset();
+    line_.purchase.receipt.clear();
+    line_.platform = ReadPlatform();
+  }
+
+  Source source_;
+  json::parser parser_;
+  ReadLine line_;
+};
+
+PurchaseReader::PurchaseReader(UnknownKeys unknownKeys)
+    : impl_(std::make_unique<Impl>(unknownKeys)) {}
+PurchaseReader::~PurchaseReader() = default;
+
+const Purchase& PurchaseReader::read(std::string_view line) { return impl_->read(line); }
+
+}  // namespace qel::tool

@@ -1,0 +1,45 @@
+#include "written_instant.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "portable/written_date.h"
+
+namespace qel::tool {
+namespace {
+
+// Where the fraction's point stands: after the whole seconds.
+constexpr std::size_t kPoint = std::string_view("2019-03-14T09:26:53").size();
+
+// The nanoseconds of the digits after the point.
+std::int32_t nanosecondsOf(std::string_view digits) {
+  constexpr std::size_t kPlaces = 9;
+  std::int32_t nanoseconds = 0;
+  for (std::size_t place = 0; place < kPlaces; ++place) {
+    nanoseconds = nanoseconds * 10 + (place < digits.size() ? digits[place] - '0' : 0);
+  }
+  const std::string_view finer = digits.substr(std::min(kPlaces, digits.size()));
+  const bool isOnNanosecond = finer.find_first_not_of('0') == std::string_view::npos;
+  // A receipt's dates are whole seconds, so all that matters below a nanosecond is not to look
+  // whole.
+  return isOnNanosecond ? nanoseconds : std::max(nanoseconds, 1);
+}
+
+}  // namespace
+
+std::optional<Instant> instantFromText(std::string_view text) {
+  if (text.size() <= kPoint || text[kPoint] != '.') return instantFromWrittenDate(text);
+
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", kPoint + 1), text.size());
+  const std::string_view digits = text.substr(kPoint + 1, end - kPoint - 1);
+  if (digits.empty()) return std::nullopt;
+  const std::string withoutFraction =
+      std::string(text.substr(0, kPoint)) + std::string(text.substr(end));
+  std::optional<Instant> instant = instantFromWrittenDate(withoutFraction);
+  if (instant.has_value()) instant->nanoseconds = nanosecondsOf(digits);
+  return instant;
+}
+
+}  // namespace qel::tool
