@@ -63,22 +63,27 @@ std::u16string utf16Of(std::string_view text) {
   return utf16;
 }
 
+// A string of `utf16` as it is; nil where the platform makes none.
 Strong<NSString*> stringOf(const std::u16string& utf16) {
   return Strong<NSString*>::adopt([[NSString alloc]
       initWithCharacters:reinterpret_cast<const unichar*>(utf16.data())
                   length:utf16.size()]);
 }
 
-// A string of UTF-16 with unpaired surrogates, put together unit by unit: GNUstep makes none of it
-// at once.
+// The same for any UTF-16, put together unit by unit.
 Strong<NSString*> stringOfUnits(const std::u16string& utf16) {
   @autoreleasepool {
-    auto string = Strong<NSMutableString*>::adopt([[NSMutableString alloc] init]);
+    const auto string = Strong<NSMutableString*>::adopt([[NSMutableString alloc] init]);
     for (const char16_t unit : utf16) {
       [string.get() appendFormat:@"%C", static_cast<unichar>(unit)];
     }
     return Strong<NSString*>::adopt([string.get() copy]);
   }
+}
+
+// Whether `utf16` begins with U+FEFF, in either order of bytes.
+bool startsWithByteOrderMark(const std::u16string& utf16) {
+  return utf16.starts_with(u'\uFEFF') || utf16.starts_with(u'\uFFFE');
 }
 
 }  // namespace
@@ -101,6 +106,8 @@ std::optional<std::string> textFrom(NSString* string) {
 
 Strong<NSString*> stringFrom(std::string_view text) {
   const std::u16string utf16 = utf16Of(text);
+  // GNUstep makes no string of unpaired surrogates, and takes a byte order mark for no character.
+  if (startsWithByteOrderMark(utf16)) return stringOfUnits(utf16);
   Strong<NSString*> string = stringOf(utf16);
   return string.get() != nil ? string : stringOfUnits(utf16);
 }
