@@ -51,6 +51,31 @@ bool hasRequiredKeys(const EventParameters& parameters) {
                      [&parameters](ParameterKey key) { return parameters.find(key) != nullptr; });
 }
 
+// Takes the records through the stages, once the checks that come first are passed.
+std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
+                                          const StoreProduct& product,
+                                          const StoreTransaction& transaction,
+                                          QELInAppPurchaseItemsView receiptItems) {
+  const std::int64_t multiplier = QELDataTypeMicrosMultiplier;
+  EventParameters base = baseParameters(productIdentifier, product, transaction, multiplier);
+
+  const OptionalText transactionIdentifier = transaction.transactionIdentifier();
+  const StoreTransaction* const original = transaction.originalTransaction();
+  const OptionalText originalIdentifier =
+      original != nullptr ? original->transactionIdentifier() : std::nullopt;
+  const std::optional<Instant> date = transaction.transactionDate();
+  std::optional<EventParameters> event =
+      QELValidatedInAppPurchaseParameters(receiptItems, productIdentifier, transactionIdentifier,
+                                          originalIdentifier, date, std::move(base));
+
+  const std::optional<EventParameters> discount =
+      QELDiscountParameters(event, product, transaction, multiplier);
+  if (discount.has_value()) event->merge(*discount);
+
+  if (event.has_value() && !hasRequiredKeys(*event)) event.reset();
+  return event;
+}
+
 }  // namespace
 }  // namespace qel
 
@@ -70,23 +95,5 @@ std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAn
     qel::log(qel::message::kNilTransaction);
     return std::nullopt;
   }
-
-  const std::int64_t multiplier = qel::QELDataTypeMicrosMultiplier;
-  qel::EventParameters base =
-      qel::baseParameters(productIdentifier, *product, *transaction, multiplier);
-  const qel::OptionalText transactionIdentifier = transaction->transactionIdentifier();
-  const qel::StoreTransaction* const original = transaction->originalTransaction();
-  const qel::OptionalText originalIdentifier =
-      original != nullptr ? original->transactionIdentifier() : std::nullopt;
-  const std::optional<qel::Instant> date = transaction->transactionDate();
-
-  std::optional<qel::EventParameters> event = qel::QELValidatedInAppPurchaseParameters(
-      receiptItems, productIdentifier, transactionIdentifier, originalIdentifier, date,
-      std::move(base));
-  const std::optional<qel::EventParameters> discount =
-      qel::QELDiscountParameters(event, *product, *transaction, multiplier);
-  if (discount.has_value()) event->merge(*discount);
-
-  if (!event.has_value() || !qel::hasRequiredKeys(*event)) return std::nullopt;
-  return event;
+  return qel::buildEvent(productIdentifier, *product, *transaction, receiptItems);
 }

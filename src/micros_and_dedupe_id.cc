@@ -1,7 +1,10 @@
 #include "micros_and_dedupe_id.h"
 
+#include <array>
+#include <charconv>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "qel/digest.h"
@@ -20,6 +23,23 @@ std::int64_t integerFromDecimal(const Decimal& amount) {
   if (!fits) return std::numeric_limits<std::int64_t>::min();
   return static_cast<std::int64_t>(nearest);
 }
+
+// The string form of a number object: its decimal digits, with a minus sign when it is negative;
+// empty for an absent number.
+class StringValue {
+ public:
+  explicit StringValue(const std::optional<std::int64_t>& number) {
+    if (!number.has_value()) return;
+    end_ = std::to_chars(characters_.begin(), characters_.end(), *number).ptr;
+  }
+
+  std::string_view text() const { return {characters_.begin(), end_}; }
+
+ private:
+  // A sign and 19 digits.
+  std::array<char, 20> characters_;
+  char* end_ = characters_.begin();
+};
 
 }  // namespace
 
@@ -46,9 +66,10 @@ std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
   if (isEmpty(productID)) return kInsufficient;
 
   // No separator: the pieces 1, 23, p and 12, 3, p are one identifier, and stay so.
-  std::string text(*originalTransactionID);
-  if (webOrderLineItemID.has_value()) text += std::to_string(*webOrderLineItemID);
-  text += *productID;
+  const StringValue lineItem(webOrderLineItemID);
+  std::string text;
+  text.reserve(originalTransactionID->size() + lineItem.text().size() + productID->size());
+  text.append(*originalTransactionID).append(lineItem.text()).append(*productID);
 
   const std::optional<std::string> bytes = utf8DataWithoutLoss(std::move(text));
   if (!bytes.has_value()) return kCannotBeEncoded;

@@ -36,6 +36,7 @@ std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
 
   const qel::DateFormatter formatter;
   qel::QELInAppPurchaseItems matching;
+  matching.reserve(items.size());
   for (const qel::QELInAppPurchaseItem& item : items) {
     const std::optional<qel::Instant> itemDate =
         formatter.dateFromString(item.purchaseDateIA5String);
@@ -46,10 +47,19 @@ std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
     }
   }
 
-  std::stable_sort(
-      matching.begin(), matching.end(),
-      [&formatter](const qel::QELInAppPurchaseItem& a, const qel::QELInAppPurchaseItem& b) {
-        return qel::comparePurchaseDates(formatter, b, a) == qel::ComparisonResult::kDescending;
-      });
+  const auto goesBefore = [&formatter](const qel::QELInAppPurchaseItem& a,
+                                       const qel::QELInAppPurchaseItem& b) {
+    return qel::comparePurchaseDates(formatter, b, a) == qel::ComparisonResult::kDescending;
+  };
+  // Receipts mostly come in order, or in reverse. Seeing that takes fewer comparisons than sorting.
+  const auto isOutOfReverse = [&goesBefore](const auto& a, const auto& b) {
+    return !goesBefore(b, a);
+  };
+  if (std::is_sorted(matching.begin(), matching.end(), goesBefore)) return matching;
+  if (std::adjacent_find(matching.begin(), matching.end(), isOutOfReverse) == matching.end()) {
+    std::reverse(matching.begin(), matching.end());
+  } else {
+    std::stable_sort(matching.begin(), matching.end(), goesBefore);
+  }
   return matching;
 }

@@ -1,7 +1,6 @@
 #include "receipt_validation.h"
 
 #include <cstdint>
-#include <utility>
 
 #include "diagnostics.h"
 #include "micros_and_dedupe_id.h"
@@ -91,19 +90,18 @@ void reportAutoRenewableSubscription(const QELInAppPurchaseItem& item,
 std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
     const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,
-    const std::optional<Instant>& transactionDate, EventParameters base) {
-  if (base.empty()) return std::nullopt;
+    const std::optional<Instant>& transactionDate, EventParameters parameters) {
+  if (parameters.empty()) return std::nullopt;
   if (isEmpty(productIdentifier)) return std::nullopt;
   // A warning only: the purchase may still be classified by the receipt.
   if (isEmpty(transactionIdentifier)) log(message::kEmptyTransactionId);
 
-  EventParameters result = std::move(base);
   const std::optional<QELInAppPurchaseItems> items =
       QELMatchingInAppPurchaseItems(receiptItems, productIdentifier, std::nullopt);
   if (!items.has_value() || items->empty()) {
     log(message::kMissingInReceipt, *productIdentifier);
-    result.setFlag(ParameterKey::kInvalid);
-    return result;
+    parameters.setFlag(ParameterKey::kInvalid);
+    return parameters;
   }
   const QELInAppPurchaseItem& latest = items->back();
 
@@ -113,12 +111,12 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
                             transactionIdentifier != originalTransactionIdentifier;
   if (typeOf(latest) == PurchaseType::kNonConsumable && isRepurchase) {
     log(message::kRestoredNonConsumable);
-    result.setFlag(ParameterKey::kInvalid);
-    return result;
+    parameters.setFlag(ParameterKey::kInvalid);
+    return parameters;
   }
   if (items->size() == 1 && !isSubscriptionLike(latest)) {
-    reportSingleItem(latest, result);
-    return result;
+    reportSingleItem(latest, parameters);
+    return parameters;
   }
 
   const QELInAppPurchaseItems atDate =
@@ -130,9 +128,9 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   if (isMissing || isAmbiguous) {
     if (isMissing) log(message::kSubscriptionMissingInReceipt, *productIdentifier);
     if (isAmbiguous) log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
-    result.setFlag(ParameterKey::kInvalid);
-    result.setFlag(ParameterKey::kSubscription);
-    return result;
+    parameters.setFlag(ParameterKey::kInvalid);
+    parameters.setFlag(ParameterKey::kSubscription);
+    return parameters;
   }
 
   // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
@@ -140,11 +138,11 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   const QELInAppPurchaseItem absentItem;
   const QELInAppPurchaseItem& item = atDate.empty() ? absentItem : atDate.front().get();
   if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
-    reportNonRenewingSubscription(item, result);
+    reportNonRenewingSubscription(item, parameters);
   } else {
-    reportAutoRenewableSubscription(item, *items, isRepurchase, result);
+    reportAutoRenewableSubscription(item, *items, isRepurchase, parameters);
   }
-  return result;
+  return parameters;
 }
 
 }  // namespace qel

@@ -14,8 +14,8 @@ namespace qel {
 
 // Classifies the purchase of `productIdentifier` by the receipt's entries for that product, and
 // returns `base` with the keys that record the decision: "invalid", "subscription", "_did",
-// "free_trial", "price_is_discounted", "sub_convert" or "sub_renew". `base` comes back unchanged
-// when the receipt's one entry has mismatched identifiers, and nothing comes back when `base` or
+// "free_trial", "price_is_discounted", "sub_convert" or "sub_renew". They come back unchanged
+// when the receipt's one entry has mismatched identifiers, and nothing comes back when they or
 // the identifier is empty.
 //
 // The transaction's own identifier, that of its original transaction, and its date may be absent.
@@ -23,7 +23,7 @@ namespace qel {
 std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
     const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,
-    const std::optional<Instant>& transactionDate, EventParameters base);
+    const std::optional<Instant>& transactionDate, EventParameters parameters);
 
 }  // namespace qel
 

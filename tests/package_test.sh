@@ -9,6 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # The README shows the example as it is.
+# shellcheck disable=SC2016  # The backquotes are the README's.
 sed -n '/^```cpp$/,/^```$/p' "$source/README.md" | sed '1d;$d' | diff - "$source/examples/embed/main.cc"
 
 cmake --install "$build" --prefix "$work/installed" >/dev/null

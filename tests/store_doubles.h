@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qel/store_records.h"
@@ -16,38 +17,39 @@ namespace qel::testing {
 // The operations that were asked of all records that share the list, such as "product.price".
 using Asked = std::vector<std::string>;
 
-// Notes questions down, where there is a list to note them in.
+// Notes the questions to the record `name` down, where there is a list to note them in.
 class Questioned {
  public:
-  explicit Questioned(Asked* asked) : asked_(asked) {}
+  Questioned(Asked* asked, std::string name) : asked_(asked), name_(std::move(name)) {}
 
  protected:
   void note(const char* operation) const {
-    if (asked_ != nullptr) asked_->emplace_back(operation);
+    if (asked_ != nullptr) asked_->push_back(name_ + "." + operation);
   }
 
  private:
   Asked* asked_;
+  std::string name_;
 };
 
 struct FakeDiscount : StoreProductDiscount, Questioned {
-  explicit FakeDiscount(Asked* asked = nullptr) : Questioned(asked) {}
+  explicit FakeDiscount(Asked* asked = nullptr) : Questioned(asked, "discount") {}
 
   std::optional<Decimal> thePrice;
   std::uint64_t thePaymentMode = 0;
 
   std::optional<Decimal> price() const override {
-    note("discount.price");
+    note("price");
     return thePrice;
   }
   std::uint64_t paymentMode() const override {
-    note("discount.paymentMode");
+    note("paymentMode");
     return thePaymentMode;
   }
 };
 
 struct FakeProduct : StoreProduct, Questioned {
-  explicit FakeProduct(Asked* asked = nullptr) : Questioned(asked) {}
+  explicit FakeProduct(Asked* asked = nullptr) : Questioned(asked, "product") {}
 
   std::optional<std::string> theProductIdentifier;
   std::optional<Decimal> thePrice;
@@ -60,56 +62,57 @@ struct FakeProduct : StoreProduct, Questioned {
   const StoreProductDiscount* theIntroductoryPrice = nullptr;
 
   OptionalText productIdentifier() const override {
-    note("product.productIdentifier");
+    note("productIdentifier");
     return theProductIdentifier;
   }
   std::optional<Decimal> price() const override {
-    note("product.price");
+    note("price");
     return thePrice;
   }
   OptionalText priceLocaleCurrencyCode() const override {
-    note("product.priceLocaleCurrencyCode");
+    note("priceLocaleCurrencyCode");
     return theCurrencyCode;
   }
   OptionalText localizedTitle() const override {
-    note("product.localizedTitle");
+    note("localizedTitle");
     return theLocalizedTitle;
   }
   bool hasDiscountClass() const override {
-    note("product.hasDiscountClass");
+    note("hasDiscountClass");
     return platformHasDiscountClass;
   }
   bool discountsAnswerPrice() const override {
-    note("product.discountsAnswerPrice");
+    note("discountsAnswerPrice");
     return discountsHavePrice;
   }
   bool discountsAnswerPaymentMode() const override {
-    note("product.discountsAnswerPaymentMode");
+    note("discountsAnswerPaymentMode");
     return discountsHavePaymentMode;
   }
   bool answersIntroductoryPrice() const override {
-    note("product.answersIntroductoryPrice");
+    note("answersIntroductoryPrice");
     return hasIntroductoryPrice;
   }
   const StoreProductDiscount* introductoryPrice() const override {
-    note("product.introductoryPrice");
+    note("introductoryPrice");
     return theIntroductoryPrice;
   }
 };
 
 struct FakePayment : StorePayment, Questioned {
-  explicit FakePayment(Asked* asked = nullptr) : Questioned(asked) {}
+  explicit FakePayment(Asked* asked = nullptr) : Questioned(asked, "payment") {}
 
   std::int64_t theQuantity = 0;
 
   std::int64_t quantity() const override {
-    note("payment.quantity");
+    note("quantity");
     return theQuantity;
   }
 };
 
 struct FakeTransaction : StoreTransaction, Questioned {
-  explicit FakeTransaction(Asked* asked = nullptr) : Questioned(asked) {}
+  explicit FakeTransaction(Asked* asked = nullptr, std::string name = "transaction")
+      : Questioned(asked, std::move(name)) {}
 
   std::optional<std::string> theTransactionIdentifier;
   const StoreTransaction* theOriginalTransaction = nullptr;
@@ -117,19 +120,19 @@ struct FakeTransaction : StoreTransaction, Questioned {
   const StorePayment* thePayment = nullptr;
 
   OptionalText transactionIdentifier() const override {
-    note("transaction.transactionIdentifier");
+    note("transactionIdentifier");
     return theTransactionIdentifier;
   }
   const StoreTransaction* originalTransaction() const override {
-    note("transaction.originalTransaction");
+    note("originalTransaction");
     return theOriginalTransaction;
   }
   std::optional<Instant> transactionDate() const override {
-    note("transaction.transactionDate");
+    note("transactionDate");
     return theTransactionDate;
   }
   const StorePayment* payment() const override {
-    note("transaction.payment");
+    note("payment");
     return thePayment;
   }
 };

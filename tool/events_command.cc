@@ -69,16 +69,13 @@ void processBlock(PurchaseReader& reader, Int64Form int64Form, Work& work) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   work.output.clear();
   work.counts = Counts();
-  std::string_view rest = work.block.lines;
   std::uint64_t lineNumber = work.block.firstLineNumber;
-  if (lineNumber == 1 && rest.starts_with(kByteOrderMark)) {
-    rest.remove_prefix(kByteOrderMark.size());
-  }
-  for (; !rest.empty(); ++lineNumber) {
-    const std::size_t size = std::min(rest.find('\n'), rest.size());
-    const std::string_view line = rest.substr(0, size);
+  for (std::string_view line : work.block.lines) {
+    if (lineNumber == 1 && line.starts_with(kByteOrderMark)) {
+      line.remove_prefix(kByteOrderMark.size());
+    }
     if (!isBlank(line)) processLine(line, lineNumber, reader, int64Form, work);
-    rest.remove_prefix(std::min(size + 1, rest.size()));
+    ++lineNumber;
   }
 }
 
@@ -119,7 +116,7 @@ class Run {
  public:
   Run(const EventsOptions& options, const Input& input)
       : options_(options),
-        reader_(input.descriptor()),
+        reader_(input.descriptor(), options.firstLineNumber),
         progress_(options.showsProgress, input.size()),
         readers_([&options] { return std::make_unique<PurchaseReader>(options.unknownKeys); }),
         // A block waits for its turn while others are worked on.
@@ -178,7 +175,7 @@ class Run {
       return;
     }
     counts_ += work.counts;
-    doneBytes_ += work.block.lines.size();
+    doneBytes_ += work.block.size;
     progress_.update(doneBytes_, counts_.all());
   }
 

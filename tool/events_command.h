@@ -3,6 +3,7 @@
 #ifndef QEL_TOOL_EVENTS_COMMAND_H_
 #define QEL_TOOL_EVENTS_COMMAND_H_
 
+#include <cstdint>
 #include <string>
 
 #include "purchase_reader.h"
@@ -21,6 +22,8 @@ enum ExitStatus : int {
 struct EventsOptions {
   // Path of the input; - is standard input.
   std::string input = "-";
+  // The number of the input's first line: more than 1 when it is a part of a larger input.
+  std::uint64_t firstLineNumber = 1;
   PurchaseReader::UnknownKeys unknownKeys = PurchaseReader::UnknownKeys::kAreErrors;
   Int64Form int64Form = Int64Form::kNumber;
   // Threads to work on; at least 1.

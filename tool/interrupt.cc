@@ -35,7 +35,10 @@ void catchInterrupt() {
   struct sigaction action = {};
   action.sa_handler = onInterrupt;
   action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-  if (sigaction(SIGINT, &action, nullptr) != 0) throwError("cannot catch the interrupt");
+  struct sigaction before = {};
+  if (sigaction(SIGINT, &action, &before) != 0) throwError("cannot catch the interrupt");
+  // A shell has a program in the background ignore interrupts, which are not meant for it.
+  if (before.sa_handler == SIG_IGN) std::signal(SIGINT, SIG_IGN);
 }
 
 bool isInterrupted() { return interrupted != 0; }

@@ -5,9 +5,9 @@
 
 namespace qel::tool {
 
-// From now on the first SIGINT only makes `isInterrupted` true and `interruptDescriptor` readable;
-// the second ends the program as ever. Called once, before other threads start. Throws
-// std::system_error.
+// From now on, unless SIGINT is ignored, the first only makes `isInterrupted` true and
+// `interruptDescriptor` readable; the second ends the program as ever. Called once, before other
+// threads start. Throws std::system_error.
 void catchInterrupt();
 
 // Whether a SIGINT has come.

@@ -90,11 +90,21 @@ void appendEscapedUnit(unsigned unit, std::string& out) {
   for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kDigits[(unit >> shift) & 0xF]);
 }
 
-// Whether a JSON string may hold this byte as it is. A byte that may begin a surrogate is looked at
-// more closely.
-constexpr bool isPlain(char character) {
-  return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\' &&
-         character != '\xED';
+// Not 0 for a byte that a JSON string cannot hold as it is, or that may begin a surrogate and is
+// looked at more closely. A number, and no shortcuts, so that the compiler can look at many bytes
+// at once.
+constexpr unsigned char notPlain(char character) {
+  const auto byte = static_cast<unsigned char>(character);
+  // NOLINTBEGIN(readability-implicit-bool-conversion): bits to put together.
+  return static_cast<unsigned char>((byte < 0x20) | (byte == '"') | (byte == '\\') |
+                                    (byte == 0xED));
+  // NOLINTEND(readability-implicit-bool-conversion)
+}
+
+bool isAllPlain(std::string_view text) {
+  unsigned char found = 0;
+  for (const char character : text) found |= notPlain(character);
+  return found == 0;
 }
 
 // Takes the character at the start of `text`, which is not plain, off it and appends it.
@@ -149,14 +159,13 @@ bool takeOneOf(std::string_view characters, std::string_view& text) {
 }  // namespace
 
 std::optional<std::string_view> rawJsonString(std::string_view text) {
-  for (std::size_t position = 0;; ++position) {
-    const std::size_t quote = text.find('"', position);
-    if (quote == std::string_view::npos) return std::nullopt;
-    const std::size_t backslash = text.substr(0, quote).find('\\', position);
-    if (backslash == std::string_view::npos) return text.substr(0, quote);
+  std::size_t end = text.find_first_of("\"\\");
+  while (end != std::string_view::npos && text[end] == '\\') {
     // The character after a backslash ends nothing.
-    position = backslash + 1;
+    end = text.find_first_of("\"\\", end + 2);
   }
+  if (end == std::string_view::npos) return std::nullopt;
+  return text.substr(0, end);
 }
 
 bool unescapeJsonString(std::string_view raw, std::string& out) {
@@ -171,8 +180,12 @@ bool unescapeJsonString(std::string_view raw, std::string& out) {
 
 void appendJsonString(std::string_view text, std::string& out) {
   out.push_back('"');
+  if (isAllPlain(text)) {
+    out += text;
+    text = {};
+  }
   while (!text.empty()) {
-    const auto plain = std::find_if_not(text.begin(), text.end(), isPlain) - text.begin();
+    const auto plain = std::find_if(text.begin(), text.end(), notPlain) - text.begin();
     out += text.substr(0, static_cast<std::size_t>(plain));
     text.remove_prefix(static_cast<std::size_t>(plain));
     if (!text.empty()) takeNotPlain(text, out);

@@ -27,6 +27,15 @@ bool waitForInput(int descriptor) {
   return !isInterrupted();
 }
 
+void split(std::string_view text, std::vector<std::string_view>& lines) {
+  lines.clear();
+  while (!text.empty()) {
+    const std::size_t size = std::min(text.find('\n'), text.size());
+    lines.push_back(text.substr(0, size));
+    text.remove_prefix(std::min(size + 1, text.size()));
+  }
+}
+
 }  // namespace
 
 std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const {
@@ -38,7 +47,9 @@ std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const 
   while (true) {
     const ssize_t count = read(descriptor_, block.memory.data() + size, room);
     if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category());
+    if (errno != EINTR && errno != EAGAIN) {
+      throw std::system_error(errno, std::generic_category());
+    }
   }
 }
 
@@ -59,11 +70,11 @@ bool LineBlockReader::next(LineBlock& block) {
       end = size - count + newline + 1;
     }
   }
-  block.lines = std::string_view(block.memory.data(), end);
   begun_.assign(block.memory.data() + end, size - end);
+  block.size = end;
+  split({block.memory.data(), end}, block.lines);
   block.firstLineNumber = nextLineNumber_;
-  nextLineNumber_ +=
-      static_cast<std::uint64_t>(std::count(block.lines.begin(), block.lines.end(), '\n'));
+  nextLineNumber_ += block.lines.size();
   return true;
 }
 
@@ -72,6 +83,10 @@ void writeAll(int descriptor, std::string_view text) {
     const ssize_t count = write(descriptor, text.data(), text.size());
     if (count >= 0) {
       text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno == EAGAIN) {
+      // Somebody made the descriptor non-blocking, and its reader is slow.
+      pollfd wait = {.fd = descriptor, .events = POLLOUT, .revents = 0};
+      poll(&wait, 1, -1);
     } else if (errno != EINTR) {
       throw std::system_error(errno, std::generic_category());
     }

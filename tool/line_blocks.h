@@ -15,9 +15,11 @@ namespace qel::tool {
 struct LineBlock {
   std::vector<char> memory;
 
-  // The lines, each with its newline, but for the last line of an input that does not end with one.
-  // PurchaseReader::kPadding bytes are readable after them.
-  std::string_view lines;
+  // The lines, without their newlines. PurchaseReader::kPadding bytes are readable after the last.
+  std::vector<std::string_view> lines;
+
+  // The size of the lines in the input, newlines included, in bytes.
+  std::size_t size = 0;
 
   // The number of the first line; lines count from 1.
   std::uint64_t firstLineNumber = 1;
@@ -26,8 +28,9 @@ struct LineBlock {
 // Reads a file descriptor block by block. Memory grows with the longest line only.
 class LineBlockReader {
  public:
-  // The descriptor stays the caller's.
-  explicit LineBlockReader(int descriptor) : descriptor_(descriptor) {}
+  // The descriptor stays the caller's. Lines are numbered from `firstLineNumber` on.
+  explicit LineBlockReader(int descriptor, std::uint64_t firstLineNumber = 1)
+      : descriptor_(descriptor), nextLineNumber_(firstLineNumber) {}
 
   // Fills `block` with the lines that come next: as many as a read gives, and at least one. Waits
   // for input when there is none. Returns false at the end of the input, and on an interrupt, which
@@ -40,7 +43,7 @@ class LineBlockReader {
   std::size_t readMore(LineBlock& block, std::size_t size) const;
 
   const int descriptor_;
-  std::uint64_t nextLineNumber_ = 1;
+  std::uint64_t nextLineNumber_;
   // The start of a line whose end has not been read yet.
   std::string begun_;
 };

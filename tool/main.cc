@@ -1,6 +1,8 @@
 // The command qel-purchase.
 
+#include <fcntl.h>
 #include <oneapi/tbb/info.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -25,6 +27,17 @@ that cannot be read or written, 130 interrupted.
 Example:
   qel-purchase events examples/purchases.jsonl | jq -c .event)";
 
+// Keeps the numbers of standard streams that are closed from the files that are opened next. What
+// takes their place can be neither read nor written, as is right for a closed stream.
+void reserveStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) >= 0) continue;
+    // The lowest free number is given out, and that is this one.
+    [[maybe_unused]] const int reserved =
+        open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
 // Writes a text that the command line asked for, such as the help.
 ExitStatus show(const std::string& text) {
   std::cout << text << std::flush;
@@ -38,6 +51,7 @@ ExitStatus show(const std::string& text) {
 int main(int argc, char** argv) {
   // A reader that goes away is an error to tell, not a reason to end in silence.
   std::signal(SIGPIPE, SIG_IGN);
+  reserveStandardStreams();
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);
@@ -57,6 +71,10 @@ int main(int argc, char** argv) {
   events->add_flag(
       "--int64-as-string", writesStrings,
       "Write the integers of events as strings, for readers that hold numbers in doubles");
+  events
+      ->add_option("--first-line", options.firstLineNumber,
+                   "Number of the first line, for a part of a larger input; by default 1")
+      ->check(CLI::PositiveNumber);
   events->add_option("--jobs", options.jobs, "Threads to work on; by default one for each core")
       ->check(CLI::Range(1, 1024));
   events->add_flag("--quiet", isQuiet, "Show no progress on a terminal");

@@ -33,8 +33,8 @@ class ProgressLine {
   bool isOnTerminal_ = false;
 };
 
-// The text of the line: "1.5 of 3.0 GB, 410000 records/s, 4 s left". Without a total, or before the
-// speed is known, what depends on it is left out.
+// The text of the line: "1.5 GB of 3.0 GB, 410000 records/s, 4 s left". Without a total, or before
+// the speed is known, what depends on it is left out.
 std::string progressText(std::uint64_t doneBytes, std::optional<std::uint64_t> totalBytes,
                          std::uint64_t records, std::chrono::duration<double> elapsed);
 

@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstdint>
@@ -91,13 +92,15 @@ const char* expectationOf(simdjson::error_code error) {
 constexpr const char* kNoWord = "expected true, false or null";
 constexpr const char* kNoNumber = "expected a number in JSON syntax";
 
+void failIf(simdjson::error_code error) {
+  if (error != simdjson::SUCCESS) failAsBroken(expectationOf(error));
+}
+
 // Gives what simdjson gave, and fails where it did.
 template <typename T>
 T valueOrFail(simdjson::simdjson_result<T> result) {
   T value;
-  if (const simdjson::error_code error = std::move(result).get(value)) {
-    failAsBroken(expectationOf(error));
-  }
+  failIf(std::move(result).get(value));
   return value;
 }
 
@@ -152,47 +155,61 @@ struct Source {
   std::string unescaped;
 };
 
-// What the raw text after an opening quote stands for.
-std::string_view textOf(Source& source, json::raw_json_string string) {
-  const char* const start = string.raw();
+// What the raw text of a string, without its quotes, stands for.
+std::string_view unescaped(Source& source, std::string_view raw) {
+  if (raw.find('\\') == std::string_view::npos) return raw;
+  const std::size_t offset = source.unescaped.size();
+  if (!unescapeJsonString(raw, source.unescaped)) {
+    failAsBroken(R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX)");
+  }
+  const std::string_view all = source.unescaped;
+  return all.substr(offset);
+}
+
+std::string_view keyText(Source& source, json::raw_json_string key) {
+  const char* const start = key.raw();
   const char* const end = source.line.data() + source.line.size();
   const std::optional<std::string_view> raw =
       rawJsonString(std::string_view(start, static_cast<std::size_t>(end - start)));
   if (!raw.has_value()) failAsBroken(expectationOf(simdjson::UNCLOSED_STRING));
-  if (raw->find('\\') == std::string_view::npos) return *raw;
-
-  const std::size_t offset = source.unescaped.size();
-  if (!unescapeJsonString(*raw, source.unescaped)) {
-    failAsBroken(R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX)");
-  }
-  const std::string_view unescaped = source.unescaped;
-  return unescaped.substr(offset);
+  return unescaped(source, *raw);
 }
 
 json::json_type typeOf(json::value& value) { return valueOrFail(value.type()); }
 
-// Whether the value is null. Fails when it is neither null nor of the type `type`.
-bool isNull(json::value& value, json::json_type type, const char* expected) {
+// What a value is that is not of the type `type`: absent when it is null; anything else fails.
+std::nullopt_t absentOrFail(json::value& value, json::json_type type, const char* expected) {
   const json::json_type found = typeOf(value);
-  if (found == type) return false;
-  if (found != json::json_type::null) failAsWrongType(expected, found);
-  bool isWord = false;
-  if (value.is_null().get(isWord) != simdjson::SUCCESS || !isWord) failAsBroken(kNoWord);
-  return true;
+  bool isNull = false;
+  if (found == json::json_type::null) {
+    if (value.is_null().get(isNull) != simdjson::SUCCESS || !isNull) failAsBroken(kNoWord);
+    return std::nullopt;
+  }
+  if (found != type) failAsWrongType(expected, found);
+  failAsBroken(type == json::json_type::boolean ? kNoWord : kNoNumber);
 }
 
 // The readers of single values give nothing for null.
 
+OptionalText readString(Source& source, json::value& value, const char* expected) {
+  // From the opening quote to the next token of the line.
+  const std::string_view token = value.raw_json_token();
+  if (!token.starts_with('"')) {
+    return absentOrFail(value, json::json_type::string, expected);
+  }
+  json::raw_json_string string;
+  failIf(value.get_raw_json_string().get(string));
+  return unescaped(source, token.substr(1, token.rfind('"') - 1));
+}
+
 OptionalText readText(Source& source, json::value value) {
-  if (isNull(value, json::json_type::string, "a string")) return std::nullopt;
-  return textOf(source, valueOrFail(value.get_raw_json_string()));
+  return readString(source, value, "a string");
 }
 
 std::optional<bool> readBoolean(Source&, json::value value) {
-  if (isNull(value, json::json_type::boolean, "true or false")) return std::nullopt;
   bool boolean = false;
-  if (value.get_bool().get(boolean) != simdjson::SUCCESS) failAsBroken(kNoWord);
-  return boolean;
+  if (value.get_bool().get(boolean) == simdjson::SUCCESS) return boolean;
+  return absentOrFail(value, json::json_type::boolean, "true or false");
 }
 
 std::string_view numberToken(json::value& value) {
@@ -201,43 +218,39 @@ std::string_view numberToken(json::value& value) {
   return token;
 }
 
-template <typename Integer>
-std::optional<Integer> readInteger(json::value value, const char* expected) {
-  if (isNull(value, json::json_type::number, expected)) return std::nullopt;
-  const std::string_view token = numberToken(value);
-  Integer integer = 0;
-  const auto [stop, error] = std::from_chars(token.data(), token.data() + token.size(), integer);
-  if (error != std::errc() || stop != token.data() + token.size()) {
-    fail(std::string("expected ") + expected + ", found " + excerpt(token));
+constexpr const char* kSigned = "an integer from -9223372036854775808 to 9223372036854775807";
+constexpr const char* kUnsigned = "an integer from 0 to 18446744073709551615";
+
+// Fails for a number that is no integer of the expected range; what is no number may be absent.
+std::nullopt_t absentOrFailAsInteger(json::value& value, const char* expected) {
+  if (typeOf(value) == json::json_type::number) {
+    fail(std::string("expected ") + expected + ", found " + excerpt(numberToken(value)));
   }
-  return integer;
+  return absentOrFail(value, json::json_type::number, expected);
 }
 
 std::optional<std::int64_t> readSigned(Source&, json::value value) {
-  return readInteger<std::int64_t>(value,
-                                   "an integer from -9223372036854775808 to 9223372036854775807");
+  std::int64_t integer = 0;
+  if (value.get_int64().get(integer) == simdjson::SUCCESS) return integer;
+  return absentOrFailAsInteger(value, kSigned);
 }
 
 std::optional<std::uint64_t> readUnsigned(Source&, json::value value) {
-  return readInteger<std::uint64_t>(value, "an integer from 0 to 18446744073709551615");
+  std::uint64_t integer = 0;
+  if (value.get_uint64().get(integer) == simdjson::SUCCESS) return integer;
+  return absentOrFailAsInteger(value, kUnsigned);
 }
 
 std::optional<Decimal> readDecimal(Source& source, json::value value) {
   constexpr const char* kExpected =
       "a price: a JSON number, as such or in a string, of at most 38 digits and an exponent from "
-      "-128 "
-      "to 127, or the string \"NaN\"";
-  std::string_view written;
-  if (typeOf(value) == json::json_type::number) {
-    written = numberToken(value);
-  } else {
-    const bool isAbsent = isNull(value, json::json_type::string, kExpected);
-    if (isAbsent) return std::nullopt;
-    written = textOf(source, valueOrFail(value.get_raw_json_string()));
-  }
-  const std::optional<Decimal> decimal = Decimal::fromString(written);
+      "-128 to 127, or the string \"NaN\"";
+  const bool isNumber = typeOf(value) == json::json_type::number;
+  const OptionalText written = isNumber ? numberToken(value) : readString(source, value, kExpected);
+  if (!written.has_value()) return std::nullopt;
+  const std::optional<Decimal> decimal = Decimal::fromString(*written);
   if (!decimal.has_value()) {
-    fail(std::string("expected ") + kExpected + ", found " + excerpt(written));
+    fail(std::string("expected ") + kExpected + ", found " + excerpt(*written));
   }
   return decimal;
 }
@@ -277,7 +290,7 @@ template <typename Record>
 std::size_t indexOf(Source& source, json::raw_json_string raw,
                     std::span<const Field<Record>> fields, std::size_t likely) {
   if (likely < fields.size() && isKey(raw, fields[likely].key)) return likely;
-  const std::string_view key = textOf(source, raw);
+  const std::string_view key = keyText(source, raw);
   std::size_t index = 0;
   while (index < fields.size() && fields[index].key != key) ++index;
   return index;
@@ -295,7 +308,7 @@ void skip(Source& source, json::value value, int depth) {
     case json::json_type::object:
       for (auto field : valueOrFail(value.get_object())) {
         json::field member = valueOrFail(std::move(field));
-        textOf(source, member.key());
+        keyText(source, member.key());
         skip(source, member.value(), depth + 1);
       }
       break;
@@ -334,7 +347,7 @@ void readFields(Source& source, json::object object, std::span<const Field<Recor
       likely = index + 1;
       fields[index].read(source, member.value(), record);
     } catch (LineError& error) {
-      error.path.insert(0, pointerStep(textOf(source, key)));
+      error.path.insert(0, pointerStep(keyText(source, key)));
       throw;
     }
   }
@@ -344,9 +357,14 @@ void readFields(Source& source, json::object object, std::span<const Field<Recor
 template <typename Record, std::size_t kSize>
 bool readObject(Source& source, json::value value, const Field<Record> (&fields)[kSize],
                 Record& record) {
-  if (isNull(value, json::json_type::object, "an object")) return false;
-  readFields(source, valueOrFail(value.get_object()), std::span<const Field<Record>>(fields),
-             record);
+  json::object object;
+  const simdjson::error_code error = value.get_object().get(object);
+  if (error == simdjson::INCORRECT_TYPE) {
+    absentOrFail(value, json::json_type::object, "an object");
+    return false;
+  }
+  failIf(error);
+  readFields(source, object, std::span<const Field<Record>>(fields), record);
   return true;
 }
 
@@ -444,9 +462,15 @@ QELInAppPurchaseItem& entryAt(ReadLine& line, std::size_t index) {
 }
 
 void readReceipt(Source& source, json::value value, ReadLine& line) {
-  if (isNull(value, json::json_type::array, "an array")) return;
+  json::array array;
+  const simdjson::error_code error = value.get_array().get(array);
+  if (error == simdjson::INCORRECT_TYPE) {
+    absentOrFail(value, json::json_type::array, "an array");
+    return;
+  }
+  failIf(error);
   QELInAppPurchaseItems& receipt = line.purchase.receipt;
-  for (auto element : valueOrFail(value.get_array())) {
+  for (auto element : array) {
     try {
       ReadEntry entry;
       if (!readObject(source, valueOrFail(element), kEntryFields, entry)) {
@@ -455,8 +479,8 @@ void readReceipt(Source& source, json::value value, ReadLine& line) {
       QELInAppPurchaseItem& item = entryAt(line, receipt.size());
       assign(item, entry);
       receipt.emplace_back(item);
-    } catch (LineError& error) {
-      error.path.insert(0, "/" + std::to_string(receipt.size()));
+    } catch (LineError& lineError) {
+      lineError.path.insert(0, "/" + std::to_string(receipt.size()));
       throw;
     }
   }
@@ -486,8 +510,8 @@ class PurchaseReader::Impl {
 
   const Purchase& read(std::string_view line) {
     prepare(line);
-    if (parser_.capacity() < line.size() &&
-        parser_.allocate(std::bit_ceil(line.size())) != simdjson::SUCCESS) {
+    const std::size_t capacity = std::min(std::bit_ceil(line.size()), parser_.max_capacity());
+    if (parser_.capacity() < line.size() && parser_.allocate(capacity) != simdjson::SUCCESS) {
       fail("the line is longer than can be read");
     }
     json::document document =

@@ -39,9 +39,11 @@ void appendEvent(const EventParameters& event, Int64Form int64Form, std::string&
   out.push_back('{');
   std::string_view separator;
   for (const auto& [key, value] : event) {
+    // No key has a character to escape.
     out += separator;
-    appendJsonString(key, out);
-    out.push_back(':');
+    out.push_back('"');
+    out += key;
+    out += "\":";
     appendValue(value, int64Form, out);
     separator = ",";
   }

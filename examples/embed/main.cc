@@ -39,8 +39,8 @@ int main() {
 
   const Product product;
   const Transaction transaction;
-  const auto event = QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-      &product, &transaction, receipt);
+  const auto event =
+      QELInAppPurchaseEventParametersFromProductAndTransactionV2(&product, &transaction, receipt);
   if (!event.has_value()) return 1;
   for (const auto& [key, value] : *event) {
     std::cout << key << " = ";

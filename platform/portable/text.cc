@@ -17,6 +17,14 @@ constexpr std::size_t kSurrogateSize = 3;
 // Which half of a pair a surrogate is shows in the high bits of its second byte.
 enum class Half : unsigned char { kHigh = 0xA0, kLow = 0xB0 };
 
+// Nearly all identifiers are, and are encoded as they stand. Looks at every byte, so that the
+// compiler can look at many at once.
+bool isAscii(std::string_view text) {
+  unsigned bits = 0;
+  for (const char byte : text) bits |= static_cast<unsigned char>(byte);
+  return bits < 0x80;
+}
+
 constexpr unsigned byteAt(std::string_view text, std::size_t position) {
   return static_cast<unsigned char>(text[position]);
 }
@@ -47,6 +55,7 @@ void joinSurrogatePairs(std::string& text) {
 }  // namespace
 
 std::optional<std::string> utf8DataWithoutLoss(std::string text) {
+  if (isAscii(text)) return text;
   joinSurrogatePairs(text);
   if (!utf8::is_valid(text.begin(), text.end())) return std::nullopt;
   return text;

@@ -7,9 +7,10 @@
 namespace qel {
 namespace {
 
-// The shapes of the two halves of a written date. A 0 stands for any ASCII digit and ~ for either
-// sign; every other character stands for itself.
-constexpr std::string_view kDateAndTime = "0000-00-00T00:00:00";
+// The shapes of the pieces of a written date. A 0 stands for any ASCII digit and ~ for either sign;
+// every other character stands for itself.
+constexpr std::string_view kDate = "0000-00-00T";
+constexpr std::string_view kTime = "00:00:00";
 constexpr std::string_view kUtc = "Z";
 constexpr std::string_view kOffset = "~00:00";
 constexpr std::string_view kOffsetWithSeconds = "~00:00:00";
@@ -57,17 +58,20 @@ constexpr std::optional<int> offsetOfZone(std::string_view zone) {
 }  // namespace
 
 std::optional<Instant> instantFromWrittenDate(std::string_view text) {
-  const std::string_view dateAndTime = text.substr(0, kDateAndTime.size());
-  if (!hasShape(dateAndTime, kDateAndTime)) return std::nullopt;
+  if (text.size() < kDate.size() + kTime.size()) return std::nullopt;
+  const std::string_view writtenDate = text.substr(0, kDate.size());
+  const std::string_view writtenTime = text.substr(kDate.size(), kTime.size());
+  const std::string_view zone = text.substr(kDate.size() + kTime.size());
+  if (!hasShape(writtenDate, kDate) || !hasShape(writtenTime, kTime)) return std::nullopt;
 
   const std::chrono::year_month_day date(
-      std::chrono::year(twoDigits(text, 0) * 100 + twoDigits(text, 2)),
-      std::chrono::month(static_cast<unsigned>(twoDigits(text, 5))),
-      std::chrono::day(static_cast<unsigned>(twoDigits(text, 8))));
+      std::chrono::year(twoDigits(writtenDate, 0) * 100 + twoDigits(writtenDate, 2)),
+      std::chrono::month(static_cast<unsigned>(twoDigits(writtenDate, 5))),
+      std::chrono::day(static_cast<unsigned>(twoDigits(writtenDate, 8))));
   if (!date.ok() || date.year() < std::chrono::year(1)) return std::nullopt;
 
-  const std::optional<int> time = secondsOfTime(dateAndTime.substr(11));
-  const std::optional<int> offset = offsetOfZone(text.substr(kDateAndTime.size()));
+  const std::optional<int> time = secondsOfTime(writtenTime);
+  const std::optional<int> offset = offsetOfZone(zone);
   if (!time.has_value() || !offset.has_value()) return std::nullopt;
 
   const std::chrono::sys_seconds midnight = std::chrono::sys_days(date);

@@ -3,21 +3,17 @@
 #ifndef QEL_PLATFORM_VALUE_H_
 #define QEL_PLATFORM_VALUE_H_
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 
 #include "qel/text.h"
 
 namespace qel {
 
-class QELValue;
-
-// Shared ownership of a value; null where there is none.
-using QELValuePtr = std::shared_ptr<const QELValue>;
+class QELValuePtr;
 
 // A string or a signed 64-bit integer. Values never change once made, so mappings share them: the
 // value under "original_price" is the very object that was under "price".
@@ -26,42 +22,79 @@ using QELValuePtr = std::shared_ptr<const QELValue>;
 class QELValue {
  public:
   // Makes a value of a copy of `string`.
-  static QELValuePtr initWithString(std::string_view string) {
-    return std::make_shared<const QELValue>(Key(), std::string(string));
-  }
+  static QELValuePtr initWithString(std::string_view string);
 
-  static QELValuePtr initWithInt64(std::int64_t integer) {
-    return std::make_shared<const QELValue>(Key(), integer);
-  }
+  static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
-  std::int64_t int64Value() const {
-    const auto* integer = std::get_if<std::int64_t>(&content_);
-    return integer != nullptr ? *integer : 0;
-  }
+  std::int64_t int64Value() const { return isString_ ? 0 : number_; }
 
   // The string, valid as long as this value; absent for an integer.
   OptionalText stringValue() const {
-    const auto* string = std::get_if<std::string>(&content_);
-    return string != nullptr ? OptionalText(*string) : std::nullopt;
+    if (!isString_) return std::nullopt;
+    return std::string_view(reinterpret_cast<const char*>(this + 1),
+                            static_cast<std::size_t>(number_));
   }
 
   friend bool operator==(const QELValue& left, const QELValue& right) {
-    return left.content_ == right.content_;
+    return left.number_ == right.number_ && left.stringValue() == right.stringValue();
   }
 
- private:
-  using Content = std::variant<std::int64_t, std::string>;
-  // Keeps the constructor, which make_shared must reach, to the two makers.
-  struct Key {
-    explicit Key() = default;
-  };
+  QELValue(const QELValue&) = delete;
+  QELValue& operator=(const QELValue&) = delete;
 
+ private:
+  friend class QELValuePtr;
+
+  QELValue(bool isString, std::int64_t number) : isString_(isString), number_(number) {}
+  ~QELValue() = default;
+
+  // How many pointers own the value. It is kept here, and the characters of a string right behind
+  // the value, so that a value is one block of memory: making values is a large part of what an
+  // event costs.
+  mutable std::atomic<std::uint32_t> owners_ = 1;
+  const bool isString_;
+  // The integer, or the size of the string in bytes.
+  const std::int64_t number_;
+};
+
+// Shared ownership of a value, or none: what std::shared_ptr<const QELValue> is, in one word.
+//
+// Threads: like std::shared_ptr. Pointers on several threads may own one value.
+class QELValuePtr {
  public:
-  QELValue(Key, Content content) : content_(std::move(content)) {}
+  QELValuePtr() = default;
+  // NOLINTNEXTLINE(google-explicit-constructor): null converts, as with any pointer.
+  QELValuePtr(std::nullptr_t) {}
+  QELValuePtr(const QELValuePtr& other) : value_(other.value_) {
+    if (value_ != nullptr) value_->owners_.fetch_add(1, std::memory_order_relaxed);
+  }
+  QELValuePtr(QELValuePtr&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
+  QELValuePtr& operator=(QELValuePtr other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
+  ~QELValuePtr() {
+    if (value_ != nullptr) release(value_);
+  }
+
+  const QELValue* get() const { return value_; }
+  const QELValue& operator*() const { return *value_; }
+  const QELValue* operator->() const { return value_; }
+
+  // Two pointers are equal when they own the same value, or both own none.
+  friend bool operator==(const QELValuePtr& left, const QELValuePtr& right) = default;
 
  private:
-  const Content content_;
+  friend class QELValue;
+
+  // Becomes the first owner of a new value.
+  explicit QELValuePtr(const QELValue* value) : value_(value) {}
+
+  // Gives up one ownership, and with the last one the value.
+  static void release(const QELValue* value);
+
+  const QELValue* value_ = nullptr;
 };
 
 }  // namespace qel

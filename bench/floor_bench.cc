@@ -1,0 +1,79 @@
+// The least that one renewal with two entries can cost: the work that no design can leave out, on
+// the stack, without heap and without interfaces.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+#include "portable/written_date.h"
+#include "qel/decimal.h"
+#include "qel/digest.h"
+#include "qel/micros_multiplier.h"
+
+namespace qel::bench {
+namespace {
+
+// A key's slot: what a value is, and the integer or where its text lies.
+struct Slot {
+  std::int64_t integer = 0;
+  std::string_view text;
+};
+using Mapping = std::array<Slot, 8>;
+
+void BM_FloorRenewal(benchmark::State& state) {
+  const std::array<std::string_view, 2> dates = {"2019-03-14T01:00:00Z", "2019-03-14T02:00:00Z"};
+  const std::string_view originalId = "1000000512345678";
+  const std::string_view productId = "com.example.app.monthly";
+  std::int64_t webOrderLineItemId = 1000000045678902;
+  Decimal price = *Decimal::fromString("4.99");
+
+  for (auto _ : state) {
+    // Six dates: the filter by product reads both entries', putting two entries in order compares
+    // once, and the filter by date reads both again.
+    for (int reading = 0; reading < 3; ++reading) {
+      for (std::string_view date : dates) {
+        benchmark::DoNotOptimize(date);
+        benchmark::DoNotOptimize(instantFromWrittenDate(date));
+      }
+    }
+
+    // Three products: the price in micros, and the price by the quantity in micros.
+    benchmark::DoNotOptimize(price);
+    const Decimal multiplier = Decimal::initWithLongLong(QELDataTypeMicrosMultiplier);
+    const double priceInMicros = price.decimalNumberByMultiplyingBy(multiplier).doubleValue();
+    const double valueInMicros = Decimal::initWithLongLong(1)
+                                     .decimalNumberByMultiplyingBy(price)
+                                     .decimalNumberByMultiplyingBy(multiplier)
+                                     .doubleValue();
+
+    // One digest, of the three pieces joined.
+    benchmark::DoNotOptimize(webOrderLineItemId);
+    std::array<char, 64> joined;
+    char* end = std::copy(originalId.begin(), originalId.end(), joined.begin());
+    end = std::to_chars(end, joined.end(), webOrderLineItemId).ptr;
+    end = std::copy(productId.begin(), productId.end(), end);
+    const std::uint64_t dedupeId = qel_64LSBMD5({joined.data(), end});
+
+    // Three mappings: the base parameters, the validated ones, and those that are returned.
+    const Mapping base = {{{0, productId},
+                           {static_cast<std::int64_t>(priceInMicros), {}},
+                           {static_cast<std::int64_t>(valueInMicros), {}},
+                           {1, {}},
+                           {0, "EUR"},
+                           {0, "Monthly plan"}}};
+    Mapping validated = base;
+    benchmark::DoNotOptimize(validated);
+    validated[6].integer = static_cast<std::int64_t>(dedupeId);
+    validated[7].integer = 1;
+    Mapping returned = validated;
+    benchmark::DoNotOptimize(returned);
+  }
+}
+BENCHMARK(BM_FloorRenewal)->Name("BM_Floor/renewal");
+
+}  // namespace
+}  // namespace qel::bench

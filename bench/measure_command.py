@@ -1,0 +1,69 @@
+#!/usr/bin/env python3
+"""Measures how fast the command reads a file of purchases, beside the reading floor.
+
+Usage: measure_command.py FOLDER FILE
+
+FOLDER holds the built qel-bench and qel-purchase. Writes JSON to standard output:
+
+    purchases, bytes        what FILE holds
+    floor, one, two         bytes per second: the reading floor, one thread, two threads
+    secondsOfOneCore        what the run on one thread used of a core, in all
+
+Each is the best of several rounds, for what else the machine does only ever adds time.
+"""
+
+import json
+import os
+import resource
+import subprocess
+import sys
+import tempfile
+import time
+
+ROUNDS = 5
+
+
+def floor(folder, path):
+    command = [os.path.join(folder, "qel-bench"), "--parse-floor", path]
+    # "N bytes per second"
+    return float(subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout.split()[0])
+
+
+def run(folder, path, jobs):
+    """Runs the command into a file; gives the seconds that it took, and those it used of cores."""
+    command = [os.path.join(folder, "qel-purchase"), "events", "--jobs", str(jobs), path]
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
+    with tempfile.TemporaryFile(dir=os.path.dirname(path)) as output:
+        start = time.perf_counter()
+        subprocess.run(command, stdout=output, stderr=subprocess.DEVNULL, check=True)
+        elapsed = time.perf_counter() - start
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    used = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+    return elapsed, used
+
+
+def main():
+    folder, path = sys.argv[1:]
+    size = os.path.getsize(path)
+    with open(path, "rb") as file:
+        purchases = sum(1 for _ in file)
+
+    floors, ones, twos = [], [], []
+    for _ in range(ROUNDS):
+        floors.append(floor(folder, path))
+        ones.append(run(folder, path, 1))
+        twos.append(run(folder, path, 2))
+    result = {
+        "purchases": purchases,
+        "bytes": size,
+        "floor": max(floors),
+        "one": size / min(elapsed for elapsed, _ in ones),
+        "two": size / min(elapsed for elapsed, _ in twos),
+        "secondsOfOneCore": min(used for _, used in ones),
+    }
+    json.dump(result, sys.stdout, indent=2)
+    print()
+
+
+if __name__ == "__main__":
+    main()

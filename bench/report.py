@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""Prints the ratios that matter of what was measured, and draws it all as one picture.
+
+Usage: report.py EVENTS COMMAND PICTURE
+
+EVENTS is the JSON of qel-bench, COMMAND that of measure_command.py, PICTURE the SVG to write.
+"""
+
+import json
+import sys
+
+import picture
+
+EVENTS = ["renewal", "consumable", "free_trial", "introductory_offer", "invalid"]
+# What a benchmark of receipts is called, by the order of the receipt's entries.
+RECEIPTS = {
+    "in order": "BM_EventReceipt/",
+    "reversed": "BM_EventReceipt/reversed/",
+    "random": "BM_EventReceipt/random/",
+}
+SIZES = [1, 10, 100, 1000, 10000]
+PARTS = {
+    "date": "BM_Date",
+    "product": "BM_Product",
+    "digest": "BM_Digest",
+    "matching, 1 entry": "BM_Matching/1",
+    "matching, 10 entries": "BM_Matching/10",
+}
+
+
+def read_events(path):
+    """Gives nanoseconds of a core by name, the least of the repetitions; heap allocations by name;
+    and the load of the machine when the measuring began."""
+    with open(path, encoding="utf-8") as file:
+        report = json.load(file)
+    times, allocations = {}, {}
+    for run in report["benchmarks"]:
+        if run["run_type"] == "iteration":
+            name = run["run_name"]
+            assert run["time_unit"] == "ns", name
+            times[name] = min(run["cpu_time"], times.get(name, run["cpu_time"]))
+            if "allocs" in run:
+                allocations[name] = round(run["allocs"])
+    return times, allocations, report["context"]["load_avg"][0]
+
+
+def growth(times, prefix):
+    return times[prefix + "10000"] / times[prefix + "1000"]
+
+
+def print_ratios(times, allocations, command):
+    floor = times["BM_Floor/renewal"]
+    print("One event, on one core")
+    print("  {:20} {:8.0f} ns".format("floor", floor))
+    for event in EVENTS:
+        name = "BM_Event/" + event
+        print(
+            "  {:20} {:8.0f} ns   {:5.2f} x the floor   {:2} allocations".format(
+                event, times[name], times[name] / floor, allocations[name]
+            )
+        )
+    print("Its parts, each alone")
+    for part, name in PARTS.items():
+        print("  {:20} {:8.1f} ns".format(part, times[name]))
+    print("Growth from 1000 to 10000 entries")
+    for order, prefix in RECEIPTS.items():
+        print("  {:20} {:8.1f} x".format(order, growth(times, prefix)))
+    print("The command, {purchases} purchases, {bytes} bytes".format(**command))
+    print("  {:20} {:8.0f} MB/s".format("reading floor", command["floor"] / 1e6))
+    # On an idle machine the same as the one before; on a busy one, what that would be.
+    core_rate = command["bytes"] / command["secondsOfOneCore"]
+    for threads, rate, base, name in [
+        ("one thread", command["one"], command["floor"], "the floor"),
+        ("by its core time", core_rate, command["floor"], "the floor"),
+        ("two threads", command["two"], command["one"], "one thread"),
+    ]:
+        print(
+            "  {:20} {:8.0f} MB/s {:5.2f} x {}".format(threads, rate / 1e6, rate / base, name)
+        )
+    cost = command["secondsOfOneCore"] / command["purchases"]
+    print("  {:20} {:8.2f} us of one core".format("one purchase", cost * 1e6))
+
+
+def draw(times, command):
+    floor = times["BM_Floor/renewal"]
+    events = [("floor", floor, "{:.0f} ns".format(floor))]
+    for event in EVENTS:
+        time = times["BM_Event/" + event]
+        text = "{:.0f} ns, {:.2f} × the floor".format(time, time / floor)
+        events.append((event.replace("_", " "), time, text))
+
+    lines = []
+    for order, prefix in RECEIPTS.items():
+        points = [
+            (size, times[prefix + str(size)] / 1e3)
+            for size in SIZES
+            if prefix + str(size) in times
+        ]
+        text = "{}: {:.1f} × from 1000 to 10000".format(order, growth(times, prefix))
+        lines.append((text, points))
+
+    parts = [(part, times[name], "{:.0f} ns".format(times[name])) for part, name in PARTS.items()]
+
+    one, two, reading = command["one"], command["two"], command["floor"]
+    rates = [
+        ("reading alone", reading, "{:.0f} MB/s".format(reading / 1e6)),
+        ("one thread", one, "{:.0f} MB/s, {:.2f} × reading".format(one / 1e6, one / reading)),
+        ("two threads", two, "{:.0f} MB/s, {:.2f} × one".format(two / 1e6, two / one)),
+    ]
+    return picture.page(
+        [
+            picture.bars("One event beside the least that it can cost", events, "floor"),
+            picture.lines("One event, by receipt entries", "µs", lines),
+            picture.bars("The parts of an event, each alone", parts),
+            picture.bars("The command, reading and writing", rates, "reading alone"),
+        ]
+    )
+
+
+def main():
+    events, command_path, drawing = sys.argv[1:]
+    times, allocations, load = read_events(events)
+    with open(command_path, encoding="utf-8") as file:
+        command = json.load(file)
+    print_ratios(times, allocations, command)
+    if load > 1:
+        print("The machine was not idle (load {:.1f}): measure again.".format(load))
+    with open(drawing, "w", encoding="utf-8") as file:
+        file.write(draw(times, command))
+    print("Drawn: " + drawing)
+
+
+if __name__ == "__main__":
+    main()

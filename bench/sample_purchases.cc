@@ -1,0 +1,62 @@
+#include "sample_purchases.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace qel::bench {
+namespace {
+
+// An hour of the years from 2000 on, as a receipt writes it.
+std::string writtenHour(std::chrono::sys_seconds instant) {
+  const auto day = std::chrono::floor<std::chrono::days>(instant);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss time(instant - day);
+  std::array<char, 32> text;
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+  return text.data();
+}
+
+constexpr std::int64_t kFirstIdentifier = 1000000512345678;
+constexpr std::int64_t kFirstLineItem = 1000000045678901;
+
+}  // namespace
+
+SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned seed) {
+  const std::chrono::sys_seconds start = std::chrono::sys_days(std::chrono::year(2019) / 3 / 14);
+  // The hours of the purchases, in the order of the receipt.
+  std::vector<int> hours(size);
+  std::iota(hours.begin(), hours.end(), 0);
+  if (order == ReceiptOrder::kReversed) std::reverse(hours.begin(), hours.end());
+  if (order == ReceiptOrder::kRandom) std::shuffle(hours.begin(), hours.end(), std::mt19937(seed));
+
+  for (const int hour : hours) {
+    QELInAppPurchaseItem& entry = entries.emplace_back();
+    entry.productID = product.productIdentifier();
+    entry.purchaseDateIA5String = writtenHour(start + std::chrono::hours(hour));
+    entry.purchaseType = 3;
+    entry.webOrderLineItemID = kFirstLineItem + hour;
+    entry.transactionID = std::to_string(kFirstIdentifier + hour);
+    entry.originalTransactionID = std::to_string(kFirstIdentifier);
+  }
+  receipt.assign(entries.begin(), entries.end());
+
+  const int latest = static_cast<int>(size) - 1;
+  originalIdentifier = std::to_string(kFirstIdentifier);
+  original.identifier = originalIdentifier;
+  latestIdentifier = std::to_string(kFirstIdentifier + latest);
+  transaction.identifier = latestIdentifier;
+  transaction.original = &original;
+  const std::chrono::sys_seconds date = start + std::chrono::hours(latest);
+  transaction.date = Instant{.seconds = date.time_since_epoch().count()};
+}
+
+}  // namespace qel::bench

@@ -1,0 +1,50 @@
+// Fuzzes the deduplication identifier and the encoding of its text. An input is up to three lines:
+// the original transaction identifier, the web order line item identifier, which is absent when it
+// is no integer, and the product identifier, which takes all the rest. A ~ stands for absent text.
+
+#include <charconv>
+#include <optional>
+#include <string>
+
+#include "fuzz_target.h"
+#include "identifier_judge.h"
+#include "micros_and_dedupe_id.h"
+#include "qel/text.h"
+
+namespace qel::testing {
+namespace {
+
+OptionalText textOrAbsent(std::string_view line) {
+  return line == "~" ? std::nullopt : OptionalText(line);
+}
+
+std::optional<std::int64_t> integerOrAbsent(std::string_view line) {
+  std::int64_t integer = 0;
+  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), integer);
+  return error == std::errc() ? std::optional(integer) : std::nullopt;
+}
+
+void checkEncoding(std::string_view bytes) {
+  const std::optional<std::string> encoded = utf8DataWithoutLoss(std::string(bytes));
+  const std::optional<std::u16string> carried = carriedUtf16(bytes);
+  const std::optional<std::string> judged =
+      carried.has_value() ? strictUtf8(*carried) : std::nullopt;
+  check(encoded == judged, "text is encoded as judged");
+  if (encoded.has_value()) {
+    check(utf8DataWithoutLoss(*encoded) == encoded, "encoded text stays as it is");
+  }
+}
+
+}  // namespace
+
+void fuzz(std::string_view input) {
+  checkEncoding(input);
+  const OptionalText original = textOrAbsent(takeLine(input));
+  const std::optional<std::int64_t> webOrder = integerOrAbsent(takeLine(input));
+  const OptionalText product = textOrAbsent(input);
+  check(QELTransactionDedupeID(original, webOrder, product) ==
+            judgedDedupeId(original, webOrder, product),
+        "the identifier is as judged");
+}
+
+}  // namespace qel::testing

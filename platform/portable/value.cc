@@ -1,0 +1,28 @@
+#include "qel/value.h"
+
+#include <cstring>
+#include <new>
+
+namespace qel {
+
+QELValuePtr QELValue::initWithString(std::string_view string) {
+  void* const memory = ::operator new(sizeof(QELValue) + string.size());
+  auto* const value = new (memory) QELValue(true, static_cast<std::int64_t>(string.size()));
+  string.copy(reinterpret_cast<char*>(value + 1), string.size());
+  return QELValuePtr(value);
+}
+
+QELValuePtr QELValue::initWithInt64(std::int64_t integer) {
+  return QELValuePtr(new (::operator new(sizeof(QELValue))) QELValue(false, integer));
+}
+
+void QELValuePtr::release(const QELValue* value) {
+  // A sole owner need not count down: nobody else can come to own the value.
+  const bool isLast = value->owners_.load(std::memory_order_acquire) == 1 ||
+                      value->owners_.fetch_sub(1, std::memory_order_acq_rel) == 1;
+  if (!isLast) return;
+  value->~QELValue();
+  ::operator delete(const_cast<QELValue*>(value));
+}
+
+}  // namespace qel

@@ -1,0 +1,448 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "discount_parameters.h"
+#include "purchase_fixtures.h"
+#include "qel/purchase_event.h"
+#include "receipt_validation.h"
+
+namespace qel::testing {
+namespace {
+
+class EventBuilderTest : public ::testing::Test {
+ protected:
+  // The questions that precede every receipt: from the checks to the transaction's date, for a
+  // product with a price and a payment with a quantity.
+  static Asked questionsOfEveryPurchase() {
+    return {"product.productIdentifier",
+            "product.price",
+            "transaction.payment",
+            "payment.quantity",
+            "transaction.payment",
+            "payment.quantity",
+            "product.priceLocaleCurrencyCode",
+            "product.localizedTitle",
+            "transaction.transactionIdentifier",
+            "transaction.originalTransaction",
+            "transaction.transactionDate"};
+  }
+
+  void makeIntroductoryOffer(const char* price, std::uint64_t paymentMode) {
+    makeMonthly(purchase, {introductoryOffer(firstMonth())});
+    purchase.offer.thePrice = decimal(price);
+    purchase.offer.thePaymentMode = paymentMode;
+    purchase.product.theIntroductoryPrice = &purchase.offer;
+  }
+
+  Purchase purchase;
+  ScopedRecordingMonitor monitor;
+};
+
+// --- Input checks ---
+
+TEST_F(EventBuilderTest, MissingProductIsRejected) {
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      nullptr, &purchase.transaction, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40026)}));
+  EXPECT_EQ(purchase.asked, Asked());
+}
+
+TEST_F(EventBuilderTest, MissingProductIsRejectedBeforeAMissingTransaction) {
+  EXPECT_TRUE(
+      isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(nullptr, nullptr, {})));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40026)}));
+}
+
+TEST_F(EventBuilderTest, EmptyProductIdentifierIsRejectedBeforeAMissingTransaction) {
+  purchase.product.theProductIdentifier = "";
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      &purchase.product, nullptr, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
+}
+
+TEST_F(EventBuilderTest, AbsentProductIdentifierIsRejectedWithNothingElseAsked) {
+  purchase.product.theProductIdentifier = std::nullopt;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
+  EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
+}
+
+TEST_F(EventBuilderTest, MissingTransactionIsRejectedBeforeAnythingIsBuilt) {
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      &purchase.product, nullptr, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40028)}));
+  EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
+}
+
+TEST_F(EventBuilderTest, EmptyReceiptIsNoRejectionButAnInvalidEvent) {
+  purchase.receipt = {};
+  EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "USD"},
+                                         {"invalid", 1},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40020, {"coins"})}));
+}
+
+// --- Base parameters ---
+
+TEST_F(EventBuilderTest, ConsumableCarriesAllBaseParametersAndItsIdentifier) {
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, AbsentTitleLeavesTheNameOut) {
+  purchase.product.theLocalizedTitle = std::nullopt;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, EmptyTitleAndEmptyCurrencyCodeAreValues) {
+  purchase.product.theLocalizedTitle = "";
+  purchase.product.theCurrencyCode = "";
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", ""},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", ""},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, PriceOfZeroIsAPrice) {
+  purchase.product.thePrice = Decimal();
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 0},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 0}}));
+}
+
+TEST_F(EventBuilderTest, NegativeQuantityCounts) {
+  purchase.payment.theQuantity = -4;
+  purchase.product.thePrice = decimal("0.5");
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 500000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", -4},
+                                         {"value", -2000000}}));
+}
+
+TEST_F(EventBuilderTest, PriceThatIsNotANumberGivesTheLeastAmount) {
+  purchase.product.thePrice = Decimal::notANumber();
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", kLeast},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", kLeast}}));
+}
+
+// --- Required keys ---
+
+TEST_F(EventBuilderTest, MissingPriceGivesNoEventAndLogsNothingOfItsOwn) {
+  purchase.product.thePrice = std::nullopt;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, MissingCurrencyCodeGivesNoEventAndLogsNothingOfItsOwn) {
+  purchase.product.theCurrencyCode = std::nullopt;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, MissingCurrencyCodeGivesNoEventForAFreeTrialEither) {
+  makeMonthly(purchase, {freeTrial(firstMonth())});
+  purchase.product.theCurrencyCode = std::nullopt;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40009), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, QuantityOfZeroGivesNoEvent) {
+  purchase.payment.theQuantity = 0;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, MissingPaymentReadsAQuantityOfZero) {
+  purchase.transaction.thePayment = nullptr;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, QuantityOfZeroGivesNoEventForAPricedOffer) {
+  makeIntroductoryOffer("1.99", 0);
+  purchase.payment.theQuantity = 0;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAFreeTrial) {
+  makeMonthly(purchase, {freeTrial(firstMonth())});
+  purchase.payment.theQuantity = 0;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"free_trial", 1},
+                                         {"original_price", 4990000},
+                                         {"price", 0},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"subscription", 1},
+                                         {"value", 0}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40009), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAnOfferOfPaymentModeTwo) {
+  makeIntroductoryOffer("1.99", 2);
+  purchase.payment.theQuantity = 0;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"original_price", 4990000},
+                                         {"price", 0},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"subscription", 1},
+                                         {"value", 0}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAFreeTrial) {
+  makeMonthly(purchase, {freeTrial(firstMonth())});
+  purchase.product.thePrice = std::nullopt;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"free_trial", 1},
+                                         {"price", 0},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"subscription", 1},
+                                         {"value", 0}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40009), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAPricedOffer) {
+  makeIntroductoryOffer("1.99", 0);
+  purchase.product.thePrice = std::nullopt;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"price", 1990000},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"subscription", 1},
+                                         {"value", 1990000}}));
+}
+
+// --- The stages together ---
+
+TEST_F(EventBuilderTest, WhenValidationReturnsNothingTheDiscountStageDoesToo) {
+  const std::optional<EventParameters> validated = QELValidatedInAppPurchaseParameters(
+      listOf(purchase.receipt), "coins", "1", std::nullopt, kMarchInstant, EventParameters());
+  EXPECT_TRUE(isNothing(validated));
+  EXPECT_TRUE(
+      isNothing(QELDiscountParameters(validated, purchase.product, purchase.transaction, 1000000)));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {}));
+  EXPECT_EQ(purchase.asked, Asked());
+}
+
+TEST_F(EventBuilderTest, PricedOfferReplacesPriceAndValueAndKeepsTheOriginalPrice) {
+  makeIntroductoryOffer("1.99", 0);
+  purchase.payment.theQuantity = 2;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"original_price", 4990000},
+                                         {"price", 1990000},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"quantity", 2},
+                                         {"subscription", 1},
+                                         {"value", 3980000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
+}
+
+TEST_F(EventBuilderTest, OfferWithoutAPriceKeepsTheFullPrice) {
+  makeIntroductoryOffer("1.99", 0);
+  purchase.offer.thePrice = std::nullopt;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"price", 4990000},
+                                         {"price_is_discounted", 1},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"quantity", 1},
+                                         {"subscription", 1},
+                                         {"value", 4990000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
+}
+
+// The web order line item 77 is part of the identifier, which is
+// `printf 100077monthly | md5sum | cut -c17-32` as a number.
+TEST_F(EventBuilderTest, MonthlySubscriptionRenewedAfterAFreeTrialIsAConversion) {
+  const QELInAppPurchaseItem trial =
+      freeTrial(entryOf(kAutoRenewable, "monthly", kFebruary, "1000", "1000"));
+  const QELInAppPurchaseItem renewal =
+      withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), 77);
+  makeMonthly(purchase, {trial, renewal});
+  purchase.transaction.theTransactionIdentifier = "2000";
+  purchase.original.theTransactionIdentifier = "1000";
+  purchase.transaction.theOriginalTransaction = &purchase.original;
+
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
+                                         {"currency", "EUR"},
+                                         {"price", 4990000},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"quantity", 1},
+                                         {"sub_convert", 1},
+                                         {"value", 4990000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40008)}));
+}
+
+TEST_F(EventBuilderTest, RestoredNonConsumableIsJudgedByTheOriginalTransactionOfTheStore) {
+  purchase.receipt = {entryOf(kNonConsumable, "coins", kMarch, "1", "1")};
+  purchase.transaction.theTransactionIdentifier = "2";
+  purchase.original.theTransactionIdentifier = "1";
+  purchase.transaction.theOriginalTransaction = &purchase.original;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "USD"},
+                                         {"invalid", 1},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40005)}));
+}
+
+TEST_F(EventBuilderTest, RepeatedCallsGiveTheSameEvent) {
+  const std::optional<EventParameters> first = purchase.event();
+  ASSERT_TRUE(first.has_value());
+  EXPECT_TRUE(isEvent(purchase.event(), eventOf(*first)));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021), logged(40021)}));
+}
+
+TEST_F(EventBuilderTest, WithoutAMonitorTheEventIsTheSame) {
+  const std::optional<EventParameters> watched = purchase.event();
+  ASSERT_TRUE(watched.has_value());
+  QELMeasurement::setMonitor(nullptr);
+  EXPECT_TRUE(isEvent(purchase.event(), eventOf(*watched)));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+// --- What the store's records are asked ---
+
+TEST_F(EventBuilderTest, AsksTheRecordsInOrderAndTheQuantityAgainForItsValue) {
+  purchase.event();
+  EXPECT_EQ(purchase.asked, questionsOfEveryPurchase());
+}
+
+TEST_F(EventBuilderTest, AsksTheOriginalTransactionForItsIdentifierOnly) {
+  purchase.transaction.theOriginalTransaction = &purchase.original;
+  purchase.event();
+  Asked expected = questionsOfEveryPurchase();
+  expected.insert(expected.end() - 1, "original.transactionIdentifier");
+  EXPECT_EQ(purchase.asked, expected);
+}
+
+TEST_F(EventBuilderTest, DoesNotReadTheQuantityWithoutAPrice) {
+  purchase.product.thePrice = std::nullopt;
+  purchase.event();
+  EXPECT_EQ(purchase.asked,
+            Asked({"product.productIdentifier", "product.price", "product.priceLocaleCurrencyCode",
+                   "product.localizedTitle", "transaction.transactionIdentifier",
+                   "transaction.originalTransaction", "transaction.transactionDate"}));
+}
+
+TEST_F(EventBuilderTest, ReadsAQuantityOfZeroOnce) {
+  purchase.payment.theQuantity = 0;
+  purchase.event();
+  EXPECT_EQ(purchase.asked,
+            Asked({"product.productIdentifier", "product.price", "transaction.payment",
+                   "payment.quantity", "product.priceLocaleCurrencyCode", "product.localizedTitle",
+                   "transaction.transactionIdentifier", "transaction.originalTransaction",
+                   "transaction.transactionDate"}));
+}
+
+TEST_F(EventBuilderTest, DoesNotAskForDiscountsOfAFreeTrial) {
+  makeMonthly(purchase, {freeTrial(introductoryOffer(firstMonth()))});
+  purchase.event();
+  EXPECT_EQ(purchase.asked, questionsOfEveryPurchase());
+}
+
+TEST_F(EventBuilderTest, ReadsTheQuantityAThirdTimeForAPricedOffer) {
+  makeIntroductoryOffer("1.99", 1);
+  purchase.event();
+  Asked expected = questionsOfEveryPurchase();
+  expected.insert(expected.end(),
+                  {"product.hasDiscountClass", "product.discountsAnswerPrice",
+                   "product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
+                   "product.introductoryPrice", "discount.paymentMode", "discount.price",
+                   "transaction.payment", "payment.quantity"});
+  EXPECT_EQ(purchase.asked, expected);
+}
+
+// A payment whose quantity counts up each time it is asked.
+class CountingPayment : public StorePayment {
+ public:
+  std::int64_t quantity() const override { return ++asked_; }
+
+ private:
+  mutable std::int64_t asked_ = 0;
+};
+
+TEST_F(EventBuilderTest, TakesValueAndQuantityFromTheSecondReading) {
+  const CountingPayment payment;
+  purchase.transaction.thePayment = &payment;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 2},
+                                         {"value", 1980000}}));
+}
+
+// --- Exported names ---
+
+TEST(ExportedKeysTest, HaveTheTextsThatEventsCarry) {
+  EXPECT_EQ(kQELParameterInAppPurchaseInvalid, "invalid");
+  EXPECT_EQ(kQELParameterIsSubscriptionConversion, "sub_convert");
+  EXPECT_EQ(kQELParameterIsSubscriptionRenewal, "sub_renew");
+}
+
+TEST_F(EventBuilderTest, ResultIsLookedUpByAnExportedKey) {
+  purchase.receipt = {};
+  const std::optional<EventParameters> event = purchase.event();
+  ASSERT_TRUE(event.has_value());
+  const QELValuePtr invalid = event->find(kQELParameterInAppPurchaseInvalid);
+  ASSERT_NE(invalid, nullptr);
+  EXPECT_EQ(invalid->int64Value(), 1);
+}
+
+}  // namespace
+}  // namespace qel::testing

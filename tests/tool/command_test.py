@@ -1,0 +1,813 @@
+"""Tests of the command qel-purchase as a whole, from outside.
+
+Usage: command_test.py TOOL PROJECT [unittest options]
+
+TOOL is the built command, PROJECT the folder that holds examples/ and tests/golden/. Python's own
+json module is the judge of what is JSON.
+"""
+
+import errno
+import json
+import os
+import pty
+import select
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+TOOL = sys.argv.pop(1)
+PROJECT = sys.argv.pop(1)
+EXAMPLES = os.path.join(PROJECT, "examples", "purchases.jsonl")
+GOLDEN = os.path.join(PROJECT, "tests", "golden", "purchases.jsonl")
+IS_SANITIZED = "QEL_SANITIZED" in os.environ
+
+# A run that takes longer hangs. No run here takes a tenth of it.
+TIMEOUT = 120
+
+# A good line, and what comes out for it.
+GOOD = b'{"id":"good"}'
+GOOD_RESULT = {
+    "id": "good",
+    "event": None,
+    "diagnostics": [
+        {
+            "level": 8,
+            "code": 40026,
+            "message": "IAP Transaction cannot be created from nil product",
+            "context": [],
+        }
+    ],
+}
+
+
+def lines_of(path):
+    with open(path, "rb") as file:
+        return file.read().splitlines()
+
+
+EXAMPLE_LINES = lines_of(EXAMPLES)
+GOLDEN_LINES = lines_of(GOLDEN)
+
+
+def reject_constant(name):
+    raise ValueError("JSON has no " + name)
+
+
+def parse(text, object_pairs_hook=None):
+    """Parses JSON strictly. Numbers become integers, of any size, or their text."""
+    return json.loads(
+        text.decode("utf-8"),
+        parse_constant=reject_constant,
+        parse_float=str,
+        object_pairs_hook=object_pairs_hook,
+    )
+
+
+def is_json(text):
+    try:
+        parse(text)
+        return True
+    except ValueError:
+        return False
+
+
+def run(*arguments, data=b"", **options):
+    """Runs the command on `data` and gives its status, output and messages."""
+    return subprocess.run(
+        [TOOL, *arguments],
+        input=None if "stdin" in options else data,
+        stdout=options.pop("stdout", subprocess.PIPE),
+        stderr=subprocess.PIPE,
+        timeout=TIMEOUT,
+        check=False,
+        **options,
+    )
+
+
+def start(*arguments, **options):
+    """Starts the command with pipes at all three ends."""
+    ends = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+    return subprocess.Popen([TOOL, *arguments], **{**ends, **options})
+
+
+def summary(read, rejected):
+    return "qel-purchase: {} purchase{} read, {} line{} rejected\n".format(
+        read, "" if read == 1 else "s", rejected, "" if rejected == 1 else "s"
+    ).encode()
+
+
+def read_for(seconds, descriptor):
+    """Reads what comes from a descriptor until its end, or until the time is over."""
+    data = b""
+    end = time.monotonic() + seconds
+    while (left := end - time.monotonic()) > 0:
+        if not select.select([descriptor], [], [], left)[0]:
+            break
+        try:
+            piece = os.read(descriptor, 65536)
+        except OSError as error:
+            # How a terminal tells that its other end was closed.
+            if error.errno != errno.EIO:
+                raise
+            piece = b""
+        if not piece:
+            break
+        data += piece
+    return data
+
+
+class CommandTest(unittest.TestCase):
+    maxDiff = None
+
+    def results(self, process, status=None):
+        """The lines of output, parsed. Each must be JSON, and the keys of its event sorted."""
+        if status is not None:
+            self.assertEqual(process.returncode, status, process.stderr)
+        output = process.stdout
+        self.assertTrue(not output or output.endswith(b"\n"))
+        # Split at newlines alone: other line separators may stand in a title.
+        return [self.result(line) for line in output.split(b"\n")[:-1]]
+
+    def result(self, line):
+        def checked(pairs):
+            keys = [key for key, _ in pairs]
+            self.assertEqual(len(keys), len(set(keys)), line)
+            if "product_id" in keys:
+                self.assertEqual(keys, sorted(keys), line)
+            return dict(pairs)
+
+        result = parse(line, checked)
+        kind = [key for key in result if key != "id"]
+        self.assertIn(kind, [["event", "diagnostics"], ["error"]], line)
+        return result
+
+    def assert_error(self, data, path, message, arguments=()):
+        """Checks that a line gives this error, and that the lines around it come out."""
+        process = run("events", *arguments, data=GOOD + b"\n" + data + b"\n" + GOOD)
+        before, result, after = self.results(process, 1)
+        self.assertEqual(result["error"]["line"], 2)
+        self.assertEqual(result["error"]["path"], path)
+        self.assertEqual(result["error"]["message"], message)
+        self.assertEqual([before, after], [GOOD_RESULT, GOOD_RESULT])
+        self.assertEqual(process.stderr, summary(2, 1))
+
+    def write_file(self, data):
+        file = tempfile.NamedTemporaryFile(prefix="qel-command-")
+        self.addCleanup(file.close)
+        file.write(data)
+        file.flush()
+        return file.name
+
+
+class GoldenTest(CommandTest):
+    def test_every_example_gives_its_golden_line(self):
+        self.assertGreaterEqual(len(EXAMPLE_LINES), 30)
+        self.assertEqual(len(EXAMPLE_LINES), len(GOLDEN_LINES))
+        process = run("events", EXAMPLES)
+        self.assertEqual(process.returncode, 0)
+        for line, golden in zip(process.stdout.split(b"\n"), GOLDEN_LINES):
+            with self.subTest(id=parse(golden)["id"]):
+                self.assertEqual(line, golden)
+        self.assertEqual(process.stdout, b"\n".join(GOLDEN_LINES) + b"\n")
+
+    def test_every_example_has_an_id_of_its_own_which_is_echoed(self):
+        ids = [parse(line)["id"] for line in EXAMPLE_LINES]
+        self.assertEqual(len(ids), len(set(ids)))
+        self.assertEqual([parse(line)["id"] for line in GOLDEN_LINES], ids)
+
+    def test_every_golden_line_has_sorted_event_keys(self):
+        for line in GOLDEN_LINES:
+            self.result(line)
+
+    def test_an_example_alone_gives_its_golden_line(self):
+        for index in range(0, len(EXAMPLE_LINES), 10):
+            process = run("events", data=EXAMPLE_LINES[index] + b"\n")
+            self.assertEqual(process.stdout, GOLDEN_LINES[index] + b"\n")
+
+    def test_integers_as_strings_differ_in_nothing_else(self):
+        process = run("events", "--int64-as-string", EXAMPLES)
+        for result, golden in zip(self.results(process, 0), map(parse, GOLDEN_LINES)):
+            event = golden["event"]
+            if event is not None:
+                golden["event"] = {key: str(event[key]) for key in event}
+            self.assertEqual(result, golden)
+            if event is not None:
+                for key in event:
+                    self.assertIsInstance(result["event"][key], str)
+
+    def test_integers_are_exact(self):
+        process = run("events", EXAMPLES)
+        quantities = [
+            result["event"]["quantity"]
+            for result in self.results(process)
+            if result["event"] and "quantity" in result["event"]
+        ]
+        self.assertIn(9223372036854775807, quantities)
+
+
+class InputTest(CommandTest):
+    def test_a_file_a_dash_and_standard_input_give_the_same(self):
+        expected = run("events", EXAMPLES)
+        with open(EXAMPLES, "rb") as file:
+            self.assertEqual(run("events", stdin=file).stdout, expected.stdout)
+        with open(EXAMPLES, "rb") as file:
+            self.assertEqual(run("events", "-", stdin=file).stdout, expected.stdout)
+        data = b"\n".join(EXAMPLE_LINES) + b"\n"
+        self.assertEqual(run("events", data=data).stdout, expected.stdout)
+
+    def test_an_empty_input_gives_an_empty_output(self):
+        process = run("events", data=b"")
+        self.assertEqual((process.returncode, process.stdout), (0, b""))
+        self.assertEqual(process.stderr, summary(0, 0))
+        self.assertEqual(run("events", os.devnull).returncode, 0)
+        self.assertEqual(run("events", self.write_file(b"")).returncode, 0)
+
+    def test_blank_lines_are_skipped_but_counted(self):
+        data = b"\n \n" + GOOD + b"\n\t\r\n\n{\n\n \t" + GOOD + b" \n  \t"
+        process = run("events", data=data)
+        first, error, last = self.results(process, 1)
+        self.assertEqual([first, last], [GOOD_RESULT, GOOD_RESULT])
+        self.assertEqual(error["error"]["line"], 6)
+        self.assertEqual(process.stderr, summary(2, 1))
+
+    def test_an_input_of_blank_lines_only_gives_an_empty_output(self):
+        process = run("events", data=b"\n\n \n\t\n")
+        self.assertEqual((process.returncode, process.stdout), (0, b""))
+
+    def test_lines_may_end_with_carriage_return_and_newline(self):
+        process = run("events", data=b"\r\n".join(EXAMPLE_LINES) + b"\r\n")
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(process.stdout.split(b"\n")[:-1], GOLDEN_LINES)
+
+    def test_the_last_line_may_lack_its_newline(self):
+        process = run("events", data=GOOD + b"\n" + GOOD)
+        self.assertEqual(self.results(process, 0), [GOOD_RESULT, GOOD_RESULT])
+
+    def test_a_byte_order_mark_at_the_start_is_skipped(self):
+        mark = b"\xef\xbb\xbf"
+        process = run("events", data=mark + GOOD + b"\n" + GOOD)
+        self.assertEqual(self.results(process, 0), [GOOD_RESULT, GOOD_RESULT])
+        for data in (mark, mark + b"\n", mark + b"\r\n"):
+            process = run("events", data=data)
+            self.assertEqual((process.returncode, process.stdout), (0, b""), data)
+
+    def test_a_byte_order_mark_anywhere_else_is_an_error(self):
+        mark = b"\xef\xbb\xbf"
+        for data in (mark + GOOD, GOOD + mark):
+            process = run("events", data=GOOD + b"\n" + data + b"\n" + GOOD)
+            results = self.results(process, 1)
+            self.assertEqual([results[0], results[2]], [GOOD_RESULT, GOOD_RESULT])
+            self.assertIn("broken JSON", results[1]["error"]["message"])
+        results = self.results(run("events", data=mark + mark + GOOD), 1)
+        self.assertEqual(results[0]["error"]["line"], 1)
+
+    def test_an_id_is_echoed_only_where_there_is_one(self):
+        process = run("events", data=b'{}\n{"id":null}\n{"id":""}\n{"id":"\\ud800\\u0000\\n"}')
+        ids = [result.get("id", "(none)") for result in self.results(process, 0)]
+        self.assertEqual(ids, ["(none)", "(none)", "", "\ud800\0\n"])
+        self.assertIn(b'"id":"\\ud800\\u0000\\n"', process.stdout)
+
+
+class FaultTest(CommandTest):
+    def test_a_file_cut_at_any_byte_gives_every_whole_line_before_the_cut(self):
+        lines = [b'{"id":"one","product":{"price":1}}', GOOD, b'{"id":"three","produkt":1}']
+        data = b"\n".join(lines) + b"\n"
+        whole = run("events", data=data).stdout.split(b"\n")
+        for size in range(len(data)):
+            process = run("events", data=data[:size])
+            results = self.results(process)
+            whole_lines = data[:size].count(b"\n")
+            rest = data[:size].rpartition(b"\n")[2]
+            # A line that misses its newline alone is whole.
+            is_whole = rest == lines[whole_lines]
+            self.assertEqual(len(results), whole_lines + (1 if rest else 0), size)
+            for index in range(whole_lines + (1 if is_whole else 0)):
+                self.assertEqual(process.stdout.split(b"\n")[index], whole[index], size)
+            if rest and not is_whole:
+                self.assertEqual(results[-1]["error"]["line"], whole_lines + 1)
+            rejected = sum("error" in result for result in results)
+            self.assertEqual(process.returncode, 1 if rejected else 0, size)
+            self.assertEqual(process.stderr, summary(len(results) - rejected, rejected))
+
+    def test_a_line_cut_at_any_byte_is_an_error_and_leaves_the_lines_around_it_alone(self):
+        cut = [line[:size] for line in EXAMPLE_LINES[::4] for size in range(1, len(line))]
+        process = run("events", data=b"".join(line + b"\n" + GOOD + b"\n" for line in cut))
+        results = self.results(process, 1)
+        self.assertEqual(process.stderr, summary(len(cut), len(cut)))
+        self.assertEqual(len(results), 2 * len(cut))
+        for index, line in enumerate(cut):
+            self.assertIn("error", results[2 * index], line)
+            self.assertEqual(results[2 * index + 1], GOOD_RESULT)
+            self.assertEqual(results[2 * index]["error"]["line"], 2 * index + 1)
+
+    def test_a_line_with_any_byte_changed_is_read_only_if_it_is_json(self):
+        line = EXAMPLE_LINES[-1]
+        self.assertLess(len(line), 600)
+        spare = b"\"\\{}[],:.-+0e tfnu/\t\r\x00\x01\x1f\x7f\x80\xc3\xed\xff"
+        changed = []
+        for index in range(len(line)):
+            changed.append(line[:index] + line[index + 1 :])
+            changed.append(line[:index] + line[index : index + 1] + line[index:])
+            for byte in spare:
+                changed.append(line[:index] + bytes([byte]) + line[index + 1 :])
+        for arguments in ((), ("--allow-unknown",)):
+            process = run("events", *arguments, data=b"\n".join(changed))
+            results = self.results(process, 1)
+            self.assertEqual(len(results), len(changed))
+            for text, result in zip(changed, results):
+                if "event" in result:
+                    self.assertTrue(is_json(text), text)
+                elif result["error"]["message"].startswith("broken JSON"):
+                    self.assertFalse(is_json(text), (text, result))
+
+    def test_an_error_names_the_id_where_one_can_be_made_out(self):
+        lines = [b'{"id":"a\\n","produkt":1}', b'{"id":"b"', b'{"produkt":1,"id":"c"}', b'{"id":7}']
+        results = self.results(run("events", data=b"\n".join(lines)), 1)
+        self.assertEqual([result.get("id") for result in results], ["a\n", "b", "c", None])
+
+    def test_nul_bytes_are_errors(self):
+        broken = "broken JSON: "
+        for data in (b"\0", b"\0\0\0", GOOD + b"\0", b"\0" + GOOD, b'{"id":\0"a"}', b'{"id":"\0"}'):
+            process = run("events", data=GOOD + b"\n" + data + b"\n" + GOOD)
+            results = self.results(process, 1)
+            self.assertTrue(results[1]["error"]["message"].startswith(broken), (data, results[1]))
+            self.assertEqual([results[0], results[2]], [GOOD_RESULT, GOOD_RESULT])
+
+    def test_bad_utf8_is_an_error(self):
+        stray_and_cut = (b"\xff", b"\x80", b"\xc3", b"\xe2\x82")
+        overlong_surrogate_and_too_great = (b"\xc0\x80", b"\xed\xa0\x80", b"\xf4\x90\x80\x80")
+        for bad in stray_and_cut + overlong_surrogate_and_too_great:
+            self.assert_error(b'{"id":"' + bad + b'"}', "", "broken JSON: expected UTF-8")
+
+    def test_an_unpaired_surrogate_is_written_back_as_an_escape(self):
+        process = run("events", data=b'{"id":"a\\uD83Db"}\n{"id":"\\ud83d\\ude80"}')
+        self.assertTrue(process.stdout.startswith(b'{"id":"a\\ud83db",'))
+        self.assertIn('{"id":"🚀",'.encode(), process.stdout)
+
+    def test_an_unknown_key_is_an_error_unless_allowed(self):
+        self.assert_error(b'{"id":"a","produkt":{}}', "/produkt", "unknown key")
+        self.assert_error(b'{"receipt":[{},{"a/b~":1}]}', "/receipt/1/a~1b~0", "unknown key")
+        data = b'{"id":"good","produkt":{"a":[1,2.5e3,"\\ud800",null,{"b":true}]},"x":0,"x":1}'
+        process = run("events", "--allow-unknown", data=data)
+        self.assertEqual(self.results(process, 0), [GOOD_RESULT])
+
+    def test_a_duplicate_key_is_an_error_always(self):
+        for arguments in ((), ("--allow-unknown",)):
+            self.assert_error(b'{"id":"a","id":"a"}', "/id", "duplicate key", arguments)
+            self.assert_error(
+                b'{"receipt":[{"productID":"a","product\\u0049D":"b"}]}',
+                "/receipt/0/productID",
+                "duplicate key",
+                arguments,
+            )
+
+    def test_a_wrong_type_is_an_error(self):
+        self.assert_error(b'{"receipt":{}}', "/receipt", "expected an array, found an object")
+        self.assert_error(b"[]", "", "expected an object, found an array")
+        self.assert_error(b'"text"', "", "expected an object, found a string")
+
+    def test_numbers_are_read_up_to_every_limit_and_rejected_past_it(self):
+        signed = "expected an integer from -9223372036854775808 to 9223372036854775807, found "
+        unsigned = "expected an integer from 0 to 18446744073709551615, found "
+        keys = [
+            (
+                b'{"transaction":{"payment":{"quantity":@}}}',
+                "/transaction/payment/quantity",
+                signed,
+            ),
+            (b'{"receipt":[{"purchaseType":@}]}', "/receipt/0/purchaseType", signed),
+            (b'{"receipt":[{"webOrderLineItemID":@}]}', "/receipt/0/webOrderLineItemID", signed),
+            (
+                b'{"product":{"introductoryPrice":{"paymentMode":@}}}',
+                "/product/introductoryPrice/paymentMode",
+                unsigned,
+            ),
+        ]
+        limits = {
+            signed: (
+                ["9223372036854775807", "-9223372036854775808", "-0"],
+                ["9223372036854775808", "-9223372036854775809", "1.5", "1e3"],
+            ),
+            unsigned: (["0", "18446744073709551615"], ["-1", "18446744073709551616", "2.0"]),
+        }
+        for line, path, message in keys:
+            within, past = limits[message]
+            for number in within:
+                self.results(run("events", data=line.replace(b"@", number.encode())), 0)
+            for number in past:
+                self.assert_error(line.replace(b"@", number.encode()), path, message + number)
+
+    def test_nesting_a_hundred_thousand_deep_is_an_error(self):
+        too_deep = "expected values nested at most 1000 deep"
+        for deep in (b"[" * 100000 + b"]" * 100000, b'{"a":' * 100000 + b"0" + b"}" * 100000):
+            line = b'{"x":' + deep + b"}"
+            self.assert_error(line, "/x", "unknown key")
+            self.assert_error(line, "/x", too_deep, ("--allow-unknown",))
+            found = "an array" if deep.startswith(b"[") else "an object"
+            self.assert_error(b'{"id":' + deep + b"}", "/id", "expected a string, found " + found)
+        for deep in (b"[" * 100000, b'{"x":' * 100000):
+            for arguments in ((), ("--allow-unknown",)):
+                process = run("events", *arguments, data=deep + b"\n" + GOOD)
+                self.assertEqual(self.results(process, 1)[1], GOOD_RESULT)
+
+
+class LongLineTest(CommandTest):
+    SIZE = 100_000_000
+
+    def test_a_good_line_of_100_mb_is_read(self):
+        padded = b'{"id":' + b" " * self.SIZE + b'"good"}'
+        process = run("events", data=padded + b"\n" + GOOD + b"\n" + padded)
+        self.assertEqual(self.results(process, 0), [GOOD_RESULT] * 3)
+
+    def test_a_text_of_100_mb_comes_out_whole(self):
+        text = b'{"id":"' + b"x" * self.SIZE + b'"'
+        process = run("events", data=GOOD + b"\n" + text + b"}\n" + GOOD)
+        first, long, last = process.stdout.splitlines()
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual([parse(first), parse(last)], [GOOD_RESULT, GOOD_RESULT])
+        self.assertTrue(long.startswith(text + b","))
+
+    def test_a_bad_line_of_100_mb_is_an_error_and_the_lines_around_it_come_out(self):
+        unclosed = b'{"id":"' + b"x" * self.SIZE
+        self.assert_error(unclosed, "", "broken JSON: expected a string to end with a quote")
+        wrong = b'{"id":"a",' + b" " * self.SIZE + b'"product":[]}'
+        self.assert_error(wrong, "/product", "expected an object, found an array")
+
+    def test_a_line_of_nothing_but_brackets_is_an_error(self):
+        self.assert_error(b"{" * 10_000_000, "", "broken JSON: " + self.message_of(b"{{"))
+
+    def message_of(self, data):
+        message = self.results(run("events", data=data))[0]["error"]["message"]
+        self.assertTrue(message.startswith("broken JSON: "), message)
+        return message[len("broken JSON: ") :]
+
+    def test_a_long_text_of_escapes_takes_time_in_proportion_to_its_length(self):
+        # Four times as long takes about four times the time. Work that grows with the square of the
+        # length would take minutes for the second line.
+        for escapes in (500_000, 2_000_000):
+            for escape in (b"\\n", b'\\"', b"\\\\", b"\\u0041"):
+                line = b'{"id":"' + escape * escapes + b'"}'
+                process = subprocess.run(
+                    [TOOL, "events"], input=line, capture_output=True, timeout=20, check=False
+                )
+                self.assertEqual(self.results(process, 0)[0]["id"], parse(line)["id"])
+        broken = b'{"x":"' + b"\\n" * 2_000_000 + b'","id":"a"}'
+        process = subprocess.run(
+            [TOOL, "events"], input=broken, capture_output=True, timeout=20, check=False
+        )
+        self.assertEqual(self.results(process, 1)[0]["id"], "a")
+
+
+class UsageTest(CommandTest):
+    def test_help_goes_to_standard_output(self):
+        for arguments in (["--help"], ["-h"], ["events", "--help"], ["events", "-h"]):
+            process = run(*arguments)
+            self.assertEqual((process.returncode, process.stderr), (0, b""))
+            self.assertIn(b"Usage: qel-purchase", process.stdout)
+        text = run("events", "--help").stdout
+        for word in (
+            b"FILE",
+            b"--allow-unknown",
+            b"--first-line",
+            b"--int64-as-string",
+            b"--jobs",
+            b"--quiet",
+        ):
+            self.assertIn(word, text)
+        self.assertIn(b"events", run("--help").stdout)
+
+    def test_version_goes_to_standard_output(self):
+        process = run("--version")
+        self.assertEqual((process.returncode, process.stderr), (0, b""))
+        self.assertRegex(process.stdout, rb"\Aqel-purchase \d+\.\d+\.\d+\n\Z")
+
+    def test_wrong_usage_is_told_and_writes_nothing(self):
+        for arguments in (
+            [],
+            ["event"],
+            ["events", "--unknown"],
+            ["events", "a", "b"],
+            ["events", "--jobs"],
+            ["events", "--jobs", "0"],
+            ["events", "--jobs", "-1"],
+            ["events", "--jobs", "1025"],
+            ["events", "--jobs", "two"],
+            ["events", "--first-line", "0"],
+            ["events", "--first-line", "-1"],
+            ["events", "--first-line", "two"],
+            ["--jobs", "2"],
+        ):
+            process = run(*arguments, data=GOOD)
+            self.assertEqual((process.returncode, process.stdout), (2, b""), arguments)
+            self.assertTrue(process.stderr.startswith(b"qel-purchase: "), process.stderr)
+            self.assertIn(b"--help", process.stderr)
+
+    def test_help_that_cannot_be_written_is_an_error(self):
+        with open("/dev/full", "wb") as full:
+            for arguments in (["--help"], ["--version"], ["events", "--help"]):
+                process = run(*arguments, stdout=full)
+                self.assertEqual(process.returncode, 2)
+                self.assertIn(b"cannot write standard output", process.stderr)
+
+    def test_the_summary_tells_what_was_read_and_rejected(self):
+        self.assertEqual(run("events", data=GOOD).stderr, summary(1, 0))
+        process = run("events", data=GOOD + b"\n{\n" + GOOD + b"\n{\n")
+        self.assertEqual(process.stderr, summary(2, 2))
+        self.assertEqual(process.returncode, 1)
+        self.assertEqual(run("events", "--quiet", data=b"{").stderr, summary(0, 1))
+
+    def test_any_number_of_jobs_gives_the_same(self):
+        data = b"".join(line + b"\n{\n\n" for line in EXAMPLE_LINES) * 60
+        expected = run("events", "--jobs", "1", data=data)
+        self.assertEqual(len(self.results(expected, 1)), 120 * len(EXAMPLE_LINES))
+        for jobs in ("2", "8"):
+            process = run("events", "--jobs", jobs, data=data)
+            self.assertEqual(process.stdout, expected.stdout)
+            self.assertEqual(process.stderr, expected.stderr)
+            self.assertEqual(process.returncode, 1)
+
+    def test_parts_of_an_input_give_what_the_whole_gives(self):
+        mark = b"\xef\xbb\xbf"
+        lines = [mark + GOOD, b"", b"{", GOOD, mark + GOOD, b"[", b""]
+        expected = run("events", data=b"\n".join(lines))
+        self.assertEqual(
+            [parse(line).get("error", {}).get("line") for line in expected.stdout.splitlines()],
+            [None, 3, None, 5, 6],
+        )
+        for cut in range(len(lines)):
+            parts = [
+                run("events", data=b"\n".join(lines[:cut])),
+                run("events", "--first-line", str(cut + 1), data=b"\n".join(lines[cut:])),
+            ]
+            self.assertEqual(b"".join(part.stdout for part in parts), expected.stdout, cut)
+
+
+class FileTest(CommandTest):
+    def assert_failure(self, process, message):
+        self.assertEqual((process.returncode, process.stdout), (2, b""))
+        self.assertIn(b"qel-purchase: " + message, process.stderr)
+
+    def test_a_missing_file_is_an_error(self):
+        missing = os.path.join(tempfile.gettempdir(), "qel-no-such-file.jsonl")
+        message = "cannot open {}: No such file or directory\n".format(missing)
+        self.assert_failure(run("events", missing), message.encode())
+        self.assert_failure(run("events", ""), b"cannot open ")
+
+    def test_a_folder_is_an_error(self):
+        folder = tempfile.gettempdir()
+        message = "cannot read {}: Is a directory\n".format(folder)
+        self.assert_failure(run("events", folder), message.encode())
+
+    def test_a_file_that_fails_while_it_is_read_is_an_error(self):
+        message = b"cannot read /proc/self/mem: Input/output error\n"
+        self.assert_failure(run("events", "/proc/self/mem"), message)
+
+    def test_a_file_without_permission_is_an_error(self):
+        name = self.write_file(GOOD)
+        os.chmod(name, 0)
+        options = {}
+        if os.geteuid() == 0:
+            # Root may read anything, so nobody tries.
+            options = {"user": 65534, "group": 65534, "extra_groups": []}
+        try:
+            process = run("events", name, **options)
+        except PermissionError:
+            self.skipTest("the command is out of reach without root's permissions")
+        self.assert_failure(process, "cannot open {}: Permission denied\n".format(name).encode())
+
+    def test_a_full_disk_is_an_error(self):
+        with open("/dev/full", "wb") as full:
+            for data in (GOOD, b"{", b"\n".join(EXAMPLE_LINES * 100)):
+                process = run("events", data=data, stdout=full)
+                self.assertEqual(process.returncode, 2)
+                self.assertIn(
+                    b"cannot write standard output: No space left on device\n", process.stderr
+                )
+                self.assertTrue(process.stderr.endswith(summary(0, 0)))
+
+    def test_a_closed_pipe_is_an_error(self):
+        name = self.write_file(b"\n".join(EXAMPLE_LINES * 200))
+        for jobs in ("1", "2", "8"):
+            process = start("events", "--jobs", jobs, name)
+            first = process.stdout.readline()
+            process.stdout.close()
+            messages = process.stderr.read()
+            process.stderr.close()
+            process.stdin.close()
+            self.assertEqual(process.wait(TIMEOUT), 2)
+            self.assertEqual(first, GOLDEN_LINES[0] + b"\n")
+            self.assertIn(b"cannot write standard output: Broken pipe\n", messages)
+
+    def test_closed_standard_output_is_an_error(self):
+        for closed in ((1,), (0, 1)):
+            process = subprocess.run(
+                ["sh", "-c", 'exec "$@" ' + " ".join("{}>&-".format(end) for end in closed), "sh"]
+                + [TOOL, "events", EXAMPLES],
+                stderr=subprocess.PIPE,
+                timeout=TIMEOUT,
+                check=False,
+            )
+            self.assertEqual(process.returncode, 2, closed)
+            self.assertIn(b"cannot write standard output", process.stderr)
+
+    def test_closed_standard_input_is_an_error(self):
+        process = subprocess.run(
+            ["sh", "-c", 'exec "$@" 0<&-', "sh", TOOL, "events"],
+            capture_output=True,
+            timeout=10,
+            check=False,
+        )
+        self.assertEqual((process.returncode, process.stdout), (2, b""))
+        self.assertIn(b"cannot read standard input", process.stderr)
+
+
+class StreamTest(CommandTest):
+    def start(self, *arguments, **options):
+        process = start("events", *arguments, **options)
+        self.addCleanup(self.stop, process)
+        return process
+
+    def stop(self, process):
+        process.kill()
+        process.wait(TIMEOUT)
+        for end in (process.stdin, process.stdout, process.stderr):
+            if end is not None:
+                end.close()
+
+    def test_each_line_comes_out_before_the_next_goes_in(self):
+        for jobs in ("1", "2", "8"):
+            process = self.start("--jobs", jobs)
+            for line, golden in zip(EXAMPLE_LINES[:10], GOLDEN_LINES):
+                process.stdin.write(line + b"\n")
+                process.stdin.flush()
+                self.assertEqual(self.line(process), golden + b"\n")
+            process.stdin.close()
+            self.assertEqual(process.wait(TIMEOUT), 0)
+
+    def line(self, process):
+        """The next line of output, which must come within a while."""
+        ready, _, _ = select.select([process.stdout], [], [], TIMEOUT)
+        self.assertTrue(ready, "no line came out")
+        return os.read(process.stdout.fileno(), 65536)
+
+    def test_a_line_that_arrives_in_pieces_is_read_as_one(self):
+        process = self.start()
+        for index in range(0, len(EXAMPLE_LINES[0]), 100):
+            process.stdin.write(EXAMPLE_LINES[0][index : index + 100])
+            process.stdin.flush()
+            time.sleep(0.01)
+        output, messages = process.communicate(b"\n", TIMEOUT)
+        self.assertEqual((output, messages), (GOLDEN_LINES[0] + b"\n", summary(1, 0)))
+
+    def test_a_slow_reader_holds_the_command_back_and_loses_nothing(self):
+        data = b"\n".join(EXAMPLE_LINES * 60)
+        process = self.start(self.write_file(data), stdin=subprocess.DEVNULL)
+        time.sleep(0.3)
+        self.assertIsNone(process.poll())
+        output, _ = process.communicate(timeout=TIMEOUT)
+        self.assertEqual(output, (b"\n".join(GOLDEN_LINES) + b"\n") * 60)
+
+    def test_the_first_interrupt_ends_the_wait_for_input(self):
+        for jobs in ("1", "2"):
+            process = self.start("--jobs", jobs)
+            process.stdin.write((GOOD + b"\n") * 3 + b'{"id":"begun')
+            process.stdin.flush()
+            output = b""
+            while output.count(b"\n") < 3:
+                output += self.line(process)
+            process.send_signal(signal.SIGINT)
+            self.assertEqual(process.wait(TIMEOUT), 130)
+            self.assertEqual(process.stdout.read(), b"")
+            self.assertEqual([parse(line) for line in output.splitlines()], [GOOD_RESULT] * 3)
+            self.assertEqual(
+                process.stderr.read(),
+                b"qel-purchase: interrupted, 3 lines written\n" + summary(3, 0),
+            )
+
+    def test_the_first_interrupt_writes_what_was_read_and_counts_it(self):
+        for jobs in ("1", "2"):
+            name = self.write_file(b"\n".join(EXAMPLE_LINES * 1000))
+            process = self.start("--jobs", jobs, name, stdin=subprocess.DEVNULL)
+            # The pipe is full and the command waits in the middle.
+            time.sleep(0.3)
+            self.assertIsNone(process.poll())
+            process.send_signal(signal.SIGINT)
+            output, messages = process.communicate(timeout=TIMEOUT)
+            self.assertEqual(process.returncode, 130)
+            self.assertTrue(output.endswith(b"\n"))
+            count = output.count(b"\n")
+            self.assertLess(0, count)
+            self.assertLess(count, 1000 * len(EXAMPLE_LINES))
+            expected = (b"\n".join(GOLDEN_LINES) + b"\n") * 1000
+            self.assertEqual(output, expected[: len(output)])
+            self.assertEqual(
+                messages,
+                "qel-purchase: interrupted, {} lines written\n".format(count).encode()
+                + summary(count, 0),
+            )
+
+    def test_the_second_interrupt_ends_the_command_at_once(self):
+        name = self.write_file(b"\n".join(EXAMPLE_LINES * 200))
+        process = self.start(name, stdin=subprocess.DEVNULL)
+        time.sleep(0.3)
+        process.send_signal(signal.SIGINT)
+        time.sleep(0.2)
+        self.assertIsNone(process.poll())
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(TIMEOUT), -signal.SIGINT)
+
+
+class ProgressTest(CommandTest):
+    ERASED = b"\r\x1b[K"
+
+    def run_on_terminal(self, *arguments):
+        """Runs on a file, slowly, with standard error on a terminal; gives all that came there."""
+        name = self.write_file(b"\n".join(EXAMPLE_LINES * 40))
+        terminal, end = pty.openpty()
+        process = start("events", *arguments, name, stdin=subprocess.DEVNULL, stderr=end)
+        os.close(end)
+        # The output waits here, so that there is time for progress to be shown.
+        output = b""
+        while piece := process.stdout.read(400_000):
+            output += piece
+            time.sleep(0.3)
+        shown = read_for(5, terminal)
+        self.assertEqual(process.wait(TIMEOUT), 0)
+        process.stdout.close()
+        os.close(terminal)
+        self.assertEqual(output.count(b"\n"), 40 * len(EXAMPLE_LINES))
+        return shown.replace(b"\r\n", b"\n")
+
+    def test_progress_is_shown_on_a_terminal_and_erased(self):
+        shown = self.run_on_terminal()
+        end = summary(40 * len(EXAMPLE_LINES), 0)
+        self.assertTrue(shown.endswith(self.ERASED + end), shown)
+        # Each state takes the place of the one before.
+        states = shown[: -len(self.ERASED + end)].split(self.ERASED)
+        self.assertEqual(states[0], b"")
+        self.assertGreaterEqual(len(states), 2)
+        for state in states[1:]:
+            self.assertRegex(
+                state,
+                rb"\A\d+\.\d [kM]?B of \d\.\d MB, \d+ records/s, (\d+ min )?\d+ s left\Z",
+            )
+
+    def test_no_progress_is_shown_when_quiet(self):
+        self.assertEqual(self.run_on_terminal("--quiet"), summary(40 * len(EXAMPLE_LINES), 0))
+
+    def test_progress_of_a_pipe_has_no_total(self):
+        terminal, end = pty.openpty()
+        process = start("events", stderr=end, stdout=subprocess.DEVNULL)
+        os.close(end)
+        for _ in range(3):
+            process.stdin.write(GOOD + b"\n")
+            process.stdin.flush()
+            time.sleep(0.3)
+        process.stdin.close()
+        shown = read_for(5, terminal)
+        self.assertEqual(process.wait(TIMEOUT), 0)
+        os.close(terminal)
+        self.assertRegex(shown, rb"\A(\r\x1b\[K\d+\.\d B, \d+ records/s)+\r\x1b\[Kqel-purchase: ")
+
+    def test_no_progress_is_shown_elsewhere(self):
+        process = start("events", stdout=subprocess.DEVNULL)
+        for _ in range(2):
+            process.stdin.write(GOOD + b"\n")
+            process.stdin.flush()
+            time.sleep(0.3)
+        _, messages = process.communicate(timeout=TIMEOUT)
+        self.assertEqual(messages, summary(2, 0))
+
+
+class MemoryTest(CommandTest):
+    MOST = 256 * 1024 * 1024
+
+    def peak(self, megabytes, *arguments):
+        """The greatest memory, in bytes, of a run over so much input."""
+        chunk = b"\n".join(EXAMPLE_LINES * 20) + b"\n"
+        process = start("events", *arguments, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for _ in range(megabytes * 1_000_000 // len(chunk)):
+            process.stdin.write(chunk)
+        process.stdin.flush()
+        # What a child is charged with at its end counts the memory of this process before the
+        # command took its place, so the command is asked while it still runs.
+        with open("/proc/{}/status".format(process.pid), encoding="ascii") as status:
+            peak = next(line for line in status if line.startswith("VmHWM:"))
+        process.stdin.close()
+        self.assertEqual(process.wait(TIMEOUT), 0)
+        return int(peak.split()[1]) * 1024
+
+    @unittest.skipIf(IS_SANITIZED, "sanitizers multiply memory")
+    def test_memory_does_not_grow_with_the_input(self):
+        small = self.peak(20, "--jobs", "8")
+        large = self.peak(200, "--jobs", "8")
+        self.assertLess(large, self.MOST)
+        self.assertLess(large, small + 16 * 1024 * 1024)
+
+
+if __name__ == "__main__":
+    unittest.main()

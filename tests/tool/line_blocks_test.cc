@@ -1,0 +1,145 @@
+#include "line_blocks.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "interrupt.h"
+#include "purchase_reader.h"
+
+namespace qel::tool {
+namespace {
+
+// A pipe whose reading end is read in blocks.
+class LineBlockReaderTest : public ::testing::Test {
+ protected:
+  LineBlockReaderTest() : reader_((open(), ends_[0])) {}
+  ~LineBlockReaderTest() override {
+    closeInput();
+    ::close(ends_[0]);
+  }
+
+  void write(std::string_view text) const { writeAll(ends_[1], text); }
+  void closeInput() {
+    if (ends_[1] >= 0) ::close(ends_[1]);
+    ends_[1] = -1;
+  }
+
+  using Lines = std::vector<std::string_view>;
+
+  // The lines of the next block; one line "(end)" where there is none.
+  Lines next() { return reader_.next(block_) ? block_.lines : Lines{"(end)"}; }
+
+  LineBlock block_;
+
+ private:
+  void open() {
+    static const bool isCaught = [] {
+      catchInterrupt();
+      return true;
+    }();
+    if (!isCaught || pipe(ends_.data()) != 0)
+      throw std::system_error(errno, std::generic_category());
+  }
+
+  std::array<int, 2> ends_ = {-1, -1};
+  LineBlockReader reader_;
+};
+
+TEST_F(LineBlockReaderTest, AnEmptyInputHasNoBlock) {
+  closeInput();
+  EXPECT_EQ(next(), Lines{"(end)"});
+  EXPECT_EQ(next(), Lines{"(end)"});
+}
+
+TEST_F(LineBlockReaderTest, GivesWholeLinesAsSoonAsTheyAreThere) {
+  write("one\ntwo\nthr");
+  EXPECT_EQ(next(), (Lines{"one", "two"}));
+  write("ee\n");
+  EXPECT_EQ(next(), Lines{"three"});
+}
+
+TEST_F(LineBlockReaderTest, GivesALastLineWithoutItsNewline) {
+  write("one\ntwo");
+  closeInput();
+  EXPECT_EQ(next(), Lines{"one"});
+  EXPECT_EQ(next(), Lines{"two"});
+  EXPECT_EQ(next(), Lines{"(end)"});
+}
+
+TEST_F(LineBlockReaderTest, GivesEmptyLinesToo) {
+  write("\n\none\n\n");
+  EXPECT_EQ(next(), (Lines{"", "", "one", ""}));
+}
+
+TEST_F(LineBlockReaderTest, CountsLinesFromOne) {
+  write("one\n\nthree\nfo");
+  next();
+  EXPECT_EQ(block_.firstLineNumber, 1U);
+  write("ur\n");
+  next();
+  EXPECT_EQ(block_.firstLineNumber, 4U);
+  write("five\n");
+  next();
+  EXPECT_EQ(block_.firstLineNumber, 5U);
+}
+
+TEST_F(LineBlockReaderTest, KeepsNulBytes) {
+  const std::string line("a\0b", 3);
+  write(line + "\n");
+  EXPECT_EQ(next(), Lines{line});
+}
+
+TEST_F(LineBlockReaderTest, GivesALineLongerThanAnyBlockInOnePiece) {
+  const std::string line(3000000, 'x');
+  std::thread writer([&] {
+    write(line + "\n");
+    write("next\n");
+    closeInput();
+  });
+  std::vector<std::string> lines;
+  std::size_t size = 0;
+  while (next() != Lines{"(end)"}) {
+    lines.insert(lines.end(), block_.lines.begin(), block_.lines.end());
+    size += block_.size;
+  }
+  writer.join();
+  EXPECT_EQ(lines, (std::vector<std::string>{line, "next"}));
+  EXPECT_EQ(size, line.size() + 6);
+}
+
+TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
+  write("one\n");
+  next();
+  const char* const end = block_.memory.data() + block_.memory.size();
+  const std::string_view last = block_.lines.back();
+  EXPECT_GE(end - (last.data() + last.size()),
+            static_cast<std::ptrdiff_t>(PurchaseReader::kPadding));
+}
+
+TEST(LineBlockReaderErrorTest, ThrowsWhenTheInputCannotBeRead) {
+  const int folder = open("/", O_RDONLY);
+  ASSERT_GE(folder, 0);
+  LineBlockReader reader(folder);
+  LineBlock block;
+  EXPECT_THROW(reader.next(block), std::system_error);
+  close(folder);
+}
+
+TEST(WriteAllTest, ThrowsWhenTheDiskIsFull) {
+  const int full = open("/dev/full", O_WRONLY);
+  ASSERT_GE(full, 0);
+  EXPECT_THROW(writeAll(full, "text"), std::system_error);
+  EXPECT_NO_THROW(writeAll(full, ""));
+  close(full);
+}
+
+}  // namespace
+}  // namespace qel::tool

@@ -1,0 +1,132 @@
+#include "result_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+namespace qel::tool {
+namespace {
+
+std::string result(const OptionalText& id, const std::optional<EventParameters>& event,
+                   std::string_view diagnostics = "", Int64Form form = Int64Form::kNumber) {
+  std::string out;
+  appendResult(id, event, diagnostics, form, out);
+  return out;
+}
+
+std::string error(const OptionalText& id, std::uint64_t line, const LineError& lineError) {
+  std::string out;
+  appendError(id, line, lineError, out);
+  return out;
+}
+
+EventParameters eventOfIntegers() {
+  EventParameters event;
+  event.set(ParameterKey::kValue,
+            QELValue::initWithInt64(std::numeric_limits<std::int64_t>::min()));
+  event.set(ParameterKey::kPrice,
+            QELValue::initWithInt64(std::numeric_limits<std::int64_t>::max()));
+  event.set(ParameterKey::kCurrency, QELValue::initWithString("EUR"));
+  event.set(ParameterKey::kDedupeId, QELValue::initWithInt64(-1));
+  event.set(ParameterKey::kQuantity, QELValue::initWithInt64(0));
+  return event;
+}
+
+TEST(ResultWriterTest, WritesNullWithoutAnEvent) {
+  EXPECT_EQ(result(std::nullopt, std::nullopt), "{\"event\":null,\"diagnostics\":[]}\n");
+}
+
+TEST(ResultWriterTest, WritesAnEmptyEventAsAnEmptyObject) {
+  EXPECT_EQ(result(std::nullopt, EventParameters()), "{\"event\":{},\"diagnostics\":[]}\n");
+}
+
+TEST(ResultWriterTest, WritesTheIdFirst) {
+  EXPECT_EQ(result("a", std::nullopt), "{\"id\":\"a\",\"event\":null,\"diagnostics\":[]}\n");
+}
+
+TEST(ResultWriterTest, WritesAnEmptyId) {
+  EXPECT_EQ(result("", std::nullopt), "{\"id\":\"\",\"event\":null,\"diagnostics\":[]}\n");
+}
+
+TEST(ResultWriterTest, WritesKeysSortedAndIntegersExactly) {
+  EXPECT_EQ(result(std::nullopt, eventOfIntegers()),
+            R"({"event":{"_did":-1,"currency":"EUR","price":9223372036854775807,"quantity":0,)"
+            R"("value":-9223372036854775808},"diagnostics":[]})"
+            "\n");
+}
+
+TEST(ResultWriterTest, WritesIntegersAsStringsWhenAsked) {
+  EXPECT_EQ(result(std::nullopt, eventOfIntegers(), "", Int64Form::kString),
+            R"({"event":{"_did":"-1","currency":"EUR","price":"9223372036854775807",)"
+            R"("quantity":"0","value":"-9223372036854775808"},"diagnostics":[]})"
+            "\n");
+}
+
+TEST(ResultWriterTest, EscapesIdAndValues) {
+  EventParameters event;
+  event.set(ParameterKey::kProductName, QELValue::initWithString("a\"b\\c\n\xED\xA0\x80"));
+  EXPECT_EQ(result("x\ty", event),
+            R"({"id":"x\ty","event":{"product_name":"a\"b\\c\n\ud800"},"diagnostics":[]})"
+            "\n");
+}
+
+TEST(ResultWriterTest, AppendsToWhatIsThere) {
+  std::string out = "before\n";
+  appendResult(std::nullopt, std::nullopt, "", Int64Form::kNumber, out);
+  appendError(std::nullopt, 2, {"", "m"}, out);
+  EXPECT_EQ(out,
+            "before\n{\"event\":null,\"diagnostics\":[]}\n"
+            "{\"error\":{\"line\":2,\"path\":\"\",\"message\":\"m\"}}\n");
+}
+
+TEST(ResultWriterTest, WritesAnErrorWithItsLinePathAndMessage) {
+  EXPECT_EQ(error("a", 17, {"/receipt/0/purchaseType", "expected \"this\""}),
+            R"({"id":"a","error":{"line":17,"path":"/receipt/0/purchaseType",)"
+            R"("message":"expected \"this\""}})"
+            "\n");
+}
+
+TEST(ResultWriterTest, WritesTheGreatestLineNumber) {
+  EXPECT_EQ(error(std::nullopt, std::numeric_limits<std::uint64_t>::max(), {"", ""}),
+            "{\"error\":{\"line\":18446744073709551615,\"path\":\"\",\"message\":\"\"}}\n");
+}
+
+class DiagnosticsCollectorTest : public ::testing::Test {
+ protected:
+  DiagnosticsCollectorTest() { DiagnosticsCollector::ofThisThread().clear(); }
+
+  DiagnosticsCollector collector_;
+};
+
+TEST_F(DiagnosticsCollectorTest, CollectsNothingAtFirst) {
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread(), "");
+}
+
+TEST_F(DiagnosticsCollectorTest, WritesAnEmptyListWithoutContext) {
+  collector_.logWithLevel(8, 40021, "text");
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread(),
+            R"({"level":8,"code":40021,"message":"text","context":[]})");
+}
+
+TEST_F(DiagnosticsCollectorTest, WritesTextAndNumberContexts) {
+  collector_.logWithLevel(8, 40020, "text", std::string_view("month\"ly"));
+  collector_.logWithLevel(-1, 40024, "te\\xt", std::string_view("monthly"),
+                          std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread(),
+            R"({"level":8,"code":40020,"message":"text","context":["month\"ly"]},)"
+            R"({"level":-1,"code":40024,"message":"te\\xt",)"
+            R"("context":["monthly",18446744073709551615]})");
+}
+
+TEST_F(DiagnosticsCollectorTest, AResultHoldsWhatWasCollected) {
+  collector_.logWithLevel(8, 40003, "one");
+  collector_.logWithLevel(8, 40021, "two");
+  EXPECT_EQ(result(std::nullopt, std::nullopt, DiagnosticsCollector::ofThisThread()),
+            R"({"event":null,"diagnostics":[{"level":8,"code":40003,"message":"one","context":[]},)"
+            R"({"level":8,"code":40021,"message":"two","context":[]}]})"
+            "\n");
+}
+
+}  // namespace
+}  // namespace qel::tool
