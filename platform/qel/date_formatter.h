@@ -29,6 +29,11 @@ class DateFormatter {
   // The instant that `text` denotes, on a whole second; nothing when it is absent or does not fit
   // the pattern.
   std::optional<Instant> dateFromString(const OptionalText& text) const;
+
+ private:
+  // What an implementation keeps, null where it keeps nothing.
+  struct State;
+  [[maybe_unused]] State* const state_ = nullptr;
 };
 
 }  // namespace qel

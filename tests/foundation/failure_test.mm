@@ -1,0 +1,134 @@
+// What the platform fails at fails as on the platform.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#import "stand_ins.h"
+
+// An entry that adds itself to the list that it stands in, when it is asked for its product.
+@interface EntryThatGrowsItsList : StandInEntry {
+  NSMutableArray* list_;
+}
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
+@end
+
+@implementation EntryThatGrowsItsList
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
+  if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
+  return self;
+}
+- (NSString*)productID {
+  [list_ addObject:self];
+  return [super productID];
+}
+@end
+
+// A product of the store that has gone away.
+@interface ProductThatRaises : StandInProduct
+@end
+
+@implementation ProductThatRaises
+- (NSDecimalNumber*)price {
+  [NSException raise:@"StoreHasGoneException" format:@"the store has gone"];
+  return nil;
+}
+@end
+
+@interface MonitorThatRaises : StandInMonitor
+@end
+
+@implementation MonitorThatRaises
+- (void)logWithLevel:(NSInteger)level messageCode:(NSInteger)code message:(NSString*)message {
+  [NSException raise:@"MonitorException" format:@"the monitor has gone"];
+}
+@end
+
+namespace qel::testing {
+namespace {
+
+// The name of the exception that the entry point lets through for `receipt`; empty for none.
+std::string raisedFor(NSArray* receipt) {
+  std::string name;
+  @try {
+    QELInAppPurchaseEventParameters(nil, nil, receipt);
+  } @catch (NSException* exception) {
+    name = textOfLiveString([exception name]);
+  }
+  return name;
+}
+
+NSMutableArray* listThatGrows(const QELInAppPurchaseItem& item) {
+  NSMutableArray* const list = [NSMutableArray array];
+  [list addObject:[[[EntryThatGrowsItsList alloc] initWithValues:&item list:list] autorelease]];
+  return list;
+}
+
+TEST(FailureTest, LetsThroughThatTheListWasChangedWhileItWasWalked) {
+  @autoreleasepool {
+    const QELInAppPurchaseItem item;
+    EXPECT_EQ(raisedFor(listThatGrows(item)), "NSGenericException");
+  }
+}
+
+TEST(FailureTest, LetsThroughThatAnEntryIsNoEntry) {
+  @autoreleasepool {
+    EXPECT_EQ(raisedFor(@[ @"no entry" ]), "NSInvalidArgumentException");
+  }
+}
+
+TEST(FailureTest, WorksOnAfterAFailure) {
+  @autoreleasepool {
+    const QELInAppPurchaseItem item;
+    EXPECT_EQ(raisedFor(listThatGrows(item)), "NSGenericException");
+    EXPECT_EQ(raisedFor(@[]), "");
+  }
+}
+
+TEST(FailureTest, KeepsNothingOfAListThatWasChanged) {
+  const QELInAppPurchaseItem item;
+  NSMutableArray* const list = [[NSMutableArray alloc] init];
+  EntryThatGrowsItsList* const entry = [[EntryThatGrowsItsList alloc] initWithValues:&item
+                                                                                list:list];
+  [list addObject:entry];
+  @autoreleasepool {
+    EXPECT_EQ(raisedFor(list), "NSGenericException");
+  }
+  EXPECT_EQ([list retainCount], 1u);
+  [list release];
+  EXPECT_EQ([entry retainCount], 1u);
+  [entry release];
+}
+
+// Calls, and catches whatever is let through.
+void callAndCatch(id product, id transaction) {
+  @try {
+    QELInAppPurchaseEventParameters(product, transaction, nil);
+  } @catch (id) {
+  }
+}
+
+TEST(FailureDeathTest, EndsTheProgramWhenTheStoreRaises) {
+  @autoreleasepool {
+    const ProductValues values = {.identifier = "monthly"};
+    const TransactionValues transactionValues;
+    id const product = [[[ProductThatRaises alloc] initWithValues:&values
+                                                            asked:nullptr] autorelease];
+    id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
+                                                                 asked:nullptr] autorelease];
+    EXPECT_DEATH(callAndCatch(product, transaction), "terminate called");
+  }
+}
+
+TEST(FailureDeathTest, EndsTheProgramWhenTheMonitorRaises) {
+  @autoreleasepool {
+    std::vector<Diagnostic> diagnostics;
+    QELSetDiagnosticsMonitor([[[MonitorThatRaises alloc] initWithList:&diagnostics] autorelease]);
+    EXPECT_DEATH(callAndCatch(nil, nil), "terminate called");
+    QELSetDiagnosticsMonitor(nil);
+  }
+}
+
+}  // namespace
+}  // namespace qel::testing

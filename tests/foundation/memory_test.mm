@@ -1,0 +1,118 @@
+// A million calls leave nothing behind and release nothing that is not theirs. Under the address
+// sanitizer the allocations themselves are watched too.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "purchase_values.h"
+#include "random_purchases.h"
+#import "stand_ins.h"
+
+namespace qel::testing {
+namespace {
+
+constexpr int kCalls = 1000000;
+
+// Bytes that are allocated and not freed; 0 where a sanitizer has taken the place of malloc.
+std::size_t bytesInUse() { return mallinfo2().uordblks; }
+
+// A purchase whose objects live as long as it does.
+struct LivePurchase {
+  explicit LivePurchase(const PurchaseValues& values) : values(values) {
+    const ProductValues* const productValues =
+        this->values.product ? &*this->values.product : nullptr;
+    if (productValues != nullptr) {
+      product = [[StandInProductWithOffers alloc] initWithValues:productValues asked:nullptr];
+    }
+    if (this->values.transaction) {
+      transaction = [[StandInTransaction alloc] initWithValues:&*this->values.transaction
+                                                         asked:nullptr];
+    }
+    receipt = [[NSMutableArray alloc] init];
+    for (const QELInAppPurchaseItem& item : this->values.receipt) {
+      StandInEntry* const entry = [[StandInEntry alloc] initWithValues:&item asked:nullptr];
+      [receipt addObject:entry];
+      [entry release];
+    }
+  }
+  ~LivePurchase() {
+    [product release];
+    [transaction release];
+    [receipt release];
+  }
+  LivePurchase(const LivePurchase&) = delete;
+  LivePurchase& operator=(const LivePurchase&) = delete;
+
+  // Everyone that could have been kept or let go: as many owners as when they were made.
+  bool isOwnedAsBefore() const {
+    if (product != nil && [product retainCount] != 1) return false;
+    if (transaction != nil && [transaction retainCount] != 1) return false;
+    for (NSUInteger i = 0; i < [receipt count]; ++i) {
+      if ([[receipt objectAtIndex:i] retainCount] != 1) return false;
+    }
+    return [receipt retainCount] == 1;
+  }
+
+  const PurchaseValues values;
+  id product = nil;
+  id transaction = nil;
+  NSMutableArray* receipt = nil;
+};
+
+// Calls for each of `purchases` in turn, `calls` times in all, each in a pool of its own.
+void callForEach(const std::vector<std::unique_ptr<LivePurchase>>& purchases, int calls) {
+  for (int i = 0; i < calls; ++i) {
+    const LivePurchase& purchase = *purchases[static_cast<std::size_t>(i) % purchases.size()];
+    @autoreleasepool {
+      QELInAppPurchaseEventParameters(static_cast<SKProduct*>(purchase.product),
+                                      static_cast<SKPaymentTransaction*>(purchase.transaction),
+                                      purchase.receipt);
+    }
+  }
+}
+
+TEST(MemoryTest, AMillionCallsLeaveNothingBehindAndReleaseNothingOfOthers) {
+  registerDiscountClass({});
+  constexpr std::uint64_t kSeed = 20190314;
+  constexpr int kPurchases = 1000;
+  RandomPurchases random(kSeed);
+  std::vector<std::unique_ptr<LivePurchase>> purchases;
+  for (int i = 0; i < kPurchases; ++i) {
+    purchases.push_back(std::make_unique<LivePurchase>(random.next()));
+  }
+  // The platform keeps what it has looked up, so the first rounds may add to it.
+  callForEach(purchases, 2 * kPurchases);
+  const std::size_t before = bytesInUse();
+  callForEach(purchases, kCalls);
+  const std::size_t after = bytesInUse();
+  std::cout << kCalls << " calls: " << before << " bytes in use before, " << after << " after"
+            << std::endl;
+  EXPECT_LE(after, before + 1024);
+  for (const auto& purchase : purchases) ASSERT_TRUE(purchase->isOwnedAsBefore());
+}
+
+TEST(MemoryTest, MessagesToTheMonitorLeaveNothingBehind) {
+  std::vector<Diagnostic> diagnostics;
+  StandInMonitor* const monitor = [[StandInMonitor alloc] initWithList:&diagnostics];
+  QELSetDiagnosticsMonitor(monitor);
+  const auto callThrice = [&] {
+    for (int i = 0; i < 3; ++i) QELInAppPurchaseEventParameters(nil, nil, nil);
+    diagnostics.clear();
+  };
+  callThrice();
+  const std::size_t before = bytesInUse();
+  for (int i = 0; i < kCalls / 100; ++i) callThrice();
+  EXPECT_LE(bytesInUse(), before + 1024);
+  QELSetDiagnosticsMonitor(nil);
+  EXPECT_EQ([monitor retainCount], 1u);
+  [monitor release];
+}
+
+}  // namespace
+}  // namespace qel::testing

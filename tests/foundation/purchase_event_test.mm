@@ -1,0 +1,296 @@
+// The entry point, as an app calls it.
+
+#import "qel/foundation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "own_process.h"
+#include "purchase_values.h"
+#include "qel/purchase_event.h"
+#import "stand_ins.h"
+
+namespace qel::testing {
+namespace {
+
+using Event = std::map<std::string, Outcome::Value>;
+
+QELInAppPurchaseItem entryOf(std::string date, std::string transactionID) {
+  QELInAppPurchaseItem item;
+  item.productID = "monthly";
+  item.purchaseDateIA5String = std::move(date);
+  item.purchaseType = 3;
+  item.transactionID = std::move(transactionID);
+  item.originalTransactionID = "1000";
+  return item;
+}
+
+// A monthly subscription that renews after a free trial.
+PurchaseValues renewal() {
+  PurchaseValues purchase;
+  purchase.product = ProductValues{.identifier = "monthly",
+                                   .price = "4.99",
+                                   .currencyCode = "EUR",
+                                   .title = "Monthly",
+                                   .answersIntroductoryPrice = true,
+                                   .introductoryPrice = DiscountValues{.price = "1.99"}};
+  purchase.transaction = TransactionValues{.identifier = "2000",
+                                           .hasOriginal = true,
+                                           .originalIdentifier = "1000",
+                                           .date = Instant{1555234013, 0},
+                                           .quantity = 1};
+  purchase.receipt = {entryOf("2019-04-14T09:26:53Z", "2000"),
+                      entryOf("2019-03-14T09:26:53Z", "1000")};
+  purchase.receipt[0].webOrderLineItemID = 77;
+  purchase.receipt[1].isFreeTrial = true;
+  return purchase;
+}
+
+// The same bought at an introductory price.
+PurchaseValues introductoryOffer() {
+  PurchaseValues purchase = renewal();
+  purchase.receipt[0].isIntroductoryOffer = true;
+  return purchase;
+}
+
+// The first 64 bits from the end of what md5sum prints for 100077monthly.
+constexpr std::int64_t kDedupeId = 0x114F509B0A08BCF9;
+
+const Event kRenewalEvent = {
+    {"_did", kDedupeId},         {"currency", "EUR"}, {"price", 4990000}, {"product_id", "monthly"},
+    {"product_name", "Monthly"}, {"quantity", 1},     {"sub_convert", 1}, {"value", 4990000}};
+
+TEST(PurchaseEventTest, GivesTheEventOfARenewal) {
+  const Outcome outcome = outcomeOfLiveObjects(renewal());
+  EXPECT_EQ(outcome.event, kRenewalEvent);
+  EXPECT_EQ(outcome.diagnostics,
+            (std::vector<Diagnostic>{
+                {8, 40008, "Transaction of auto-renewable subscription will be reported", {}}}));
+}
+
+TEST(PurchaseEventTest, AsksTheStoreForWhatIsNeededAndNoMore) {
+  EXPECT_EQ(outcomeOfLiveObjects(renewal()).asked,
+            (Asked{"product.productIdentifier", "product.price", "transaction.payment",
+                   "payment.quantity", "transaction.payment", "payment.quantity",
+                   "product.priceLocaleCurrencyCode", "product.localizedTitle",
+                   "transaction.transactionIdentifier", "transaction.originalTransaction",
+                   "transaction.transactionIdentifier", "transaction.transactionDate"}));
+}
+
+TEST(PurchaseEventTest, AsksNothingOfATransactionWhoseProductHasNoIdentifier) {
+  PurchaseValues purchase = renewal();
+  purchase.product->identifier = "";
+  EXPECT_EQ(outcomeOfLiveObjects(purchase).asked, (Asked{"product.productIdentifier"}));
+}
+
+TEST(PurchaseEventTest, AsksEachEntryEachOfItsOperationsOnce) {
+  @autoreleasepool {
+    const PurchaseValues purchase = renewal();
+    Asked asked;
+    id const entry = [[[StandInEntry alloc] initWithValues:&purchase.receipt[0]
+                                                     asked:&asked] autorelease];
+    QELInAppPurchaseEventParameters(nil, nil, @[ entry ]);
+    EXPECT_EQ(asked, (Asked{"entry.productID", "entry.purchaseDateIA5String", "entry.purchaseType",
+                            "entry.webOrderLineItemID", "entry.transactionID",
+                            "entry.originalTransactionID", "entry.isFreeTrial",
+                            "entry.isIntroductoryOffer"}));
+  }
+}
+
+TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {
+  @autoreleasepool {
+    const PurchaseValues purchase = renewal();
+    NSDictionary<NSString*, id>* event = nil;
+    @autoreleasepool {
+      id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
+                                                           asked:nullptr] autorelease];
+      id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
+                                                                   asked:nullptr] autorelease];
+      NSMutableArray* const receipt = [NSMutableArray array];
+      for (const QELInAppPurchaseItem& item : purchase.receipt) {
+        [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
+      }
+      event = [QELInAppPurchaseEventParameters(product, transaction, receipt) retain];
+    }
+    EXPECT_EQ([event count], kRenewalEvent.size());
+    EXPECT_TRUE([[event objectForKey:@"product_id"] isEqual:@"monthly"]);
+    EXPECT_TRUE([[event objectForKey:@"price"] isEqual:[NSNumber numberWithLongLong:4990000]]);
+    EXPECT_EQ([[event objectForKey:@"_did"] longLongValue], kDedupeId);
+    EXPECT_STREQ([[event objectForKey:@"_did"] objCType], @encode(long long));
+    [event release];
+  }
+}
+
+TEST(PurchaseEventTest, NamesTheKeysThatAProgramLooksUp) {
+  @autoreleasepool {
+    EXPECT_EQ(textOfLiveString(::kQELParameterInAppPurchaseInvalid),
+              qel::kQELParameterInAppPurchaseInvalid);
+    EXPECT_EQ(textOfLiveString(::kQELParameterIsSubscriptionConversion),
+              qel::kQELParameterIsSubscriptionConversion);
+    EXPECT_EQ(textOfLiveString(::kQELParameterIsSubscriptionRenewal),
+              qel::kQELParameterIsSubscriptionRenewal);
+  }
+}
+
+TEST(PurchaseEventTest, GivesNilAndSaysWhyWithoutAProductOrATransaction) {
+  PurchaseValues purchase = renewal();
+  purchase.transaction.reset();
+  Outcome outcome = outcomeOfLiveObjects(purchase);
+  EXPECT_EQ(outcome.event, std::nullopt);
+  EXPECT_EQ(outcome.diagnostics,
+            (std::vector<Diagnostic>{
+                {8, 40028, "IAP Transaction cannot be created from nil transaction", {}}}));
+  purchase.product.reset();
+  outcome = outcomeOfLiveObjects(purchase);
+  EXPECT_EQ(outcome.event, std::nullopt);
+  EXPECT_EQ(outcome.diagnostics,
+            (std::vector<Diagnostic>{
+                {8, 40026, "IAP Transaction cannot be created from nil product", {}}}));
+}
+
+TEST(PurchaseEventTest, TakesANilReceiptForAnEmptyOne) {
+  @autoreleasepool {
+    const PurchaseValues purchase = renewal();
+    id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
+                                                         asked:nullptr] autorelease];
+    id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
+                                                                 asked:nullptr] autorelease];
+    NSDictionary* const event = QELInAppPurchaseEventParameters(product, transaction, nil);
+    EXPECT_EQ([[event objectForKey:(::kQELParameterInAppPurchaseInvalid)] longLongValue], 1);
+    EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParameters(product, transaction, @[])]);
+  }
+}
+
+TEST(PurchaseEventTest, ReadsTheCurrencyOfAPlatformLocale) {
+  @autoreleasepool {
+    NSLocale* const locale =
+        [[[NSLocale alloc] initWithLocaleIdentifier:@"de_DE@currency=CHF"] autorelease];
+    EXPECT_TRUE([[locale objectForKey:NSLocaleCurrencyCode] isEqual:@"CHF"]);
+  }
+}
+
+TEST(PurchaseEventTest, TellsTheMonitorWhatAMessageIsAbout) {
+  PurchaseValues purchase = renewal();
+  purchase.product->identifier = "caf\xC3\xA9 \xED\xA0\x80";
+  purchase.receipt[0].productID = purchase.product->identifier;
+  purchase.receipt[1] = purchase.receipt[0];
+  EXPECT_EQ(outcomeOfLiveObjects(purchase).diagnostics,
+            (std::vector<Diagnostic>{
+                {8,
+                 40024,
+                 "Subscription transaction with duplicate transaction date will be reported as "
+                 "invalid",
+                 {*purchase.product->identifier, std::uint64_t{2}}}}));
+  purchase.receipt.clear();
+  EXPECT_EQ(outcomeOfLiveObjects(purchase).diagnostics,
+            (std::vector<Diagnostic>{{8,
+                                      40020,
+                                      "Transaction missing in receipt will be reported as invalid",
+                                      {*purchase.product->identifier}}}));
+}
+
+TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
+  @autoreleasepool {
+    std::vector<Diagnostic> diagnostics;
+    StandInMonitor* const monitor = [[StandInMonitor alloc] initWithList:&diagnostics];
+    const NSUInteger before = [monitor retainCount];
+    QELSetDiagnosticsMonitor(monitor);
+    EXPECT_GT([monitor retainCount], before);
+    QELSetDiagnosticsMonitor(nil);
+    EXPECT_EQ([monitor retainCount], before);
+    QELInAppPurchaseEventParameters(nil, nil, nil);
+    EXPECT_TRUE(diagnostics.empty());
+    [monitor release];
+  }
+}
+
+// --- Introductory offers: what the platform and the product provide is asked at run time ---
+
+constexpr char kOfferPrice[] = "original_price";
+
+TEST(IntroductoryOfferTest, IsReadByNameWhereThePlatformHasIt) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    const Outcome outcome = outcomeOfLiveObjects(introductoryOffer());
+    ASSERT_TRUE(outcome.event.has_value());
+    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(1990000));
+    EXPECT_EQ(outcome.event->at(kOfferPrice), Outcome::Value(4990000));
+    const Asked lastQuestions(outcome.asked.end() - 7, outcome.asked.end());
+    EXPECT_EQ(lastQuestions,
+              (Asked{"product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
+                     "product.introductoryPrice", "discount.paymentMode", "discount.price",
+                     "transaction.payment", "payment.quantity"}));
+  });
+}
+
+TEST(IntroductoryOfferTest, LeavesThePriceOfAFreeTrialUnasked) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->introductoryPrice->paymentMode = 2;
+    const Outcome outcome = outcomeOfLiveObjects(purchase);
+    ASSERT_TRUE(outcome.event.has_value());
+    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(0));
+    EXPECT_EQ(outcome.asked.back(), "discount.paymentMode");
+  });
+}
+
+// Checks that the full price stands, and that `lastQuestion` was the last one asked.
+void expectFullPrice(const PurchaseValues& purchase, const std::string& lastQuestion) {
+  const Outcome outcome = outcomeOfLiveObjects(purchase);
+  ASSERT_TRUE(outcome.event.has_value());
+  EXPECT_EQ(outcome.event->at("price"), Outcome::Value(4990000));
+  EXPECT_EQ(outcome.event->count(kOfferPrice), 0u);
+  EXPECT_EQ(outcome.asked.back(), lastQuestion);
+}
+
+TEST(IntroductoryOfferTest, IsNotAskedForWithoutTheClass) {
+  ASSERT_EQ(NSClassFromString(@"SKProductDiscount"), Nil);
+  expectFullPrice(introductoryOffer(), "transaction.transactionDate");
+}
+
+TEST(IntroductoryOfferTest, IsNotAskedForWhenTheClassHasNoPrice) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({.answersPrice = false});
+    expectFullPrice(introductoryOffer(), "product.discountsAnswerPrice");
+  });
+}
+
+TEST(IntroductoryOfferTest, IsNotAskedForWhenTheClassHasNoPaymentMode) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({.answersPaymentMode = false});
+    expectFullPrice(introductoryOffer(), "product.discountsAnswerPaymentMode");
+  });
+}
+
+TEST(IntroductoryOfferTest, IsNotAskedOfAProductThatDoesNotAnswerIt) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->answersIntroductoryPrice = false;
+    expectFullPrice(purchase, "product.answersIntroductoryPrice");
+  });
+}
+
+TEST(IntroductoryOfferTest, ChangesNothingWhenTheProductHasNone) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->introductoryPrice.reset();
+    expectFullPrice(purchase, "product.introductoryPrice");
+  });
+}
+
+TEST(IntroductoryOfferTest, ChangesNothingWhenItHasNoPrice) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->introductoryPrice->price.reset();
+    expectFullPrice(purchase, "discount.price");
+  });
+}
+
+}  // namespace
+}  // namespace qel::testing

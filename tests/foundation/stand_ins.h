@@ -1,0 +1,78 @@
+// Objective-C objects that stand in for those of the store and of the app, under the same operation
+// names. Each answers from plain values, with fresh objects every time, and notes what it is asked.
+
+#ifndef QEL_TESTS_FOUNDATION_STAND_INS_H_
+#define QEL_TESTS_FOUNDATION_STAND_INS_H_
+
+#import <Foundation/Foundation.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "purchase_values.h"
+#import "qel/foundation.h"
+
+// All objects below read values that someone else keeps alive, and note in a list, which may be
+// null, what they are asked.
+
+// Answers the operations of an SKProduct before there were introductory offers.
+@interface StandInProduct : NSObject {
+ @protected
+  const qel::testing::ProductValues* values_;
+  qel::testing::Asked* asked_;
+}
+- (instancetype)initWithValues:(const qel::testing::ProductValues*)values
+                         asked:(qel::testing::Asked*)asked;
+@end
+
+// Answers introductoryPrice too.
+@interface StandInProductWithOffers : StandInProduct
+@end
+
+// Answers the operations of an SKPaymentTransaction.
+@interface StandInTransaction : NSObject {
+  const qel::testing::TransactionValues* values_;
+  qel::testing::Asked* asked_;
+}
+- (instancetype)initWithValues:(const qel::testing::TransactionValues*)values
+                         asked:(qel::testing::Asked*)asked;
+@end
+
+// An entry of the receipt.
+@interface StandInEntry : NSObject <QELInAppPurchaseItem> {
+  const qel::QELInAppPurchaseItem* values_;
+  qel::testing::Asked* asked_;
+}
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values
+                         asked:(qel::testing::Asked*)asked;
+@end
+
+// Keeps the messages it is told.
+@interface StandInMonitor : NSObject <QELDiagnosticsMonitor> {
+  std::vector<qel::testing::Diagnostic>* diagnostics_;
+}
+- (instancetype)initWithList:(std::vector<qel::testing::Diagnostic>*)diagnostics;
+@end
+
+namespace qel::testing {
+
+// Registers the class SKProductDiscount with the operations that `discountClass` says, or none.
+// A class stays for good: call it once in a process, and see inProcessOfItsOwn.
+void registerDiscountClass(const DiscountClass& discountClass);
+
+// A string of `text`, unpaired surrogates included; nil for absent.
+NSString* liveString(const std::optional<std::string>& text);
+
+// A decimal number of `text`; nil for absent.
+NSDecimalNumber* liveDecimal(const std::optional<std::string>& text);
+
+// The text of `string`, read unit by unit.
+std::string textOfLiveString(NSString* string);
+
+// What the entry point makes of `purchase` when its records are live objects.
+Outcome outcomeOfLiveObjects(const PurchaseValues& purchase);
+
+}  // namespace qel::testing
+
+#endif  // QEL_TESTS_FOUNDATION_STAND_INS_H_
