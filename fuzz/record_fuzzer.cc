@@ -129,16 +129,16 @@ JudgedJson parsedResult(std::string_view written) {
 
 void checkAccepted(const tool::Purchase& purchase, const JudgedPurchase& judged) {
   checkRead(purchase, judged);
-  std::string& diagnostics = tool::DiagnosticsCollector::ofThisThread();
+  tool::TextBuffer& diagnostics = tool::DiagnosticsCollector::ofThisThread();
   diagnostics.clear();
   const std::optional<EventParameters> event =
       QELInAppPurchaseEventParametersFromProductAndTransactionV2(
           purchase.productRecord(), purchase.transactionRecord(), purchase.receipt);
   const JudgedOutcome judgedOfPurchase = judgedOutcome(judged);
   for (const tool::Int64Form form : {tool::Int64Form::kNumber, tool::Int64Form::kString}) {
-    std::string written;
-    tool::appendResult(purchase.id, event, diagnostics, form, written);
-    const JudgedJson result = parsedResult(written);
+    tool::TextBuffer written;
+    tool::appendResult(purchase.id, event, diagnostics.text(), form, written);
+    const JudgedJson result = parsedResult(written.text());
     const JudgedJson* const id = result.find("id");
     check((id != nullptr) == judged.id.has_value() && (id == nullptr || id->text == *judged.id),
           "the id comes back");
@@ -164,9 +164,9 @@ void checkRejected(std::string_view line, const tool::LineError& error) {
     const bool isObject = json->kind == JudgedJson::Kind::kObject;
     if (isObject) check(id == idOf(*json), "the id of a rejected line comes back");
   }
-  std::string written;
+  tool::TextBuffer written;
   tool::appendError(id, 17, error, written);
-  const JudgedJson result = parsedResult(written);
+  const JudgedJson result = parsedResult(written.text());
   check(result.find("error")->find("message")->text == error.message, "the message comes back");
   check(result.find("error")->find("path")->text == error.path, "the path comes back");
 }

@@ -40,7 +40,7 @@ struct Counts {
 // A block of lines on its way through the stages, and what came of it.
 struct Work {
   LineBlock block;
-  std::string output;
+  TextBuffer output;
   Counts counts;
 };
 
@@ -52,12 +52,12 @@ void processLine(std::string_view line, std::uint64_t lineNumber, PurchaseReader
                  Int64Form int64Form, Work& work) {
   try {
     const Purchase& purchase = reader.read(line);
-    std::string& diagnostics = DiagnosticsCollector::ofThisThread();
+    TextBuffer& diagnostics = DiagnosticsCollector::ofThisThread();
     diagnostics.clear();
     const std::optional<EventParameters> event =
         QELInAppPurchaseEventParametersFromProductAndTransactionV2(
             purchase.productRecord(), purchase.transactionRecord(), purchase.receipt);
-    appendResult(purchase.id, event, diagnostics, int64Form, work.output);
+    appendResult(purchase.id, event, diagnostics.text(), int64Form, work.output);
     ++work.counts.read;
   } catch (const LineError& error) {
     appendError(idOfUnreadableLine(line), lineNumber, error, work.output);
@@ -168,7 +168,7 @@ class Run {
   void write(const Work& work) {
     if (writeError_) return;
     try {
-      writeAll(STDOUT_FILENO, work.output);
+      writeAll(STDOUT_FILENO, work.output.text());
     } catch (const std::system_error& error) {
       writeError_ = error.code();
       hasWriteFailed_ = true;

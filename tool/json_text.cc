@@ -84,31 +84,46 @@ bool startsWithSurrogate(std::string_view text) {
 }
 
 // Appends the escape of a code unit: \uXXXX.
-void appendEscapedUnit(unsigned unit, std::string& out) {
+void appendEscapedUnit(unsigned unit, TextBuffer& out) {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  out += "\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kDigits[(unit >> shift) & 0xF]);
+  out.append("\\u");
+  for (int shift = 12; shift >= 0; shift -= 4) out.append(kDigits[(unit >> shift) & 0xF]);
 }
 
-// Not 0 for a byte that a JSON string cannot hold as it is, or that may begin a surrogate and is
-// looked at more closely. A number, and no shortcuts, so that the compiler can look at many bytes
-// at once.
-constexpr unsigned char notPlain(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  // NOLINTBEGIN(readability-implicit-bool-conversion): bits to put together.
-  return static_cast<unsigned char>((byte < 0x20) | (byte == '"') | (byte == '\\') |
-                                    (byte == 0xED));
-  // NOLINTEND(readability-implicit-bool-conversion)
+// Whether a JSON string can hold the character as it is. What may begin a surrogate is not plain
+// either: it is looked at more closely.
+constexpr bool isPlain(char character) {
+  return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\' &&
+         character != '\xED';
+}
+
+// Whether all eight characters of `word` are plain, looked at together: a byte that becomes zero,
+// or that is less than 0x20, is found by the borrow into its highest bit.
+constexpr bool areAllPlain(std::uint64_t word) {
+  constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
+  constexpr std::uint64_t kHighBits = 0x80 * kOnes;
+  const auto lessThan = [](std::uint64_t bytes, unsigned char limit) {
+    return (bytes - limit * kOnes) & ~bytes & kHighBits;
+  };
+  const auto equalTo = [&lessThan](std::uint64_t bytes, unsigned char byte) {
+    return lessThan(bytes ^ (byte * kOnes), 1);
+  };
+  return (lessThan(word, 0x20) | equalTo(word, '"') | equalTo(word, '\\') | equalTo(word, 0xED)) ==
+         0;
 }
 
 bool isAllPlain(std::string_view text) {
-  unsigned char found = 0;
-  for (const char character : text) found |= notPlain(character);
-  return found == 0;
+  std::uint64_t word = 0;
+  while (text.size() >= sizeof(word)) {
+    std::memcpy(&word, text.data(), sizeof(word));
+    if (!areAllPlain(word)) return false;
+    text.remove_prefix(sizeof(word));
+  }
+  return std::all_of(text.begin(), text.end(), isPlain);
 }
 
 // Takes the character at the start of `text`, which is not plain, off it and appends it.
-void takeNotPlain(std::string_view& text, std::string& out) {
+void takeNotPlain(std::string_view& text, TextBuffer& out) {
   if (startsWithSurrogate(text)) {
     const auto payload = [&text](std::size_t i) {
       return static_cast<unsigned char>(text[i]) & 0x3FU;
@@ -121,21 +136,21 @@ void takeNotPlain(std::string_view& text, std::string& out) {
   text.remove_prefix(1);
   switch (character) {
     case '\xED':
-      out.push_back(character);
+      out.append(character);
       break;
     case '"':
     case '\\':
-      out.push_back('\\');
-      out.push_back(character);
+      out.append('\\');
+      out.append(character);
       break;
     case '\n':
-      out += "\\n";
+      out.append("\\n");
       break;
     case '\r':
-      out += "\\r";
+      out.append("\\r");
       break;
     case '\t':
-      out += "\\t";
+      out.append("\\t");
       break;
     default:
       appendEscapedUnit(static_cast<unsigned char>(character), out);
@@ -178,19 +193,20 @@ bool unescapeJsonString(std::string_view raw, std::string& out) {
   return true;
 }
 
-void appendJsonString(std::string_view text, std::string& out) {
-  out.push_back('"');
+void appendJsonString(std::string_view text, TextBuffer& out) {
+  out.append('"');
   if (isAllPlain(text)) {
-    out += text;
+    out.append(text);
     text = {};
   }
   while (!text.empty()) {
-    const auto plain = std::find_if(text.begin(), text.end(), notPlain) - text.begin();
-    out += text.substr(0, static_cast<std::size_t>(plain));
-    text.remove_prefix(static_cast<std::size_t>(plain));
+    const auto plain = static_cast<std::size_t>(
+        std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+    out.append(text.substr(0, plain));
+    text.remove_prefix(plain);
     if (!text.empty()) takeNotPlain(text, out);
   }
-  out.push_back('"');
+  out.append('"');
 }
 
 bool isJsonNumber(std::string_view text) {

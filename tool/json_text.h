@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "text_buffer.h"
+
 namespace qel::tool {
 
 // The raw text between the quotes of the JSON string whose first character is at the start of
@@ -20,7 +22,7 @@ std::optional<std::string_view> rawJsonString(std::string_view text);
 bool unescapeJsonString(std::string_view raw, std::string& out);
 
 // Appends `text` to `out` as a JSON string with its quotes.
-void appendJsonString(std::string_view text, std::string& out);
+void appendJsonString(std::string_view text, TextBuffer& out);
 
 // Whether `text` is a number in JSON syntax and nothing else.
 bool isJsonNumber(std::string_view text);

@@ -202,11 +202,11 @@ OptionalText readString(Source& source, json::value& value, const char* expected
   return unescaped(source, token.substr(1, token.rfind('"') - 1));
 }
 
-OptionalText readText(Source& source, json::value value) {
+OptionalText readText(Source& source, json::value& value) {
   return readString(source, value, "a string");
 }
 
-std::optional<bool> readBoolean(Source&, json::value value) {
+std::optional<bool> readBoolean(Source&, json::value& value) {
   bool boolean = false;
   if (value.get_bool().get(boolean) == simdjson::SUCCESS) return boolean;
   return absentOrFail(value, json::json_type::boolean, "true or false");
@@ -229,19 +229,19 @@ std::nullopt_t absentOrFailAsInteger(json::value& value, const char* expected) {
   return absentOrFail(value, json::json_type::number, expected);
 }
 
-std::optional<std::int64_t> readSigned(Source&, json::value value) {
+std::optional<std::int64_t> readSigned(Source&, json::value& value) {
   std::int64_t integer = 0;
   if (value.get_int64().get(integer) == simdjson::SUCCESS) return integer;
   return absentOrFailAsInteger(value, kSigned);
 }
 
-std::optional<std::uint64_t> readUnsigned(Source&, json::value value) {
+std::optional<std::uint64_t> readUnsigned(Source&, json::value& value) {
   std::uint64_t integer = 0;
   if (value.get_uint64().get(integer) == simdjson::SUCCESS) return integer;
   return absentOrFailAsInteger(value, kUnsigned);
 }
 
-std::optional<Decimal> readDecimal(Source& source, json::value value) {
+std::optional<Decimal> readDecimal(Source& source, json::value& value) {
   constexpr const char* kExpected =
       "a price: a JSON number, as such or in a string, of at most 38 digits and an exponent from "
       "-128 to 127, or the string \"NaN\"";
@@ -255,7 +255,7 @@ std::optional<Decimal> readDecimal(Source& source, json::value value) {
   return decimal;
 }
 
-std::optional<Instant> readInstant(Source& source, json::value value) {
+std::optional<Instant> readInstant(Source& source, json::value& value) {
   const OptionalText text = readText(source, value);
   if (!text.has_value()) return std::nullopt;
   const std::optional<Instant> instant = instantFromText(*text);
@@ -270,39 +270,60 @@ std::optional<Instant> readInstant(Source& source, json::value value) {
 template <typename Record>
 struct Field {
   std::string_view key;
-  void (*read)(Source& source, json::value value, Record& record);
+  void (*read)(Source& source, json::value& value, Record& record);
 };
 
 // Reads a value into a member of a record. Null leaves the member as it is: absent, or its default.
 template <auto kMember, auto kRead, typename Record>
-void into(Source& source, json::value value, Record& record) {
+void into(Source& source, json::value& value, Record& record) {
   if (const auto read = kRead(source, value)) record.*kMember = *read;
 }
+
+// The members of an object, one after the other.
+class Members {
+ public:
+  explicit Members(json::object& object)
+      : current_(valueOrFail(object.begin())), end_(valueOrFail(object.end())) {
+    load();
+  }
+
+  bool atEnd() const { return !(current_ != end_); }
+  json::raw_json_string key() const { return member_.value_unsafe().key(); }
+  json::value& value() { return member_.value_unsafe().value(); }
+
+  // The value must have been read.
+  void advance() {
+    ++current_;
+    load();
+  }
+
+ private:
+  void load() {
+    if (atEnd()) return;
+    // Constructed in its place: copying what has just been written word by word stalls the
+    // processor, for longer than the rest of reading a member takes.
+    std::construct_at(&member_, *current_);
+    failIf(member_.error());
+  }
+
+  json::object_iterator current_;
+  json::object_iterator end_;
+  simdjson::simdjson_result<json::field> member_;
+};
 
 // Whether the raw key is `key`, letter for letter.
 bool isKey(json::raw_json_string raw, std::string_view key) {
   return std::memcmp(raw.raw(), key.data(), key.size()) == 0 && raw.raw()[key.size()] == '"';
 }
 
-// The position in `fields` of the field with this key, or the number of fields when none has it.
-// Looks at `likely` first: keys mostly come in the order of the table.
-template <typename Record>
-std::size_t indexOf(Source& source, json::raw_json_string raw,
-                    std::span<const Field<Record>> fields, std::size_t likely) {
-  if (likely < fields.size() && isKey(raw, fields[likely].key)) return likely;
-  const std::string_view key = keyText(source, raw);
-  std::size_t index = 0;
-  while (index < fields.size() && fields[index].key != key) ++index;
-  return index;
-}
-
 // Reads an ignored value to its end, so that what is no JSON is found there too.
-void skip(Source& source, json::value value, int depth) {
+void skip(Source& source, json::value& value, int depth) {
   if (depth > kGreatestDepth) fail("expected values nested at most 1000 deep");
   switch (typeOf(value)) {
     case json::json_type::array:
       for (auto element : valueOrFail(value.get_array())) {
-        skip(source, valueOrFail(element), depth + 1);
+        json::value elementValue = valueOrFail(std::move(element));
+        skip(source, elementValue, depth + 1);
       }
       break;
     case json::json_type::object:
@@ -325,38 +346,77 @@ void skip(Source& source, json::value value, int depth) {
   }
 }
 
-// Reads the fields of an object into `record`. A key may stand once.
-template <typename Record>
-void readFields(Source& source, json::object object, std::span<const Field<Record>> fields,
-                Record& record) {
-  std::uint64_t seen = 0;
-  std::size_t likely = 0;
-  for (auto result : object) {
-    json::field member = valueOrFail(std::move(result));
-    const json::raw_json_string key = member.key();
-    const std::size_t index = indexOf(source, key, fields, likely);
-    try {
-      if (index == fields.size()) {
-        if (!source.ignoresUnknownKeys) fail("unknown key");
-        skip(source, member.value(), 0);
-        continue;
-      }
-      const std::uint64_t bit = std::uint64_t{1} << index;
-      if ((seen & bit) != 0) fail("duplicate key");
-      seen |= bit;
-      likely = index + 1;
-      fields[index].read(source, member.value(), record);
-    } catch (LineError& error) {
-      error.path.insert(0, pointerStep(keyText(source, key)));
-      throw;
+// Reads the values of an object's members into a record. A key may stand once.
+template <const auto& kFields, typename Record>
+class FieldsReader {
+ public:
+  FieldsReader(Source& source, json::object& object, Record& record)
+      : source_(source), members_(object), record_(record) {}
+
+  void read() { read(std::make_index_sequence<std::size(kFields)>()); }
+
+ private:
+  // Members mostly come in the order of the table. Expecting that, each is compared with one key,
+  // whose size is known when this is compiled. Then come those in another order.
+  template <std::size_t... kIndex>
+  void read(std::index_sequence<kIndex...>) {
+    ((isNext<kIndex>() ? readField<kIndex>() : void()), ...);
+    while (!members_.atEnd()) {
+      const std::string_view key = keyText(source_, members_.key());
+      const bool isKnown =
+          ((key == kFields[kIndex].key ? (readField<kIndex>(), true) : false) || ...);
+      if (!isKnown) readUnknown();
     }
   }
+
+  template <std::size_t kIndex>
+  bool isNext() const {
+    return !members_.atEnd() && isKey(members_.key(), kFields[kIndex].key);
+  }
+
+  template <std::size_t kIndex>
+  void readField() {
+    constexpr std::uint64_t kBit = std::uint64_t{1} << kIndex;
+    readMember([this](json::value& value) {
+      if ((seen_ & kBit) != 0) fail("duplicate key");
+      seen_ |= kBit;
+      kFields[kIndex].read(source_, value, record_);
+    });
+  }
+
+  void readUnknown() {
+    readMember([this](json::value& value) {
+      if (!source_.ignoresUnknownKeys) fail("unknown key");
+      skip(source_, value, 0);
+    });
+  }
+
+  template <typename Read>
+  void readMember(Read readValue) {
+    const json::raw_json_string key = members_.key();
+    try {
+      readValue(members_.value());
+    } catch (LineError& error) {
+      error.path.insert(0, pointerStep(keyText(source_, key)));
+      throw;
+    }
+    members_.advance();
+  }
+
+  Source& source_;
+  Members members_;
+  Record& record_;
+  std::uint64_t seen_ = 0;
+};
+
+template <const auto& kFields, typename Record>
+void readFields(Source& source, json::object object, Record& record) {
+  FieldsReader<kFields, Record>(source, object, record).read();
 }
 
 // Reads an object into `record`, which must be fresh. Gives false, and leaves it so, for null.
-template <typename Record, std::size_t kSize>
-bool readObject(Source& source, json::value value, const Field<Record> (&fields)[kSize],
-                Record& record) {
+template <const auto& kFields, typename Record>
+bool readObject(Source& source, json::value& value, Record& record) {
   json::object object;
   const simdjson::error_code error = value.get_object().get(object);
   if (error == simdjson::INCORRECT_TYPE) {
@@ -364,14 +424,13 @@ bool readObject(Source& source, json::value value, const Field<Record> (&fields)
     return false;
   }
   failIf(error);
-  readFields(source, object, std::span<const Field<Record>>(fields), record);
+  readFields<kFields>(source, object, record);
   return true;
 }
 
-template <typename Record, std::size_t kSize>
-void readObject(Source& source, json::value value, const Field<Record> (&fields)[kSize],
-                std::optional<Record>& record) {
-  if (!readObject(source, value, fields, record.emplace())) record.reset();
+template <const auto& kFields, typename Record>
+void readOptionalObject(Source& source, json::value& value, std::optional<Record>& record) {
+  if (!readObject<kFields>(source, value, record.emplace())) record.reset();
 }
 
 // The tables of keys, each in the order in which lines mostly give them.
@@ -393,16 +452,16 @@ constexpr Field<ReadProduct> kProductFields[] = {
     {"productIdentifier", into<&ReadProduct::readProductIdentifier, readText>},
     {"price", into<&ReadProduct::readPrice, readDecimal>},
     {"priceLocale",
-     [](Source& source, json::value value, ReadProduct& product) {
+     [](Source& source, json::value& value, ReadProduct& product) {
        ReadLocale locale;
-       readObject(source, value, kLocaleFields, locale);
+       readObject<kLocaleFields>(source, value, locale);
        product.readCurrencyCode = locale.currencyCode;
      }},
     {"localizedTitle", into<&ReadProduct::readLocalizedTitle, readText>},
     {"introductoryPrice",
-     [](Source& source, json::value value, ReadProduct& product) {
+     [](Source& source, json::value& value, ReadProduct& product) {
        product.readAnswersIntroductoryPrice = true;
-       readObject(source, value, kDiscountFields, product.readIntroductoryPrice);
+       readOptionalObject<kDiscountFields>(source, value, product.readIntroductoryPrice);
      }},
 };
 
@@ -417,13 +476,14 @@ constexpr Field<ReadPayment> kPaymentFields[] = {
 constexpr Field<ReadTransaction> kTransactionFields[] = {
     {"transactionIdentifier", into<&ReadTransaction::readTransactionIdentifier, readText>},
     {"originalTransaction",
-     [](Source& source, json::value value, ReadTransaction& transaction) {
-       readObject(source, value, kOriginalTransactionFields, transaction.readOriginalTransaction);
+     [](Source& source, json::value& value, ReadTransaction& transaction) {
+       readOptionalObject<kOriginalTransactionFields>(source, value,
+                                                      transaction.readOriginalTransaction);
      }},
     {"transactionDate", into<&ReadTransaction::readTransactionDate, readInstant>},
     {"payment",
-     [](Source& source, json::value value, ReadTransaction& transaction) {
-       readObject(source, value, kPaymentFields, transaction.readPayment);
+     [](Source& source, json::value& value, ReadTransaction& transaction) {
+       readOptionalObject<kPaymentFields>(source, value, transaction.readPayment);
      }},
 };
 
@@ -445,8 +505,8 @@ constexpr Field<ReadPlatform> kDiscountClassFields[] = {
 
 constexpr Field<ReadPlatform> kPlatformFields[] = {
     {"SKProductDiscount",
-     [](Source& source, json::value value, ReadPlatform& platform) {
-       platform.hasDiscountClass = readObject(source, value, kDiscountClassFields, platform);
+     [](Source& source, json::value& value, ReadPlatform& platform) {
+       platform.hasDiscountClass = readObject<kDiscountClassFields>(source, value, platform);
      }},
 };
 
@@ -461,7 +521,7 @@ QELInAppPurchaseItem& entryAt(ReadLine& line, std::size_t index) {
   return index < line.entries.size() ? line.entries[index] : line.entries.emplace_back();
 }
 
-void readReceipt(Source& source, json::value value, ReadLine& line) {
+void readReceipt(Source& source, json::value& value, ReadLine& line) {
   json::array array;
   const simdjson::error_code error = value.get_array().get(array);
   if (error == simdjson::INCORRECT_TYPE) {
@@ -472,8 +532,9 @@ void readReceipt(Source& source, json::value value, ReadLine& line) {
   QELInAppPurchaseItems& receipt = line.purchase.receipt;
   for (auto element : array) {
     try {
+      json::value object = valueOrFail(std::move(element));
       ReadEntry entry;
-      if (!readObject(source, valueOrFail(element), kEntryFields, entry)) {
+      if (!readObject<kEntryFields>(source, object, entry)) {
         failAsWrongType("an object", json::json_type::null);
       }
       QELInAppPurchaseItem& item = entryAt(line, receipt.size());
@@ -487,19 +548,19 @@ void readReceipt(Source& source, json::value value, ReadLine& line) {
 }
 
 constexpr Field<ReadLine> kLineFields[] = {
-    {"id", [](Source& source, json::value value,
+    {"id", [](Source& source, json::value& value,
               ReadLine& line) { line.purchase.id = readText(source, value); }},
     {"product",
-     [](Source& source, json::value value, ReadLine& line) {
-       readObject(source, value, kProductFields, line.purchase.product);
+     [](Source& source, json::value& value, ReadLine& line) {
+       readOptionalObject<kProductFields>(source, value, line.purchase.product);
      }},
     {"transaction",
-     [](Source& source, json::value value, ReadLine& line) {
-       readObject(source, value, kTransactionFields, line.purchase.transaction);
+     [](Source& source, json::value& value, ReadLine& line) {
+       readOptionalObject<kTransactionFields>(source, value, line.purchase.transaction);
      }},
     {"receipt", readReceipt},
-    {"platform", [](Source& source, json::value value,
-                    ReadLine& line) { readObject(source, value, kPlatformFields, line.platform); }},
+    {"platform", [](Source& source, json::value& value,
+                    ReadLine& line) { readObject<kPlatformFields>(source, value, line.platform); }},
 };
 
 }  // namespace
@@ -518,8 +579,7 @@ class PurchaseReader::Impl {
         valueOrFail(parser_.iterate(line.data(), line.size(), line.size() + kPadding));
     const json::json_type type = valueOrFail(document.type());
     if (type != json::json_type::object) failAsWrongType("an object", type);
-    readFields(source_, valueOrFail(document.get_object()),
-               std::span<const Field<ReadLine>>(kLineFields), line_);
+    readFields<kLineFields>(source_, valueOrFail(document.get_object()), line_);
     // Past the last token there is no location.
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
       failAsBroken("expected nothing after the object");

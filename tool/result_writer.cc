@@ -1,8 +1,5 @@
 #include "result_writer.h"
 
-#include <array>
-#include <charconv>
-#include <limits>
 #include <variant>
 
 #include "json_text.h"
@@ -10,65 +7,58 @@
 namespace qel::tool {
 namespace {
 
-template <typename Integer>
-void appendInteger(Integer integer, std::string& out) {
-  std::array<char, std::numeric_limits<Integer>::digits10 + 2> digits;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), integer);
-  out.append(digits.data(), end);
-}
-
-void appendId(const OptionalText& id, std::string& out) {
+void appendId(const OptionalText& id, TextBuffer& out) {
   if (!id.has_value()) return;
-  out += R"("id":)";
+  out.append(R"("id":)");
   appendJsonString(*id, out);
-  out.push_back(',');
+  out.append(',');
 }
 
-void appendValue(const QELValue& value, Int64Form int64Form, std::string& out) {
+void appendValue(const QELValue& value, Int64Form int64Form, TextBuffer& out) {
   if (const OptionalText string = value.stringValue()) {
     appendJsonString(*string, out);
-    return;
+  } else if (int64Form == Int64Form::kString) {
+    out.append('"');
+    out.append(value.int64Value());
+    out.append('"');
+  } else {
+    out.append(value.int64Value());
   }
-  const std::string_view quote = int64Form == Int64Form::kString ? "\"" : "";
-  out += quote;
-  appendInteger(value.int64Value(), out);
-  out += quote;
 }
 
-void appendEvent(const EventParameters& event, Int64Form int64Form, std::string& out) {
-  out.push_back('{');
-  std::string_view separator;
+void appendEvent(const EventParameters& event, Int64Form int64Form, TextBuffer& out) {
+  char before = '{';
   for (const auto& [key, value] : event) {
+    out.append(before);
     // No key has a character to escape.
-    out += separator;
-    out.push_back('"');
-    out += key;
-    out += "\":";
+    out.append('"');
+    out.append(key);
+    out.append("\":");
     appendValue(value, int64Form, out);
-    separator = ",";
+    before = ',';
   }
-  out.push_back('}');
+  out.append(event.empty() ? "{}" : "}");
 }
 
-void appendContext(const DiagnosticContext& context, std::string& out) {
+void appendContext(const DiagnosticContext& context, TextBuffer& out) {
   if (const auto* text = std::get_if<std::string_view>(&context)) {
     appendJsonString(*text, out);
   } else {
-    appendInteger(std::get<std::uint64_t>(context), out);
+    out.append(std::get<std::uint64_t>(context));
   }
 }
 
 // Appends a diagnostic as far as its list of contexts, which is left open.
-std::string& beginDiagnostic(int level, int messageCode, std::string_view message) {
-  std::string& out = DiagnosticsCollector::ofThisThread();
-  if (!out.empty()) out.push_back(',');
-  out += R"({"level":)";
-  appendInteger(level, out);
-  out += R"(,"code":)";
-  appendInteger(messageCode, out);
-  out += R"(,"message":)";
+TextBuffer& beginDiagnostic(int level, int messageCode, std::string_view message) {
+  TextBuffer& out = DiagnosticsCollector::ofThisThread();
+  if (!out.empty()) out.append(',');
+  out.append(R"({"level":)");
+  out.append(level);
+  out.append(R"(,"code":)");
+  out.append(messageCode);
+  out.append(R"(,"message":)");
   appendJsonString(message, out);
-  out += R"(,"context":[)";
+  out.append(R"(,"context":[)");
   return out;
 }
 
@@ -76,58 +66,58 @@ constexpr std::string_view kEndOfDiagnostic = "]}";
 
 }  // namespace
 
-std::string& DiagnosticsCollector::ofThisThread() {
-  thread_local std::string collected;
+TextBuffer& DiagnosticsCollector::ofThisThread() {
+  thread_local TextBuffer collected;
   return collected;
 }
 
 void DiagnosticsCollector::logWithLevel(int level, int messageCode, std::string_view message) {
-  beginDiagnostic(level, messageCode, message) += kEndOfDiagnostic;
+  beginDiagnostic(level, messageCode, message).append(kEndOfDiagnostic);
 }
 
 void DiagnosticsCollector::logWithLevel(int level, int messageCode, std::string_view message,
                                         const DiagnosticContext& context) {
-  std::string& out = beginDiagnostic(level, messageCode, message);
+  TextBuffer& out = beginDiagnostic(level, messageCode, message);
   appendContext(context, out);
-  out += kEndOfDiagnostic;
+  out.append(kEndOfDiagnostic);
 }
 
 void DiagnosticsCollector::logWithLevel(int level, int messageCode, std::string_view message,
                                         const DiagnosticContext& context1,
                                         const DiagnosticContext& context2) {
-  std::string& out = beginDiagnostic(level, messageCode, message);
+  TextBuffer& out = beginDiagnostic(level, messageCode, message);
   appendContext(context1, out);
-  out.push_back(',');
+  out.append(',');
   appendContext(context2, out);
-  out += kEndOfDiagnostic;
+  out.append(kEndOfDiagnostic);
 }
 
 void appendResult(const OptionalText& id, const std::optional<EventParameters>& event,
-                  std::string_view diagnostics, Int64Form int64Form, std::string& out) {
-  out.push_back('{');
+                  std::string_view diagnostics, Int64Form int64Form, TextBuffer& out) {
+  out.append('{');
   appendId(id, out);
-  out += R"("event":)";
+  out.append(R"("event":)");
   if (event.has_value()) {
     appendEvent(*event, int64Form, out);
   } else {
-    out += "null";
+    out.append("null");
   }
-  out += R"(,"diagnostics":[)";
-  out += diagnostics;
-  out += "]}\n";
+  out.append(R"(,"diagnostics":[)");
+  out.append(diagnostics);
+  out.append("]}\n");
 }
 
 void appendError(const OptionalText& id, std::uint64_t lineNumber, const LineError& error,
-                 std::string& out) {
-  out.push_back('{');
+                 TextBuffer& out) {
+  out.append('{');
   appendId(id, out);
-  out += R"("error":{"line":)";
-  appendInteger(lineNumber, out);
-  out += R"(,"path":)";
+  out.append(R"("error":{"line":)");
+  out.append(lineNumber);
+  out.append(R"(,"path":)");
   appendJsonString(error.path, out);
-  out += R"(,"message":)";
+  out.append(R"(,"message":)");
   appendJsonString(error.message, out);
-  out += "}}\n";
+  out.append("}}\n");
 }
 
 }  // namespace qel::tool

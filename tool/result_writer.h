@@ -5,13 +5,13 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "purchase_reader.h"
 #include "qel/event_parameters.h"
 #include "qel/measurement.h"
 #include "qel/text.h"
+#include "text_buffer.h"
 
 namespace qel::tool {
 
@@ -30,16 +30,16 @@ class DiagnosticsCollector : public DiagnosticsMonitor {
                     const DiagnosticContext& context1, const DiagnosticContext& context2) override;
 
   // What the calling thread has collected. Clear it before the next line.
-  static std::string& ofThisThread();
+  static TextBuffer& ofThisThread();
 };
 
 // Appends the line of a purchase: its id if it has one, its event or null, and its diagnostics.
 void appendResult(const OptionalText& id, const std::optional<EventParameters>& event,
-                  std::string_view diagnostics, Int64Form int64Form, std::string& out);
+                  std::string_view diagnostics, Int64Form int64Form, TextBuffer& out);
 
 // Appends the line of an input line that cannot be read. Lines count from 1.
 void appendError(const OptionalText& id, std::uint64_t lineNumber, const LineError& error,
-                 std::string& out);
+                 TextBuffer& out);
 
 }  // namespace qel::tool
 

@@ -14,9 +14,9 @@ std::optional<std::string> unescaped(std::string_view raw) {
 }
 
 std::string written(std::string_view text) {
-  std::string out;
+  TextBuffer out;
   appendJsonString(text, out);
-  return out;
+  return std::string(out.text());
 }
 
 // --- Finding the end of a string ---
@@ -164,6 +164,21 @@ TEST(AppendJsonStringTest, WritesCharactersOutsideAsciiAsTheyAre) {
 TEST(AppendJsonStringTest, WritesSurrogatesAsEscapes) {
   EXPECT_EQ(written("\xED\xA0\x80|\xED\xAF\xBF|\xED\xB0\x80|\xED\xBF\xBF"),
             R"("\ud800|\udbff|\udc00|\udfff")");
+}
+
+// Texts are looked at eight characters at a time, and the rest one by one.
+TEST(AppendJsonStringTest, SeesEveryCharacterInEveryPlace) {
+  constexpr std::size_t kSize = 19;
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string one(1, static_cast<char>(byte));
+    const std::string escaped = written(one).substr(1, written(one).size() - 2);
+    for (std::size_t place = 0; place < kSize; ++place) {
+      const std::string before(place, 'a');
+      const std::string after(kSize - 1 - place, '\x7F');
+      ASSERT_EQ(written(before + one + after), '"' + before + escaped + after + '"')
+          << byte << " at " << place;
+    }
+  }
 }
 
 TEST(AppendJsonStringTest, WritesWhatIsReadUnchanged) {

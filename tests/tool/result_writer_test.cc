@@ -10,15 +10,15 @@ namespace {
 
 std::string result(const OptionalText& id, const std::optional<EventParameters>& event,
                    std::string_view diagnostics = "", Int64Form form = Int64Form::kNumber) {
-  std::string out;
+  TextBuffer out;
   appendResult(id, event, diagnostics, form, out);
-  return out;
+  return std::string(out.text());
 }
 
 std::string error(const OptionalText& id, std::uint64_t line, const LineError& lineError) {
-  std::string out;
+  TextBuffer out;
   appendError(id, line, lineError, out);
-  return out;
+  return std::string(out.text());
 }
 
 EventParameters eventOfIntegers() {
@@ -72,10 +72,11 @@ TEST(ResultWriterTest, EscapesIdAndValues) {
 }
 
 TEST(ResultWriterTest, AppendsToWhatIsThere) {
-  std::string out = "before\n";
+  TextBuffer out;
+  out.append("before\n");
   appendResult(std::nullopt, std::nullopt, "", Int64Form::kNumber, out);
   appendError(std::nullopt, 2, {"", "m"}, out);
-  EXPECT_EQ(out,
+  EXPECT_EQ(out.text(),
             "before\n{\"event\":null,\"diagnostics\":[]}\n"
             "{\"error\":{\"line\":2,\"path\":\"\",\"message\":\"m\"}}\n");
 }
@@ -100,12 +101,12 @@ class DiagnosticsCollectorTest : public ::testing::Test {
 };
 
 TEST_F(DiagnosticsCollectorTest, CollectsNothingAtFirst) {
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread(), "");
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(), "");
 }
 
 TEST_F(DiagnosticsCollectorTest, WritesAnEmptyListWithoutContext) {
   collector_.logWithLevel(8, 40021, "text");
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread(),
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(),
             R"({"level":8,"code":40021,"message":"text","context":[]})");
 }
 
@@ -113,7 +114,7 @@ TEST_F(DiagnosticsCollectorTest, WritesTextAndNumberContexts) {
   collector_.logWithLevel(8, 40020, "text", std::string_view("month\"ly"));
   collector_.logWithLevel(-1, 40024, "te\\xt", std::string_view("monthly"),
                           std::numeric_limits<std::uint64_t>::max());
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread(),
+  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(),
             R"({"level":8,"code":40020,"message":"text","context":["month\"ly"]},)"
             R"({"level":-1,"code":40024,"message":"te\\xt",)"
             R"("context":["monthly",18446744073709551615]})");
@@ -122,7 +123,7 @@ TEST_F(DiagnosticsCollectorTest, WritesTextAndNumberContexts) {
 TEST_F(DiagnosticsCollectorTest, AResultHoldsWhatWasCollected) {
   collector_.logWithLevel(8, 40003, "one");
   collector_.logWithLevel(8, 40021, "two");
-  EXPECT_EQ(result(std::nullopt, std::nullopt, DiagnosticsCollector::ofThisThread()),
+  EXPECT_EQ(result(std::nullopt, std::nullopt, DiagnosticsCollector::ofThisThread().text()),
             R"({"event":null,"diagnostics":[{"level":8,"code":40003,"message":"one","context":[]},)"
             R"({"level":8,"code":40021,"message":"two","context":[]}]})"
             "\n");

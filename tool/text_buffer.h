@@ -1,0 +1,60 @@
+// Text that is appended to, piece by piece, many times over.
+
+#ifndef QEL_TOOL_TEXT_BUFFER_H_
+#define QEL_TOOL_TEXT_BUFFER_H_
+
+#include <algorithm>
+#include <charconv>
+#include <concepts>
+#include <cstddef>
+#include <limits>
+#include <string_view>
+#include <vector>
+
+namespace qel::tool {
+
+// What std::string is for, except that appending is inlined: a piece whose size is known to the
+// compiler becomes a store or two. Writing a line takes some forty pieces.
+class TextBuffer {
+ public:
+  // Valid until the buffer is changed.
+  std::string_view text() const { return {memory_.data(), size_}; }
+  bool empty() const { return size_ == 0; }
+
+  // Forgets the text, but not its memory.
+  void clear() { size_ = 0; }
+
+  void append(std::string_view piece) {
+    std::copy(piece.begin(), piece.end(), room(piece.size()));
+    size_ += piece.size();
+  }
+
+  void append(char character) {
+    *room(1) = character;
+    ++size_;
+  }
+
+  // Appends the decimal digits of `integer`, after a minus if it is negative.
+  void append(std::integral auto integer) {
+    constexpr std::size_t kLongest = std::numeric_limits<decltype(integer)>::digits10 + 2;
+    char* const digits = room(kLongest);
+    size_ +=
+        static_cast<std::size_t>(std::to_chars(digits, digits + kLongest, integer).ptr - digits);
+  }
+
+ private:
+  // Memory for `size` more characters.
+  char* room(std::size_t size) {
+    if (memory_.size() - size_ < size) grow(size);
+    return memory_.data() + size_;
+  }
+
+  void grow(std::size_t size) { memory_.resize(2 * (size_ + size)); }
+
+  std::vector<char> memory_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace qel::tool
+
+#endif  // QEL_TOOL_TEXT_BUFFER_H_
