@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <deque>
-#include <span>
 #include <utility>
 
 #include "json_text.h"
@@ -177,39 +176,40 @@ std::string_view keyText(Source& source, json::raw_json_string key) {
 
 json::json_type typeOf(json::value& value) { return valueOrFail(value.type()); }
 
-// What a value is that is not of the type `type`: absent when it is null; anything else fails.
-std::nullopt_t absentOrFail(json::value& value, json::json_type type, const char* expected) {
+// Takes null for a value that is absent, and fails for any other that is not of the type `type`.
+void takeNull(json::value& value, json::json_type type, const char* expected) {
   const json::json_type found = typeOf(value);
   bool isNull = false;
   if (found == json::json_type::null) {
-    if (value.is_null().get(isNull) != simdjson::SUCCESS || !isNull) failAsBroken(kNoWord);
-    return std::nullopt;
+    if (value.is_null().get(isNull) == simdjson::SUCCESS && isNull) return;
+    failAsBroken(kNoWord);
   }
   if (found != type) failAsWrongType(expected, found);
   failAsBroken(type == json::json_type::boolean ? kNoWord : kNoNumber);
 }
 
-// The readers of single values give nothing for null.
+// The readers of single values leave the destination as it is for null: absent, or its default.
+// They write to it in place, for the same reason that Members does.
 
-OptionalText readString(Source& source, json::value& value, const char* expected) {
+void readString(Source& source, json::value& value, const char* expected, OptionalText& text) {
   // From the opening quote to the next token of the line.
   const std::string_view token = value.raw_json_token();
   if (!token.starts_with('"')) {
-    return absentOrFail(value, json::json_type::string, expected);
+    takeNull(value, json::json_type::string, expected);
+    return;
   }
   json::raw_json_string string;
   failIf(value.get_raw_json_string().get(string));
-  return unescaped(source, token.substr(1, token.rfind('"') - 1));
+  text = unescaped(source, token.substr(1, token.rfind('"') - 1));
 }
 
-OptionalText readText(Source& source, json::value& value) {
-  return readString(source, value, "a string");
+void read(Source& source, json::value& value, OptionalText& text) {
+  readString(source, value, "a string", text);
 }
 
-std::optional<bool> readBoolean(Source&, json::value& value) {
-  bool boolean = false;
-  if (value.get_bool().get(boolean) == simdjson::SUCCESS) return boolean;
-  return absentOrFail(value, json::json_type::boolean, "true or false");
+void read(Source&, json::value& value, bool& boolean) {
+  if (value.get_bool().get(boolean) == simdjson::SUCCESS) return;
+  takeNull(value, json::json_type::boolean, "true or false");
 }
 
 std::string_view numberToken(json::value& value) {
@@ -218,52 +218,57 @@ std::string_view numberToken(json::value& value) {
   return token;
 }
 
-constexpr const char* kSigned = "an integer from -9223372036854775808 to 9223372036854775807";
-constexpr const char* kUnsigned = "an integer from 0 to 18446744073709551615";
-
-// Fails for a number that is no integer of the expected range; what is no number may be absent.
-std::nullopt_t absentOrFailAsInteger(json::value& value, const char* expected) {
+// Takes null, and fails for any other value that is no integer of the expected range.
+void takeNullForInteger(json::value& value, const char* expected) {
   if (typeOf(value) == json::json_type::number) {
     fail(std::string("expected ") + expected + ", found " + excerpt(numberToken(value)));
   }
-  return absentOrFail(value, json::json_type::number, expected);
+  takeNull(value, json::json_type::number, expected);
 }
 
-std::optional<std::int64_t> readSigned(Source&, json::value& value) {
+// `Destination` is the integer, or an optional one.
+template <typename Destination>
+requires std::assignable_from<Destination&, std::int64_t>
+void read(Source&, json::value& value, Destination& destination) {
   std::int64_t integer = 0;
-  if (value.get_int64().get(integer) == simdjson::SUCCESS) return integer;
-  return absentOrFailAsInteger(value, kSigned);
+  if (value.get_int64().get(integer) == simdjson::SUCCESS) {
+    destination = integer;
+  } else {
+    takeNullForInteger(value, "an integer from -9223372036854775808 to 9223372036854775807");
+  }
 }
 
-std::optional<std::uint64_t> readUnsigned(Source&, json::value& value) {
-  std::uint64_t integer = 0;
-  if (value.get_uint64().get(integer) == simdjson::SUCCESS) return integer;
-  return absentOrFailAsInteger(value, kUnsigned);
+void read(Source&, json::value& value, std::uint64_t& integer) {
+  if (value.get_uint64().get(integer) == simdjson::SUCCESS) return;
+  takeNullForInteger(value, "an integer from 0 to 18446744073709551615");
 }
 
-std::optional<Decimal> readDecimal(Source& source, json::value& value) {
+void read(Source& source, json::value& value, std::optional<Decimal>& decimal) {
   constexpr const char* kExpected =
       "a price: a JSON number, as such or in a string, of at most 38 digits and an exponent from "
       "-128 to 127, or the string \"NaN\"";
-  const bool isNumber = typeOf(value) == json::json_type::number;
-  const OptionalText written = isNumber ? numberToken(value) : readString(source, value, kExpected);
-  if (!written.has_value()) return std::nullopt;
-  const std::optional<Decimal> decimal = Decimal::fromString(*written);
+  OptionalText written;
+  if (typeOf(value) == json::json_type::number) {
+    written = numberToken(value);
+  } else {
+    readString(source, value, kExpected, written);
+  }
+  if (!written.has_value()) return;
+  decimal = Decimal::fromString(*written);
   if (!decimal.has_value()) {
     fail(std::string("expected ") + kExpected + ", found " + excerpt(*written));
   }
-  return decimal;
 }
 
-std::optional<Instant> readInstant(Source& source, json::value& value) {
-  const OptionalText text = readText(source, value);
-  if (!text.has_value()) return std::nullopt;
-  const std::optional<Instant> instant = instantFromText(*text);
+void read(Source& source, json::value& value, std::optional<Instant>& instant) {
+  OptionalText written;
+  read(source, value, written);
+  if (!written.has_value()) return;
+  instant = instantFromText(*written);
   if (!instant.has_value()) {
     fail("expected a date such as 2019-03-14T09:26:53Z or 2019-03-14T10:26:53.250+01:00, found " +
-         excerpt(*text));
+         excerpt(*written));
   }
-  return instant;
 }
 
 // A key of an object, and how its value is read into the record that the object stands for.
@@ -273,10 +278,10 @@ struct Field {
   void (*read)(Source& source, json::value& value, Record& record);
 };
 
-// Reads a value into a member of a record. Null leaves the member as it is: absent, or its default.
-template <auto kMember, auto kRead, typename Record>
+// Reads a value into a member of a record.
+template <auto kMember, typename Record>
 void into(Source& source, json::value& value, Record& record) {
-  if (const auto read = kRead(source, value)) record.*kMember = *read;
+  read(source, value, record.*kMember);
 }
 
 // The members of an object, one after the other.
@@ -336,13 +341,17 @@ void skip(Source& source, json::value& value, int depth) {
     case json::json_type::number:
       numberToken(value);
       break;
-    case json::json_type::string:
-      readText(source, value);
+    case json::json_type::string: {
+      OptionalText text;
+      read(source, value, text);
       break;
+    }
     case json::json_type::boolean:
-    case json::json_type::null:
-      readBoolean(source, value);
+    case json::json_type::null: {
+      bool boolean = false;
+      read(source, value, boolean);
       break;
+    }
   }
 }
 
@@ -420,7 +429,7 @@ bool readObject(Source& source, json::value& value, Record& record) {
   json::object object;
   const simdjson::error_code error = value.get_object().get(object);
   if (error == simdjson::INCORRECT_TYPE) {
-    absentOrFail(value, json::json_type::object, "an object");
+    takeNull(value, json::json_type::object, "an object");
     return false;
   }
   failIf(error);
@@ -436,8 +445,8 @@ void readOptionalObject(Source& source, json::value& value, std::optional<Record
 // The tables of keys, each in the order in which lines mostly give them.
 
 constexpr Field<ReadDiscount> kDiscountFields[] = {
-    {"price", into<&ReadDiscount::readPrice, readDecimal>},
-    {"paymentMode", into<&ReadDiscount::readPaymentMode, readUnsigned>},
+    {"price", into<&ReadDiscount::readPrice>},
+    {"paymentMode", into<&ReadDiscount::readPaymentMode>},
 };
 
 struct ReadLocale {
@@ -445,19 +454,19 @@ struct ReadLocale {
 };
 
 constexpr Field<ReadLocale> kLocaleFields[] = {
-    {"currencyCode", into<&ReadLocale::currencyCode, readText>},
+    {"currencyCode", into<&ReadLocale::currencyCode>},
 };
 
 constexpr Field<ReadProduct> kProductFields[] = {
-    {"productIdentifier", into<&ReadProduct::readProductIdentifier, readText>},
-    {"price", into<&ReadProduct::readPrice, readDecimal>},
+    {"productIdentifier", into<&ReadProduct::readProductIdentifier>},
+    {"price", into<&ReadProduct::readPrice>},
     {"priceLocale",
      [](Source& source, json::value& value, ReadProduct& product) {
        ReadLocale locale;
        readObject<kLocaleFields>(source, value, locale);
        product.readCurrencyCode = locale.currencyCode;
      }},
-    {"localizedTitle", into<&ReadProduct::readLocalizedTitle, readText>},
+    {"localizedTitle", into<&ReadProduct::readLocalizedTitle>},
     {"introductoryPrice",
      [](Source& source, json::value& value, ReadProduct& product) {
        product.readAnswersIntroductoryPrice = true;
@@ -466,21 +475,21 @@ constexpr Field<ReadProduct> kProductFields[] = {
 };
 
 constexpr Field<ReadOriginalTransaction> kOriginalTransactionFields[] = {
-    {"transactionIdentifier", into<&ReadOriginalTransaction::readTransactionIdentifier, readText>},
+    {"transactionIdentifier", into<&ReadOriginalTransaction::readTransactionIdentifier>},
 };
 
 constexpr Field<ReadPayment> kPaymentFields[] = {
-    {"quantity", into<&ReadPayment::readQuantity, readSigned>},
+    {"quantity", into<&ReadPayment::readQuantity>},
 };
 
 constexpr Field<ReadTransaction> kTransactionFields[] = {
-    {"transactionIdentifier", into<&ReadTransaction::readTransactionIdentifier, readText>},
+    {"transactionIdentifier", into<&ReadTransaction::readTransactionIdentifier>},
     {"originalTransaction",
      [](Source& source, json::value& value, ReadTransaction& transaction) {
        readOptionalObject<kOriginalTransactionFields>(source, value,
                                                       transaction.readOriginalTransaction);
      }},
-    {"transactionDate", into<&ReadTransaction::readTransactionDate, readInstant>},
+    {"transactionDate", into<&ReadTransaction::readTransactionDate>},
     {"payment",
      [](Source& source, json::value& value, ReadTransaction& transaction) {
        readOptionalObject<kPaymentFields>(source, value, transaction.readPayment);
@@ -488,19 +497,19 @@ constexpr Field<ReadTransaction> kTransactionFields[] = {
 };
 
 constexpr Field<ReadEntry> kEntryFields[] = {
-    {"productID", into<&ReadEntry::productID, readText>},
-    {"purchaseDateIA5String", into<&ReadEntry::purchaseDateIA5String, readText>},
-    {"purchaseType", into<&ReadEntry::purchaseType, readSigned>},
-    {"webOrderLineItemID", into<&ReadEntry::webOrderLineItemID, readSigned>},
-    {"transactionID", into<&ReadEntry::transactionID, readText>},
-    {"originalTransactionID", into<&ReadEntry::originalTransactionID, readText>},
-    {"isFreeTrial", into<&ReadEntry::isFreeTrial, readBoolean>},
-    {"isIntroductoryOffer", into<&ReadEntry::isIntroductoryOffer, readBoolean>},
+    {"productID", into<&ReadEntry::productID>},
+    {"purchaseDateIA5String", into<&ReadEntry::purchaseDateIA5String>},
+    {"purchaseType", into<&ReadEntry::purchaseType>},
+    {"webOrderLineItemID", into<&ReadEntry::webOrderLineItemID>},
+    {"transactionID", into<&ReadEntry::transactionID>},
+    {"originalTransactionID", into<&ReadEntry::originalTransactionID>},
+    {"isFreeTrial", into<&ReadEntry::isFreeTrial>},
+    {"isIntroductoryOffer", into<&ReadEntry::isIntroductoryOffer>},
 };
 
 constexpr Field<ReadPlatform> kDiscountClassFields[] = {
-    {"price", into<&ReadPlatform::discountsAnswerPrice, readBoolean>},
-    {"paymentMode", into<&ReadPlatform::discountsAnswerPaymentMode, readBoolean>},
+    {"price", into<&ReadPlatform::discountsAnswerPrice>},
+    {"paymentMode", into<&ReadPlatform::discountsAnswerPaymentMode>},
 };
 
 constexpr Field<ReadPlatform> kPlatformFields[] = {
@@ -525,7 +534,7 @@ void readReceipt(Source& source, json::value& value, ReadLine& line) {
   json::array array;
   const simdjson::error_code error = value.get_array().get(array);
   if (error == simdjson::INCORRECT_TYPE) {
-    absentOrFail(value, json::json_type::array, "an array");
+    takeNull(value, json::json_type::array, "an array");
     return;
   }
   failIf(error);
@@ -549,7 +558,7 @@ void readReceipt(Source& source, json::value& value, ReadLine& line) {
 
 constexpr Field<ReadLine> kLineFields[] = {
     {"id", [](Source& source, json::value& value,
-              ReadLine& line) { line.purchase.id = readText(source, value); }},
+              ReadLine& line) { read(source, value, line.purchase.id); }},
     {"product",
      [](Source& source, json::value& value, ReadLine& line) {
        readOptionalObject<kProductFields>(source, value, line.purchase.product);
