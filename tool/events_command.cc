@@ -144,8 +144,11 @@ class Run {
     progress_.erase();
   }
 
-  // What was written.
+  // What came of the lines that were read.
   const Counts& counts() const { return counts_; }
+
+  // How many lines of results were written.
+  std::uint64_t writtenLines() const { return writtenLines_; }
 
   // The failures of the two ends; no error where there was none.
   const std::error_code& readError() const { return readError_; }
@@ -166,6 +169,7 @@ class Run {
   }
 
   void write(const Work& work) {
+    counts_ += work.counts;
     if (writeError_) return;
     try {
       writeAll(STDOUT_FILENO, work.output.text());
@@ -174,9 +178,9 @@ class Run {
       hasWriteFailed_ = true;
       return;
     }
-    counts_ += work.counts;
+    writtenLines_ += work.counts.all();
     doneBytes_ += work.block.size;
-    progress_.update(doneBytes_, counts_.all());
+    progress_.update(doneBytes_, writtenLines_);
   }
 
   const EventsOptions& options_;
@@ -186,6 +190,7 @@ class Run {
   std::vector<Work> works_;
   std::size_t nextWork_ = 0;
   Counts counts_;
+  std::uint64_t writtenLines_ = 0;
   std::uint64_t doneBytes_ = 0;
   std::error_code readError_;
   std::error_code writeError_;
@@ -220,7 +225,7 @@ ExitStatus runEvents(const EventsOptions& options) {
   if (run.writeError()) complain("cannot write standard output", run.writeError());
   if (isInterrupted()) {
     std::fprintf(stderr, "qel-purchase: interrupted, %s written\n",
-                 counted(counts.all(), "line").c_str());
+                 counted(run.writtenLines(), "line").c_str());
   }
   std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
                counted(counts.read, "purchase").c_str(), counted(counts.rejected, "line").c_str());

@@ -42,15 +42,15 @@ std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const 
   const std::size_t needed = size + kReadSize + PurchaseReader::kPadding;
   // Doubled, so that a very long line is not copied again for every read.
   if (block.memory.size() < needed) block.memory.resize(std::max(needed, 2 * size));
-  if (!waitForInput(descriptor_)) return 0;
   const std::size_t room = block.memory.size() - size - PurchaseReader::kPadding;
-  while (true) {
+  while (waitForInput(descriptor_)) {
     const ssize_t count = read(descriptor_, block.memory.data() + size, room);
     if (count >= 0) return static_cast<std::size_t>(count);
     if (errno != EINTR && errno != EAGAIN) {
       throw std::system_error(errno, std::generic_category());
     }
   }
+  return 0;
 }
 
 bool LineBlockReader::next(LineBlock& block) {

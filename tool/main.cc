@@ -5,9 +5,13 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <csignal>
+#include <cstdint>
 #include <iostream>
+#include <limits>
 #include <string>
+#include <vector>
 
 #include "events_command.h"
 
@@ -38,6 +42,24 @@ void reserveStandardStreams() {
   }
 }
 
+// Takes a number from `least` to `most` in decimal digits, and nothing else: 010 is ten, and
+// neither 0x10 nor +5 is a number.
+CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most) {
+  const std::string range = "from " + std::to_string(least) + " to " + std::to_string(most);
+  return CLI::Validator(
+      [least, most, range](std::string& text) -> std::string {
+        std::uint64_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, number);
+        if (error != std::errc() || stop != end || number < least || number > most) {
+          return "expected a number " + range + ", found " + text;
+        }
+        text = std::to_string(number);
+        return "";
+      },
+      range);
+}
+
 // Writes a text that the command line asked for, such as the help.
 ExitStatus show(const std::string& text) {
   std::cout << text << std::flush;
@@ -46,11 +68,19 @@ ExitStatus show(const std::string& text) {
   return qel::tool::kFailed;
 }
 
+// Tells what is wrong with the command line.
+ExitStatus complain(const std::string& what) {
+  std::cerr << "qel-purchase: " << what << "\nTry 'qel-purchase --help'.\n";
+  return qel::tool::kFailed;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that goes away is an error to tell, not a reason to end in silence.
+  // A reader that goes away and a file that may not grow are errors to tell, not reasons to end in
+  // silence.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   reserveStandardStreams();
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
@@ -74,9 +104,9 @@ int main(int argc, char** argv) {
   events
       ->add_option("--first-line", options.firstLineNumber,
                    "Number of the first line, for a part of a larger input; by default 1")
-      ->check(CLI::PositiveNumber);
+      ->transform(wholeNumber(1, std::numeric_limits<std::uint64_t>::max()));
   events->add_option("--jobs", options.jobs, "Threads to work on; by default one for each core")
-      ->check(CLI::Range(1, 1024));
+      ->transform(wholeNumber(1, 1024));
   events->add_flag("--quiet", isQuiet, "Show no progress on a terminal");
 
   try {
@@ -85,9 +115,12 @@ int main(int argc, char** argv) {
     return show(app.help());
   } catch (const CLI::CallForVersion&) {
     return show(app.version() + "\n");
+  } catch (const CLI::RequiredError&) {
+    const std::vector<std::string> unknown = app.remaining();
+    return complain("expected the subcommand events" +
+                    (unknown.empty() ? "" : ", found " + unknown.front()));
   } catch (const CLI::ParseError& error) {
-    std::cerr << "qel-purchase: " << error.what() << "\nTry 'qel-purchase --help'.\n";
-    return qel::tool::kFailed;
+    return complain(error.what());
   }
 
   if (allowsUnknown) options.unknownKeys = qel::tool::PurchaseReader::UnknownKeys::kAreIgnored;

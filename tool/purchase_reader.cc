@@ -176,16 +176,20 @@ std::string_view keyText(Source& source, json::raw_json_string key) {
 
 json::json_type typeOf(json::value& value) { return valueOrFail(value.type()); }
 
-// Takes null for a value that is absent, and fails for any other that is not of the type `type`.
-void takeNull(json::value& value, json::json_type type, const char* expected) {
+// Fails unless a value that begins like a word or a number of JSON is one.
+void checkToken(json::json_type type, std::string_view token) {
+  const bool isWord = token == "true" || token == "false" || token == "null";
+  if (type == json::json_type::number && !isJsonNumber(token)) failAsBroken(kNoNumber);
+  if (type == json::json_type::boolean && !isWord) failAsBroken(kNoWord);
+  if (type == json::json_type::null && !isWord) failAsBroken(kNoWord);
+}
+
+// Takes null for a value that is absent, and fails for any other: it is not what is expected.
+void takeNull(json::value& value, const char* expected) {
   const json::json_type found = typeOf(value);
-  bool isNull = false;
-  if (found == json::json_type::null) {
-    if (value.is_null().get(isNull) == simdjson::SUCCESS && isNull) return;
-    failAsBroken(kNoWord);
-  }
-  if (found != type) failAsWrongType(expected, found);
-  failAsBroken(type == json::json_type::boolean ? kNoWord : kNoNumber);
+  checkToken(found, withoutTrailingSpace(value.raw_json_token()));
+  if (found != json::json_type::null) failAsWrongType(expected, found);
+  failIf(value.is_null().error());
 }
 
 // The readers of single values leave the destination as it is for null: absent, or its default.
@@ -195,7 +199,7 @@ void readString(Source& source, json::value& value, const char* expected, Option
   // From the opening quote to the next token of the line.
   const std::string_view token = value.raw_json_token();
   if (!token.starts_with('"')) {
-    takeNull(value, json::json_type::string, expected);
+    takeNull(value, expected);
     return;
   }
   json::raw_json_string string;
@@ -209,7 +213,7 @@ void read(Source& source, json::value& value, OptionalText& text) {
 
 void read(Source&, json::value& value, bool& boolean) {
   if (value.get_bool().get(boolean) == simdjson::SUCCESS) return;
-  takeNull(value, json::json_type::boolean, "true or false");
+  takeNull(value, "true or false");
 }
 
 std::string_view numberToken(json::value& value) {
@@ -223,7 +227,7 @@ void takeNullForInteger(json::value& value, const char* expected) {
   if (typeOf(value) == json::json_type::number) {
     fail(std::string("expected ") + expected + ", found " + excerpt(numberToken(value)));
   }
-  takeNull(value, json::json_type::number, expected);
+  takeNull(value, expected);
 }
 
 // `Destination` is the integer, or an optional one.
@@ -387,7 +391,7 @@ class FieldsReader {
   void readField() {
     constexpr std::uint64_t kBit = std::uint64_t{1} << kIndex;
     readMember([this](json::value& value) {
-      if ((seen_ & kBit) != 0) fail("duplicate key");
+      if ((seen_ & kBit) != 0) fail("duplicate key: expected each key once");
       seen_ |= kBit;
       kFields[kIndex].read(source_, value, record_);
     });
@@ -395,9 +399,18 @@ class FieldsReader {
 
   void readUnknown() {
     readMember([this](json::value& value) {
-      if (!source_.ignoresUnknownKeys) fail("unknown key");
+      if (!source_.ignoresUnknownKeys) failAsUnknown();
       skip(source_, value, 0);
     });
+  }
+
+  [[noreturn]] static void failAsUnknown() {
+    std::string message = "unknown key: expected ";
+    for (const auto& field : kFields) {
+      if (&field != std::begin(kFields)) message += &field == std::end(kFields) - 1 ? " or " : ", ";
+      message += field.key;
+    }
+    fail(std::move(message));
   }
 
   template <typename Read>
@@ -429,7 +442,7 @@ bool readObject(Source& source, json::value& value, Record& record) {
   json::object object;
   const simdjson::error_code error = value.get_object().get(object);
   if (error == simdjson::INCORRECT_TYPE) {
-    takeNull(value, json::json_type::object, "an object");
+    takeNull(value, "an object");
     return false;
   }
   failIf(error);
@@ -534,7 +547,7 @@ void readReceipt(Source& source, json::value& value, ReadLine& line) {
   json::array array;
   const simdjson::error_code error = value.get_array().get(array);
   if (error == simdjson::INCORRECT_TYPE) {
-    takeNull(value, json::json_type::array, "an array");
+    takeNull(value, "an array");
     return;
   }
   failIf(error);
@@ -587,7 +600,10 @@ class PurchaseReader::Impl {
     json::document document =
         valueOrFail(parser_.iterate(line.data(), line.size(), line.size() + kPadding));
     const json::json_type type = valueOrFail(document.type());
-    if (type != json::json_type::object) failAsWrongType("an object", type);
+    if (type != json::json_type::object) {
+      checkToken(type, withoutTrailingSpace(valueOrFail(document.raw_json_token())));
+      failAsWrongType("an object", type);
+    }
     readFields<kLineFields>(source_, valueOrFail(document.get_object()), line_);
     // Past the last token there is no location.
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {

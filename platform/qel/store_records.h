@@ -4,8 +4,9 @@
 // needed, in a fixed order, and not before. An app's library implements them over the store
 // framework; tests and tools implement them over plain data.
 //
-// A returned text or pointer belongs to the record that returned it. It stays valid until the same
-// operation is asked of that record again, or the record ends. No operation may throw.
+// A returned text or pointer belongs to the record that returned it. It stays valid until the call
+// of the component that asked for it returns, whatever else is asked meanwhile. No operation may
+// throw.
 //
 // Threads: a record is asked on the thread that called the component, and on no other.
 

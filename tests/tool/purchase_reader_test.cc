@@ -504,7 +504,7 @@ TEST_P(TypedKeyTest, RejectsTheKeyWhenItComesTwice) {
   const std::string member = withValue(R"("@":null)", name);
   std::string twice = once;
   twice.replace(twice.rfind(member), member.size(), member + ',' + member);
-  EXPECT_EQ(errorOf(twice), std::string(key.path) + " duplicate key");
+  EXPECT_EQ(errorOf(twice), std::string(key.path) + " duplicate key: expected each key once");
 }
 
 INSTANTIATE_TEST_SUITE_P(PurchaseReader, TypedKeyTest, ::testing::ValuesIn(kTypedKeys),
@@ -705,7 +705,12 @@ struct LevelCase {
   const char* name;
   const char* line;  // with @ for more members of the object at this level
   const char* path;
+  const char* keys;  // those that are known at this level
 };
+
+std::string unknownKey(const LevelCase& level, const std::string& path) {
+  return std::string(level.path) + path + " unknown key: expected " + level.keys;
+}
 
 std::ostream& operator<<(std::ostream& out, const LevelCase& level) { return out << level.line; }
 
@@ -713,20 +718,20 @@ class LevelTest : public ::testing::TestWithParam<LevelCase> {};
 
 TEST_P(LevelTest, RejectsAnUnknownKey) {
   EXPECT_EQ(errorOf(withValue(GetParam().line, R"("unknown":1)")),
-            std::string(GetParam().path) + "/unknown unknown key");
+            unknownKey(GetParam(), "/unknown"));
 }
 
 TEST_P(LevelTest, RejectsAKeyThatDiffersInLetterCaseOrLength) {
   for (const char* const key : {"ID", "Id", "i", "idd", "", "Price", "pric", "prices", "productid",
                                 "PRODUCTID", "quantit", "quantity "}) {
     EXPECT_EQ(errorOf(withValue(GetParam().line, withValue(R"("@":null)", key))),
-              std::string(GetParam().path) + '/' + key + " unknown key");
+              unknownKey(GetParam(), std::string("/") + key));
   }
 }
 
 TEST_P(LevelTest, WritesThePathAsAJsonPointer) {
   EXPECT_EQ(errorOf(withValue(GetParam().line, R"("a/b~c~1/\u002f\n":1)")),
-            std::string(GetParam().path) + "/a~1b~0c~01~1~1\n unknown key");
+            unknownKey(GetParam(), "/a~1b~0c~01~1~1\n"));
 }
 
 TEST_P(LevelTest, IgnoresUnknownKeysWhenAsked) {
@@ -751,22 +756,59 @@ TEST_P(LevelTest, FindsBrokenJsonInAnIgnoredValue) {
 INSTANTIATE_TEST_SUITE_P(
     PurchaseReader, LevelTest,
     ::testing::Values(
-        LevelCase{"Line", "{@}", ""}, LevelCase{"Product", R"({"product":{@}})", "/product"},
-        LevelCase{"PriceLocale", R"({"product":{"priceLocale":{@}}})", "/product/priceLocale"},
+        LevelCase{"Line", "{@}", "", "id, product, transaction, receipt or platform"},
+        LevelCase{"Product", R"({"product":{@}})", "/product",
+                  "productIdentifier, price, priceLocale, localizedTitle or introductoryPrice"},
+        LevelCase{"PriceLocale", R"({"product":{"priceLocale":{@}}})", "/product/priceLocale",
+                  "currencyCode"},
         LevelCase{"IntroductoryPrice", R"({"product":{"introductoryPrice":{@}}})",
-                  "/product/introductoryPrice"},
-        LevelCase{"Transaction", R"({"transaction":{@}})", "/transaction"},
+                  "/product/introductoryPrice", "price or paymentMode"},
+        LevelCase{"Transaction", R"({"transaction":{@}})", "/transaction",
+                  "transactionIdentifier, originalTransaction, transactionDate or payment"},
         LevelCase{"OriginalTransaction", R"({"transaction":{"originalTransaction":{@}}})",
-                  "/transaction/originalTransaction"},
-        LevelCase{"Payment", R"({"transaction":{"payment":{@}}})", "/transaction/payment"},
-        LevelCase{"Entry", R"({"receipt":[{},{@}]})", "/receipt/1"},
-        LevelCase{"Platform", R"({"platform":{@}})", "/platform"},
+                  "/transaction/originalTransaction", "transactionIdentifier"},
+        LevelCase{"Payment", R"({"transaction":{"payment":{@}}})", "/transaction/payment",
+                  "quantity"},
+        LevelCase{"Entry", R"({"receipt":[{},{@}]})", "/receipt/1",
+                  "productID, purchaseDateIA5String, purchaseType, webOrderLineItemID, "
+                  "transactionID, originalTransactionID, isFreeTrial or isIntroductoryOffer"},
+        LevelCase{"Platform", R"({"platform":{@}})", "/platform", "SKProductDiscount"},
         LevelCase{"DiscountClass", R"({"platform":{"SKProductDiscount":{@}}})",
-                  "/platform/SKProductDiscount"}),
+                  "/platform/SKProductDiscount", "price or paymentMode"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+TEST(PurchaseReaderTest, KeysInAnyOrderAreRead) {
+  Reader reader(UnknownKeys::kAreErrors);
+  const Purchase& purchase =
+      reader.read(R"({"transaction":{"payment":{"quantity":3},"transactionIdentifier":"t"},)"
+                  R"("product":{"localizedTitle":"n","productIdentifier":"p"},"id":"i"})");
+  EXPECT_EQ(purchase.id, "i");
+  EXPECT_EQ(purchase.product->readProductIdentifier, "p");
+  EXPECT_EQ(purchase.product->readLocalizedTitle, "n");
+  EXPECT_EQ(purchase.transaction->readTransactionIdentifier, "t");
+  EXPECT_EQ(purchase.transaction->readPayment->readQuantity, 3);
+}
+
+TEST(PurchaseReaderTest, AWordOrANumberThatIsBrokenOffIsBrokenWhereverItStands) {
+  const std::string word = "broken JSON: expected true, false or null";
+  const std::string number = "broken JSON: expected a number in JSON syntax";
+  EXPECT_EQ(errorOf("nul"), " " + word);
+  EXPECT_EQ(errorOf(" tru "), " " + word);
+  EXPECT_EQ(errorOf("1.x"), " " + number);
+  for (const char* const value : {"nul", "tru", "falsee", "nulll"}) {
+    EXPECT_EQ(errorOf(withValue(R"({"id":@})", value)), "/id " + word);
+    EXPECT_EQ(errorOf(withValue(R"({"product":@})", value)), "/product " + word);
+    EXPECT_EQ(errorOf(withValue(R"({"product":{"price":@}})", value)), "/product/price " + word);
+    EXPECT_EQ(errorOf(withValue(R"({"receipt":[@]})", value)), "/receipt/0 " + word);
+    EXPECT_EQ(errorOf(withValue(R"({"receipt":[{"isFreeTrial":@}]})", value)),
+              "/receipt/0/isFreeTrial " + word);
+  }
+  EXPECT_EQ(errorOf(R"({"id":1e})"), "/id " + number);
+  EXPECT_EQ(errorOf(R"({"receipt":-})"), "/receipt " + number);
+}
+
 TEST(PurchaseReaderTest, AKeyWrittenOnceWithAndOnceWithoutEscapesIsADuplicate) {
-  EXPECT_EQ(errorOf(R"({"id":"a","\u0069d":"b"})"), "/id duplicate key");
+  EXPECT_EQ(errorOf(R"({"id":"a","\u0069d":"b"})"), "/id duplicate key: expected each key once");
 }
 
 TEST(PurchaseReaderTest, AKeyMayComeAgainInAnotherObject) {
@@ -777,7 +819,7 @@ TEST(PurchaseReaderTest, AKeyMayComeAgainInAnotherObject) {
 
 TEST(PurchaseReaderTest, DuplicatesAreRejectedAlsoWhereUnknownKeysAreIgnored) {
   EXPECT_EQ(Reader(UnknownKeys::kAreIgnored).errorOf(R"({"id":"a","x":1,"x":2,"id":"b"})"),
-            "/id duplicate key");
+            "/id duplicate key: expected each key once");
 }
 
 TEST(PurchaseReaderTest, KnownKeysAreReadBesideIgnoredOnes) {
@@ -818,7 +860,8 @@ TEST(PurchaseReaderTest, RejectsValuesNestedDeeper) {
 
 TEST(PurchaseReaderTest, DeepNestingIsAnUnknownKeyOrAWrongTypeFirst) {
   const std::string deep = nested("[", "]", 100000);
-  EXPECT_EQ(errorOf(withValue(R"({"x":@})", deep)), "/x unknown key");
+  EXPECT_EQ(errorOf(withValue(R"({"x":@})", deep)),
+            "/x unknown key: expected id, product, transaction, receipt or platform");
   EXPECT_EQ(errorOf(withValue(R"({"product":@})", deep)),
             "/product expected an object, found an array");
   EXPECT_EQ(errorOf(deep), " expected an object, found an array");
