@@ -70,9 +70,9 @@ std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
 
   const std::optional<EventParameters> discount =
       QELDiscountParameters(event, product, transaction, multiplier);
+  if (!event.has_value()) return std::nullopt;
   if (discount.has_value()) event->merge(*discount);
-
-  if (event.has_value() && !hasRequiredKeys(*event)) event.reset();
+  if (!hasRequiredKeys(*event)) return std::nullopt;
   return event;
 }
 

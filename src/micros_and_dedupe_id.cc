@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -30,15 +31,17 @@ class StringValue {
  public:
   explicit StringValue(const std::optional<std::int64_t>& number) {
     if (!number.has_value()) return;
-    end_ = std::to_chars(characters_.begin(), characters_.end(), *number).ptr;
+    char* const begin = characters_.data();
+    size_ = static_cast<std::size_t>(std::to_chars(begin, begin + characters_.size(), *number).ptr -
+                                     begin);
   }
 
-  std::string_view text() const { return {characters_.begin(), end_}; }
+  std::string_view text() const { return {characters_.data(), size_}; }
 
  private:
   // A sign and 19 digits.
   std::array<char, 20> characters_;
-  char* end_ = characters_.begin();
+  std::size_t size_ = 0;
 };
 
 }  // namespace

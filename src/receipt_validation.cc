@@ -48,6 +48,11 @@ void reportSingleItem(const QELInAppPurchaseItem& item, EventParameters& result)
   setDedupeId(result, item, std::nullopt);
 }
 
+void reportInvalidSubscription(EventParameters& result) {
+  result.setFlag(ParameterKey::kInvalid);
+  result.setFlag(ParameterKey::kSubscription);
+}
+
 void reportNonRenewingSubscription(const QELInAppPurchaseItem& item, EventParameters& result) {
   result.setFlag(ParameterKey::kSubscription);
   setDedupeId(result, item, std::nullopt);
@@ -122,14 +127,15 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   const QELInAppPurchaseItems atDate =
       QELMatchingInAppPurchaseItems(*items, std::nullopt, transactionDate)
           .value_or(QELInAppPurchaseItems());
-  const bool isMissing = atDate.empty() && isSubscriptionLike(latest);
-  // Two entries at one date are reported as a subscription whatever they are.
-  const bool isAmbiguous = atDate.size() > 1;
-  if (isMissing || isAmbiguous) {
-    if (isMissing) log(message::kSubscriptionMissingInReceipt, *productIdentifier);
-    if (isAmbiguous) log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
-    parameters.setFlag(ParameterKey::kInvalid);
-    parameters.setFlag(ParameterKey::kSubscription);
+  if (atDate.empty() && isSubscriptionLike(latest)) {
+    log(message::kSubscriptionMissingInReceipt, *productIdentifier);
+    reportInvalidSubscription(parameters);
+    return parameters;
+  }
+  if (atDate.size() > 1) {
+    log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
+    // Whatever the entries are.
+    reportInvalidSubscription(parameters);
     return parameters;
   }
 

@@ -30,8 +30,11 @@ extern const std::string_view kQELParameterIsSubscriptionRenewal;
 // "product_id", "price", "value" and "currency"; a purchase that the receipt does not bear out is
 // an event with "invalid", not nothing.
 //
-// Each rejection and each decision is reported to QELMeasurement::monitor(), except the lack of a
-// price, of a quantity or of a currency code, which yields nothing in silence.
+// Rejections and decisions are reported to QELMeasurement::monitor(). Three cases are silent: an
+// event that in the end lacks its price, value or currency, for which nothing is returned (a free
+// trial and an offer bring a price of their own); a receipt's single entry that is neither a
+// subscription nor of a type that the store names; and an offer that cannot be asked for its price,
+// which leaves the product's.
 //
 // Never throws; ends the program when memory runs out. Threads: any, several calls at once, each
 // with its own arguments. The result belongs to the caller.

@@ -3,8 +3,9 @@
 #include <utf8/core.h>
 #include <utf8/unchecked.h>
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace qel {
 namespace {
@@ -40,25 +41,29 @@ char32_t payload(std::string_view text, std::size_t position) {
   return (byteAt(text, position + 1) & 0x0F) << 6 | (byteAt(text, position + 2) & 0x3F);
 }
 
-void joinSurrogatePairs(std::string& text) {
-  for (std::size_t high = text.find(kSurrogateLead); high != std::string::npos;
-       high = text.find(kSurrogateLead, high + 1)) {
+std::string withJoinedSurrogatePairs(std::string_view text) {
+  std::string joined;
+  joined.reserve(text.size());
+  std::size_t done = 0;
+  for (std::size_t high = text.find(kSurrogateLead); high != std::string_view::npos;
+       high = text.find(kSurrogateLead, std::max(high + 1, done))) {
     const std::size_t low = high + kSurrogateSize;
     if (!isSurrogate(text, high, Half::kHigh) || !isSurrogate(text, low, Half::kLow)) continue;
-    const char32_t character = 0x10000 + (payload(text, high) << 10 | payload(text, low));
-    std::array<char, 4> encoded;
-    utf8::unchecked::append(character, encoded.begin());
-    text.replace(high, 2 * kSurrogateSize, encoded.data(), encoded.size());
+    joined += text.substr(done, high - done);
+    utf8::unchecked::append(0x10000 + (payload(text, high) << 10 | payload(text, low)),
+                            std::back_inserter(joined));
+    done = low + kSurrogateSize;
   }
+  return joined += text.substr(done);
 }
 
 }  // namespace
 
 std::optional<std::string> utf8DataWithoutLoss(std::string text) {
   if (isAscii(text)) return text;
-  joinSurrogatePairs(text);
-  if (!utf8::is_valid(text.begin(), text.end())) return std::nullopt;
-  return text;
+  std::string joined = withJoinedSurrogatePairs(text);
+  if (!utf8::is_valid(joined.begin(), joined.end())) return std::nullopt;
+  return joined;
 }
 
 }  // namespace qel

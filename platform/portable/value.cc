@@ -18,9 +18,8 @@ QELValuePtr QELValue::initWithInt64(std::int64_t integer) {
 
 void QELValuePtr::release(const QELValue* value) {
   // A sole owner need not count down: nobody else can come to own the value.
-  const bool isLast = value->owners_.load(std::memory_order_acquire) == 1 ||
-                      value->owners_.fetch_sub(1, std::memory_order_acq_rel) == 1;
-  if (!isLast) return;
+  const bool hasSoleOwner = value->owners_.load(std::memory_order_acquire) == 1;
+  if (!hasSoleOwner && value->owners_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   value->~QELValue();
   ::operator delete(const_cast<QELValue*>(value));
 }
