@@ -1,3 +1,5 @@
+#include "event_builder.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -64,19 +66,25 @@ std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
   const OptionalText originalIdentifier =
       original != nullptr ? original->transactionIdentifier() : std::nullopt;
   const std::optional<Instant> date = transaction.transactionDate();
-  std::optional<EventParameters> event =
+  std::optional<EventParameters> validated =
       QELValidatedInAppPurchaseParameters(receiptItems, productIdentifier, transactionIdentifier,
                                           originalIdentifier, date, std::move(base));
 
   const std::optional<EventParameters> discount =
-      QELDiscountParameters(event, product, transaction, multiplier);
-  if (!event.has_value()) return std::nullopt;
-  if (discount.has_value()) event->merge(*discount);
-  if (!hasRequiredKeys(*event)) return std::nullopt;
-  return event;
+      QELDiscountParameters(validated, product, transaction, multiplier);
+  return completedEvent(std::move(validated), discount);
 }
 
 }  // namespace
+
+std::optional<EventParameters> completedEvent(std::optional<EventParameters> validated,
+                                              const std::optional<EventParameters>& discount) {
+  if (!validated.has_value()) return std::nullopt;
+  if (discount.has_value()) validated->merge(*discount);
+  if (!hasRequiredKeys(*validated)) return std::nullopt;
+  return validated;
+}
+
 }  // namespace qel
 
 std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAndTransactionV2(

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <string>
@@ -15,12 +16,13 @@ namespace qel {
 namespace {
 
 std::int64_t integerFromDecimal(const Decimal& amount) {
-  // 2^63, the first magnitude past the signed 64-bit range; -2^63 itself still fits.
+  // 2^63, the first magnitude past the signed 64-bit range. -2^63 would still fit, and is what is
+  // returned for whatever does not.
   constexpr double kTwoTo63 = 9223372036854775808.0;
   const double nearest = amount.doubleValue();
   // Converting a double that does not fit is undefined, so the range is tested first. Not a number
   // compares false with everything.
-  const bool fits = nearest >= -kTwoTo63 && nearest < kTwoTo63;
+  const bool fits = std::abs(nearest) < kTwoTo63;
   if (!fits) return std::numeric_limits<std::int64_t>::min();
   return static_cast<std::int64_t>(nearest);
 }
