@@ -12,9 +12,10 @@ from datetime import datetime, timezone
 
 
 def text(value):
-    """A std::string of any characters, an unpaired surrogate as the three bytes of its code point."""
+    """A std::string of any text, an unpaired surrogate as the three bytes of its code point."""
     data = value.encode("utf-8", "surrogatepass")
-    return 'std::string("{}", {})'.format("".join("\\{:03o}".format(byte) for byte in data), len(data))
+    escapes = "".join("\\{:03o}".format(byte) for byte in data)
+    return 'std::string("{}", {})'.format(escapes, len(data))
 
 
 def integer(value):
@@ -28,7 +29,8 @@ def boolean(value):
 
 def fields(values):
     """An initializer of those fields that have a value."""
-    return "{" + ", ".join(".{} = {}".format(name, value) for name, value in values if value is not None) + "}"
+    present = [".{} = {}".format(name, value) for name, value in values if value is not None]
+    return "{" + ", ".join(present) + "}"
 
 
 def optional(write, value):
@@ -91,7 +93,8 @@ def entry(record):
         ("isFreeTrial", optional(boolean, record.get("isFreeTrial"))),
         ("isIntroductoryOffer", optional(boolean, record.get("isIntroductoryOffer"))),
     ]
-    return "".join("    item.{} = {};\n".format(name, value) for name, value in values if value is not None)
+    present = [pair for pair in values if pair[1] is not None]
+    return "".join("    item.{} = {};\n".format(name, value) for name, value in present)
 
 
 def discount_class(platform):
@@ -105,17 +108,21 @@ def discount_class(platform):
 
 
 def value(content):
-    return "Outcome::Value({})".format(text(content) if isinstance(content, str) else
-                                       "std::int64_t{%s}" % integer(content))
+    if isinstance(content, str):
+        return "Outcome::Value({})".format(text(content))
+    return "Outcome::Value(std::int64_t{{{}}})".format(integer(content))
 
 
 def context(content):
-    return text(content) if isinstance(content, str) else "std::uint64_t{%d}" % content
+    if isinstance(content, str):
+        return "Diagnostic::Context({})".format(text(content))
+    return "Diagnostic::Context(std::uint64_t{{{}}})".format(content)
 
 
 def diagnostic(record):
-    contexts = ", ".join("Diagnostic::Context({})".format(context(content)) for content in record["context"])
-    return "{{{}, {}, {}, {{{}}}}}".format(record["level"], record["code"], text(record["message"]), contexts)
+    contexts = ", ".join(context(content) for content in record["context"])
+    message = text(record["message"])
+    return "{{{level}, {code}, {}, {{{}}}}}".format(message, contexts, **record)
 
 
 def example(number, purchase, golden):
@@ -147,13 +154,15 @@ def main():
         results = [json.loads(line) for line in file]
     assert len(purchases) == len(results)
     with open(output, "w", encoding="utf-8") as file:
-        file.write('#include "examples.h"\n\n#include <limits>\n\nnamespace qel::testing {\nnamespace {\n\n')
+        file.write('#include "examples.h"\n\n#include <limits>\n\n')
+        file.write("namespace qel::testing {\nnamespace {\n\n")
         for number, (purchase, result) in enumerate(zip(purchases, results)):
             assert purchase["id"] == result["id"]
             file.write(example(number, purchase, result))
         calls = ", ".join("example{}()".format(number) for number in range(len(purchases)))
-        file.write("}  // namespace\n\nstd::vector<Example> examplePurchases() {\n  return {" + calls)
-        file.write("};\n}\n\n}  // namespace qel::testing\n")
+        file.write("}  // namespace\n\n")
+        file.write("std::vector<Example> examplePurchases() {\n  return {" + calls + "};\n}\n\n")
+        file.write("}  // namespace qel::testing\n")
 
 
 if __name__ == "__main__":
