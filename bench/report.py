@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Prints the ratios that matter of what was measured, and draws it all as one picture.
 
-Usage: report.py EVENTS COMMAND PICTURE
+Usage: report.py EVENTS LIVE COMMAND PICTURE
 
-EVENTS is the JSON of qel-bench, COMMAND that of measure_command.py, PICTURE the SVG to write.
+EVENTS is the JSON of qel-bench, LIVE that of its benchmarks over live objects, COMMAND that of
+measure_command.py, PICTURE the SVG to write.
 """
 
 import json
@@ -38,10 +39,24 @@ def read_events(path):
         if run["run_type"] == "iteration":
             name = run["run_name"]
             assert run["time_unit"] == "ns", name
+            assert not run.get("error_occurred"), run.get("error_message")
             times[name] = min(run["cpu_time"], times.get(name, run["cpu_time"]))
             if "allocs" in run:
                 allocations[name] = round(run["allocs"])
     return times, allocations, report["context"]["load_avg"][0]
+
+
+def print_live_ratios(times):
+    """Prints what an event of live objects costs with either reader of dates."""
+    portable = times["BM_EventFoundation/renewal"]
+    platform = times["BM_EventFoundationFormatter/renewal"]
+    print("One renewal of live Foundation objects")
+    print("  {:20} {:8.1f} us".format("portable reader", portable / 1e3))
+    print(
+        "  {:20} {:8.1f} us   {:5.1f} x the portable reader's".format(
+            "platform's formatter", platform / 1e3, platform / portable
+        )
+    )
 
 
 def growth(times, prefix):
@@ -118,11 +133,13 @@ def draw(times, command):
 
 
 def main():
-    events, command_path, drawing = sys.argv[1:]
+    events, live, command_path, drawing = sys.argv[1:]
     times, allocations, load = read_events(events)
+    live_times, _, _ = read_events(live)
     with open(command_path, encoding="utf-8") as file:
         command = json.load(file)
     print_ratios(times, allocations, command)
+    print_live_ratios(live_times)
     if load > 1:
         print("The machine was not idle (load {:.1f}): measure again.".format(load))
     with open(drawing, "w", encoding="utf-8") as file:

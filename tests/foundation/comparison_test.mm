@@ -21,6 +21,7 @@ struct Platform {
   const char* name;
   DiscountClass discountClass;
   int purchases;
+  friend std::ostream& operator<<(std::ostream& out, const Platform& p) { return out << p.name; }
 };
 
 class ComparisonTest : public ::testing::TestWithParam<Platform> {};

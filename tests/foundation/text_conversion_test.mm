@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,7 @@ struct Case {
   const char* name;
   std::u16string utf16;
   std::string utf8;
+  friend std::ostream& operator<<(std::ostream& out, const Case& c) { return out << c.name; }
 };
 
 // The bytes were worked out by hand from table 3-6 of the Unicode standard.

@@ -17,6 +17,11 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
+// Of the same name for a caller in Objective-C++.
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 // One in-app purchase entry of an app's receipt, as the app's receipt parser reads it.
 NS_SWIFT_NAME(InAppPurchaseItem)
 @protocol QELInAppPurchaseItem <NSObject>
@@ -100,6 +105,10 @@ FOUNDATION_EXPORT NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventPa
 // Threads: safe from any thread, also while purchases are reported.
 FOUNDATION_EXPORT void QELSetDiagnosticsMonitor(id<QELDiagnosticsMonitor> _Nullable monitor)
     NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
+
+#ifdef __cplusplus
+}  // extern "C"
+#endif
 
 NS_ASSUME_NONNULL_END
 

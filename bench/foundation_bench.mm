@@ -1,0 +1,54 @@
+// What an event of live objects costs through the entry point of an app, with either reader of
+// dates.
+
+#include <benchmark/benchmark.h>
+
+#import "live_purchase.h"
+#import "platform_formatter.h"
+
+namespace qel::bench {
+namespace {
+
+using EntryPoint = NSDictionary<NSString*, id>* (*)(SKProduct*, SKPaymentTransaction*,
+                                                    NSArray<id<QELInAppPurchaseItem>>*);
+
+// Whether `entryPoint` finds the entry of a renewal whose date has `text` after its end.
+bool findsEntryWithTextAfterTheEnd(EntryPoint entryPoint, const char* text) {
+  SamplePurchase sample(2);
+  *sample.entries[1].purchaseDateIA5String += text;
+  const LivePurchase purchase = livePurchaseOf(sample);
+  NSDictionary* const event = entryPoint(purchase.product, purchase.transaction, purchase.receipt);
+  return [event count] > 0 && [event objectForKey:kQELParameterInAppPurchaseInvalid] == nil;
+}
+
+// Measures a renewal. Text after the end of a date tells the readers apart, so that neither is
+// measured in the other's name.
+void measureRenewal(benchmark::State& state, EntryPoint entryPoint, bool readsTextAfterTheEnd) {
+  @autoreleasepool {
+    if (!findsEntryWithTextAfterTheEnd(entryPoint, "") ||
+        findsEntryWithTextAfterTheEnd(entryPoint, "!") != readsTextAfterTheEnd) {
+      state.SkipWithError("not the reader of dates that was to be measured");
+      return;
+    }
+  }
+  const LivePurchase purchase = livePurchaseOf(SamplePurchase(2));
+  for (auto _ : state) {
+    @autoreleasepool {
+      benchmark::DoNotOptimize(
+          entryPoint(purchase.product, purchase.transaction, purchase.receipt));
+    }
+  }
+}
+
+void BM_EventFoundation(benchmark::State& state) {
+  measureRenewal(state, QELInAppPurchaseEventParameters, false);
+}
+BENCHMARK(BM_EventFoundation)->Name("BM_EventFoundation/renewal");
+
+void BM_EventFoundationFormatter(benchmark::State& state) {
+  measureRenewal(state, eventThroughPlatformFormatter, true);
+}
+BENCHMARK(BM_EventFoundationFormatter)->Name("BM_EventFoundationFormatter/renewal");
+
+}  // namespace
+}  // namespace qel::bench

@@ -1,0 +1,7 @@
+#import "platform_formatter.h"
+
+NSDictionary<NSString*, id>* qel::bench::eventThroughPlatformFormatter(
+    SKProduct* product, SKPaymentTransaction* transaction,
+    NSArray<id<QELInAppPurchaseItem>>* receipt) {
+  return QELInAppPurchaseEventParameters(product, transaction, receipt);
+}
