@@ -1,14 +1,10 @@
-#include "qel/receipt_matching.h"
+#include "receipt_matching.h"
 
 #include <algorithm>
 
-#include "qel/date_formatter.h"
+#include "qel/receipt_matching.h"
 
 namespace qel {
-namespace {
-
-// How the first of two things stands to the second.
-enum class ComparisonResult : signed char { kAscending = -1, kSame = 0, kDescending = 1 };
 
 ComparisonResult comparePurchaseDates(const DateFormatter& formatter,
                                       const QELInAppPurchaseItem& first,
@@ -16,15 +12,12 @@ ComparisonResult comparePurchaseDates(const DateFormatter& formatter,
   const std::optional<Instant> firstDate = formatter.dateFromString(first.purchaseDateIA5String);
   const std::optional<Instant> secondDate = formatter.dateFromString(second.purchaseDateIA5String);
   if (!firstDate.has_value()) return ComparisonResult::kSame;
-  // A dated entry goes after one without a date. Together with the line above this orders entries
-  // consistently when it is only asked whether a comparison gives descending.
   if (!secondDate.has_value()) return ComparisonResult::kDescending;
   if (*firstDate < *secondDate) return ComparisonResult::kAscending;
   if (*firstDate > *secondDate) return ComparisonResult::kDescending;
   return ComparisonResult::kSame;
 }
 
-}  // namespace
 }  // namespace qel
 
 std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
