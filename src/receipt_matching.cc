@@ -33,7 +33,8 @@ std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
   for (const qel::QELInAppPurchaseItem& item : items) {
     const std::optional<qel::Instant> itemDate =
         formatter.dateFromString(item.purchaseDateIA5String);
-    const bool isAtDate = itemDate.has_value() && itemDate == date;
+    // An absent date is never equal to a given one. Without a given one, this decides nothing.
+    const bool isAtDate = itemDate == date;
     const bool isOfProduct = qel::isEqual(item.productID, productIdentifier);
     if ((!isIdentifierGiven || isOfProduct) && (!date.has_value() || isAtDate)) {
       matching.emplace_back(item);

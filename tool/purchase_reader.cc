@@ -331,7 +331,7 @@ void skip(Source& source, json::value& value, int depth) {
   switch (typeOf(value)) {
     case json::json_type::array:
       for (auto element : valueOrFail(value.get_array())) {
-        json::value elementValue = valueOrFail(std::move(element));
+        json::value elementValue = valueOrFail(element);
         skip(source, elementValue, depth + 1);
       }
       break;
@@ -554,7 +554,7 @@ void readReceipt(Source& source, json::value& value, ReadLine& line) {
   QELInAppPurchaseItems& receipt = line.purchase.receipt;
   for (auto element : array) {
     try {
-      json::value object = valueOrFail(std::move(element));
+      json::value object = valueOrFail(element);
       ReadEntry entry;
       if (!readObject<kEntryFields>(source, object, entry)) {
         failAsWrongType("an object", json::json_type::null);

@@ -3,7 +3,6 @@
 #include <utf8/core.h>
 #include <utf8/unchecked.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
@@ -43,16 +42,17 @@ char32_t payload(std::string_view text, std::size_t position) {
 
 std::string withJoinedSurrogatePairs(std::string_view text) {
   std::string joined;
-  joined.reserve(text.size());
   std::size_t done = 0;
-  for (std::size_t high = text.find(kSurrogateLead); high != std::string_view::npos;
-       high = text.find(kSurrogateLead, std::max(high + 1, done))) {
+  std::size_t high = text.find(kSurrogateLead);
+  while (high != std::string_view::npos) {
     const std::size_t low = high + kSurrogateSize;
-    if (!isSurrogate(text, high, Half::kHigh) || !isSurrogate(text, low, Half::kLow)) continue;
-    joined += text.substr(done, high - done);
-    utf8::unchecked::append(0x10000 + (payload(text, high) << 10 | payload(text, low)),
-                            std::back_inserter(joined));
-    done = low + kSurrogateSize;
+    if (isSurrogate(text, high, Half::kHigh) && isSurrogate(text, low, Half::kLow)) {
+      joined += text.substr(done, high - done);
+      utf8::unchecked::append(0x10000 + (payload(text, high) << 10 | payload(text, low)),
+                              std::back_inserter(joined));
+      done = low + kSurrogateSize;
+    }
+    high = text.find(kSurrogateLead, low);
   }
   return joined += text.substr(done);
 }

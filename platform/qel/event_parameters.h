@@ -17,7 +17,7 @@ namespace qel {
 // Every key that an event can hold, in ascending order of the key's text. Amounts are in micros of
 // the currency; a flag is the integer 1 and is otherwise left out.
 enum class ParameterKey : std::uint8_t {
-  kDedupeId,           // integer: the deduplication identifier, -1 without the identifiers it needs, 0 for ill-formed ones
+  kDedupeId,           // integer: the deduplication identifier; -1 and 0 tell that there is none
   kCurrency,           // string: currency code of the product's locale
   kFreeTrial,          // flag: the purchase is a free trial
   kInvalid,            // flag: the receipt does not bear the purchase out
