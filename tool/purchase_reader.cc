@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstring>
 #include <deque>
+#include <iterator>
+#include <memory>
 #include <utility>
 
 #include "json_text.h"
