@@ -77,7 +77,7 @@ std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
 
 }  // namespace
 
-std::optional<EventParameters> completedEvent(std::optional<EventParameters> validated,
+std::optional<EventParameters> completedEvent(std::optional<EventParameters>&& validated,
                                               const std::optional<EventParameters>& discount) {
   if (!validated.has_value()) return std::nullopt;
   if (discount.has_value()) validated->merge(*discount);

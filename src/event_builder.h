@@ -9,9 +9,10 @@
 
 namespace qel {
 
-// Lays `discount`, if there is one, over the validated parameters. Returns nothing when they are
-// nothing, or when what came of them lacks "price", "value", "currency" or "product_id".
-std::optional<EventParameters> completedEvent(std::optional<EventParameters> validated,
+// Takes the validated parameters over and lays `discount`, if there is one, over them. Returns
+// nothing when they are nothing, or when what came of them lacks "price", "value", "currency" or
+// "product_id".
+std::optional<EventParameters> completedEvent(std::optional<EventParameters>&& validated,
                                               const std::optional<EventParameters>& discount);
 
 }  // namespace qel

@@ -95,7 +95,7 @@ void reportAutoRenewableSubscription(const QELInAppPurchaseItem& item,
 std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
     const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,
-    const std::optional<Instant>& transactionDate, EventParameters parameters) {
+    const std::optional<Instant>& transactionDate, EventParameters&& parameters) {
   if (parameters.empty()) return std::nullopt;
   if (isEmpty(productIdentifier)) return std::nullopt;
   // A warning only: the purchase may still be classified by the receipt.

@@ -18,13 +18,13 @@ namespace qel {
 // the receipt's one entry is no subscription and has mismatched identifiers, and nothing comes back
 // when they or the identifier is empty.
 //
-// The transaction's own identifier, that of its original transaction, and its date may be absent.
-// Each decision is reported to the monitor, but for one: a single entry that is neither a
-// subscription nor of a type that the store names gets its "_did" in silence.
+// Takes `parameters` over. The transaction's own identifier, that of its original transaction, and
+// its date may be absent. Each decision is reported to the monitor, but for one: a single entry
+// that is neither a subscription nor of a type that the store names gets its "_did" in silence.
 std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
     const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,
-    const std::optional<Instant>& transactionDate, EventParameters parameters);
+    const std::optional<Instant>& transactionDate, EventParameters&& parameters);
 
 }  // namespace qel
 

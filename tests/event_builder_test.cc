@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "discount_parameters.h"
 #include "purchase_fixtures.h"
@@ -454,7 +455,8 @@ TEST(CompletedEventTest, NeedsEachRequiredKeyAndNoOther) {
     for (unsigned i = 0; i < kRequired.size(); ++i) {
       if ((present >> i & 1) != 0) validated.set(kRequired[i], QELValue::initWithInt64(i));
     }
-    EXPECT_EQ(completedEvent(validated, std::nullopt).has_value(), present == 15) << present;
+    EXPECT_EQ(completedEvent(std::move(validated), std::nullopt).has_value(), present == 15)
+        << present;
   }
 }
 

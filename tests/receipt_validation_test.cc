@@ -20,7 +20,7 @@ class ReceiptValidationTest : public ::testing::Test {
 
   std::optional<EventParameters> validated() const {
     return QELValidatedInAppPurchaseParameters(listOf(receipt), productIdentifier, transaction,
-                                               originalTransaction, date, base);
+                                               originalTransaction, date, EventParameters(base));
   }
 
   // The base parameters with `added`.
