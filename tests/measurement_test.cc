@@ -1,9 +1,12 @@
 #include "qel/measurement.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "recording_monitor.h"
 
@@ -55,6 +58,30 @@ TEST_F(MeasurementTest, MonitorInUseOutlivesItsRemoval) {
   QELMeasurement::setMonitor(nullptr);
   inUse->logWithLevel(8, 40021, "still here");
   EXPECT_EQ(inUse.use_count(), 1);
+}
+
+TEST_F(MeasurementTest, EveryThreadFindsTheMonitorAndItsRemoval) {
+  auto monitor = std::make_shared<RecordingMonitor>();
+  // One thread after the other, so that each is new; more of them than a table would have rows.
+  const auto seenByThreads = [] {
+    std::vector<std::shared_ptr<DiagnosticsMonitor>> seen(100);
+    for (auto& one : seen) std::thread([&one] { one = QELMeasurement::monitor(); }).join();
+    return seen;
+  };
+  QELMeasurement::setMonitor(monitor);
+  EXPECT_THAT(seenByThreads(), ::testing::Each(monitor));
+  QELMeasurement::setMonitor(nullptr);
+  EXPECT_THAT(seenByThreads(), ::testing::Each(nullptr));
+  EXPECT_EQ(monitor.use_count(), 1);
+}
+
+TEST_F(MeasurementTest, MonitorThatIsInstalledAgainIsTheSame) {
+  const auto monitor = std::make_shared<RecordingMonitor>();
+  QELMeasurement::setMonitor(monitor);
+  QELMeasurement::setMonitor(QELMeasurement::monitor());
+  EXPECT_EQ(QELMeasurement::monitor(), monitor);
+  QELMeasurement::setMonitor(nullptr);
+  EXPECT_EQ(monitor.use_count(), 1);
 }
 
 // A monitor that asks for the installed one as it ends.

@@ -1,17 +1,30 @@
 #include "qel/measurement.h"
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <mutex>
 #include <utility>
 
 namespace qel {
 namespace {
 
+// The monitor as some of the threads find it. Asking for it writes to the lock and to the count of
+// owners, and threads that write to the same cache line wait for one another: so each slot has a
+// line, a lock and a count of its own.
+struct alignas(64) Slot {
+  std::mutex mutex;
+  std::shared_ptr<DiagnosticsMonitor> monitor;
+};
+
+constexpr std::size_t kSlots = 32;
+
 struct InstalledMonitor {
   // Whether there is one, so that without one nothing is locked.
   std::atomic<bool> isPresent = false;
-  std::mutex mutex;
-  std::shared_ptr<DiagnosticsMonitor> monitor;
+  // Held while the slots are filled, so that all end with the same monitor.
+  std::mutex installing;
+  std::array<Slot, kSlots> slots;
 };
 
 // Never destroyed, so that threads may still log while the program ends.
@@ -20,22 +33,42 @@ InstalledMonitor& installedMonitor() {
   return *installed;
 }
 
+// Threads take the slots in turn.
+Slot& slotOfThisThread() {
+  static std::atomic<std::size_t> threads = 0;
+  thread_local const std::size_t thread = threads++;
+  return installedMonitor().slots[thread % kSlots];
+}
+
+// A pointer to the same monitor with a count of its own.
+std::shared_ptr<DiagnosticsMonitor> separatelyCounted(
+    const std::shared_ptr<DiagnosticsMonitor>& monitor) {
+  if (monitor == nullptr) return nullptr;
+  const auto owner = std::make_shared<std::shared_ptr<DiagnosticsMonitor>>(monitor);
+  return {owner, monitor.get()};
+}
+
 }  // namespace
 
 std::shared_ptr<DiagnosticsMonitor> QELMeasurement::monitor() {
-  InstalledMonitor& installed = installedMonitor();
-  if (!installed.isPresent) return nullptr;
-  const std::lock_guard lock(installed.mutex);
-  return installed.monitor;
+  if (!installedMonitor().isPresent) return nullptr;
+  Slot& slot = slotOfThisThread();
+  const std::lock_guard lock(slot.mutex);
+  return slot.monitor;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): it is kept, once in each slot.
 void QELMeasurement::setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor) {
   InstalledMonitor& installed = installedMonitor();
-  const std::lock_guard lock(installed.mutex);
+  // What was installed ends after the locks are released: its destructor may log, or install.
+  std::array<std::shared_ptr<DiagnosticsMonitor>, kSlots> before;
+  const std::lock_guard installing(installed.installing);
   installed.isPresent = monitor != nullptr;
-  // Swapped, so that the monitor before ends outside the lock, when `monitor` does: its destructor
-  // may log.
-  installed.monitor.swap(monitor);
+  for (std::size_t i = 0; i < kSlots; ++i) {
+    before[i] = separatelyCounted(monitor);
+    const std::lock_guard lock(installed.slots[i].mutex);
+    installed.slots[i].monitor.swap(before[i]);
+  }
 }
 
 }  // namespace qel
