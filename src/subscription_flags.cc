@@ -16,7 +16,12 @@ void QELMaybeAddSubscriptionParameters(EventParameters& parameters, QELInAppPurc
   if (items.empty()) return;
   if (isFirstPurchase(item)) return;
 
-  const auto position = std::find(items.begin(), items.end(), item);
+  // Entries that are equal count as one. Nearly always it is the very entry, which need not be
+  // compared field by field.
+  const auto position =
+      std::find_if(items.begin(), items.end(), [&item](const QELInAppPurchaseItem& candidate) {
+        return &candidate == &item || candidate == item;
+      });
   const bool hasPrevious = position != items.begin() && position != items.end();
   const bool followsFreeTrial = hasPrevious && std::prev(position)->get().isFreeTrial;
   parameters.setFlag(followsFreeTrial ? ParameterKey::kSubConvert : ParameterKey::kSubRenew);

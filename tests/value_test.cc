@@ -25,6 +25,21 @@ TEST(ValueTest, IntegerHasNoString) {
   EXPECT_EQ(QELValue::initWithInt64(1)->stringValue(), std::nullopt);
 }
 
+TEST(ValueTest, ZeroAndOneAreAlwaysTheSameObject) {
+  for (const std::int64_t integer : {0, 1}) {
+    const QELValuePtr first = QELValue::initWithInt64(integer);
+    QELValuePtr copy = first;
+    copy = nullptr;
+    // They outlive any number of owners.
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(QELValue::initWithInt64(integer), first);
+    EXPECT_EQ(first->int64Value(), integer);
+    EXPECT_EQ(first->stringValue(), std::nullopt);
+  }
+  EXPECT_NE(QELValue::initWithInt64(0), QELValue::initWithInt64(1));
+  EXPECT_NE(QELValue::initWithInt64(2), QELValue::initWithInt64(2));
+  EXPECT_NE(QELValue::initWithInt64(-1), QELValue::initWithInt64(-1));
+}
+
 TEST(ValueTest, StringIsReadBack) {
   EXPECT_EQ(QELValue::initWithString("EUR")->stringValue(), "EUR");
   EXPECT_EQ(QELValue::initWithString("")->stringValue(), "");
@@ -44,7 +59,7 @@ TEST(ValueTest, StringReadsTheIntegerZero) {
 }
 
 TEST(ValueTest, EqualWhenKindAndContentAre) {
-  EXPECT_EQ(*QELValue::initWithInt64(1), *QELValue::initWithInt64(1));
+  EXPECT_EQ(*QELValue::initWithInt64(7), *QELValue::initWithInt64(7));
   EXPECT_EQ(*QELValue::initWithString("1"), *QELValue::initWithString("1"));
   EXPECT_FALSE(*QELValue::initWithInt64(1) == *QELValue::initWithInt64(2));
   EXPECT_FALSE(*QELValue::initWithString("1") == *QELValue::initWithString("2"));
@@ -61,9 +76,9 @@ TEST(ValuePtrTest, OwnsNothingAtFirst) {
 }
 
 TEST(ValuePtrTest, EqualWhenItOwnsTheSameValue) {
-  const QELValuePtr value = QELValue::initWithInt64(1);
+  const QELValuePtr value = QELValue::initWithInt64(7);
   const std::vector<QELValuePtr> copies(2, value);
-  const QELValuePtr other = QELValue::initWithInt64(1);
+  const QELValuePtr other = QELValue::initWithInt64(7);
   EXPECT_EQ(copies[0], value);
   EXPECT_EQ(copies[1].get(), value.get());
   EXPECT_NE(value, other);

@@ -24,6 +24,8 @@ class QELValue {
   // Makes a value of a copy of `string`.
   static QELValuePtr initWithString(std::string_view string);
 
+  // Makes a value of `integer`. For 0 and 1, which are the flags and most quantities, it is always
+  // the same object.
   static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
@@ -46,13 +48,17 @@ class QELValue {
  private:
   friend class QELValuePtr;
 
-  QELValue(bool isString, std::int64_t number) : isString_(isString), number_(number) {}
+  // What `owners_` of a value is that nobody owns, and that never ends.
+  static constexpr std::uint32_t kNotCounted = 0;
+
+  constexpr QELValue(bool isString, std::int64_t number, std::uint32_t owners)
+      : owners_(owners), isString_(isString), number_(number) {}
   ~QELValue() = default;
 
   // How many pointers own the value. It is kept here, and the characters of a string right behind
   // the value, so that a value is one block of memory: making values is a large part of what an
   // event costs.
-  mutable std::atomic<std::uint32_t> owners_ = 1;
+  mutable std::atomic<std::uint32_t> owners_;
   const bool isString_;
   // The integer, or the size of the string in bytes.
   const std::int64_t number_;
@@ -67,7 +73,7 @@ class QELValuePtr {
   // NOLINTNEXTLINE(google-explicit-constructor): null converts, as with any pointer.
   QELValuePtr(std::nullptr_t) {}
   QELValuePtr(const QELValuePtr& other) : value_(other.value_) {
-    if (value_ != nullptr) value_->owners_.fetch_add(1, std::memory_order_relaxed);
+    if (value_ != nullptr) retain(*value_);
   }
   QELValuePtr(QELValuePtr&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
   QELValuePtr& operator=(QELValuePtr other) noexcept {
@@ -90,6 +96,11 @@ class QELValuePtr {
 
   // Becomes the first owner of a new value.
   explicit QELValuePtr(const QELValue* value) : value_(value) {}
+
+  static void retain(const QELValue& value) {
+    const bool isCounted = value.owners_.load(std::memory_order_relaxed) != QELValue::kNotCounted;
+    if (isCounted) value.owners_.fetch_add(1, std::memory_order_relaxed);
+  }
 
   // Gives up one ownership, and with the last one the value.
   static void release(const QELValue* value);
