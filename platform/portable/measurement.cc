@@ -9,9 +9,8 @@
 namespace qel {
 namespace {
 
-// The monitor as some of the threads find it. Asking for it writes to the lock and to the count of
-// owners, and threads that write to the same cache line wait for one another: so each slot has a
-// line, a lock and a count of its own.
+// The monitor as some of the threads find it. Threads that ask at once and write to one lock wait
+// for one another, so there are several, each in a cache line of its own.
 struct alignas(64) Slot {
   std::mutex mutex;
   std::shared_ptr<DiagnosticsMonitor> monitor;
@@ -40,14 +39,6 @@ Slot& slotOfThisThread() {
   return installedMonitor().slots[thread % kSlots];
 }
 
-// A pointer to the same monitor with a count of its own.
-std::shared_ptr<DiagnosticsMonitor> separatelyCounted(
-    const std::shared_ptr<DiagnosticsMonitor>& monitor) {
-  if (monitor == nullptr) return nullptr;
-  const auto owner = std::make_shared<std::shared_ptr<DiagnosticsMonitor>>(monitor);
-  return {owner, monitor.get()};
-}
-
 }  // namespace
 
 std::shared_ptr<DiagnosticsMonitor> QELMeasurement::monitor() {
@@ -65,7 +56,7 @@ void QELMeasurement::setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor) {
   const std::lock_guard installing(installed.installing);
   installed.isPresent = monitor != nullptr;
   for (std::size_t i = 0; i < kSlots; ++i) {
-    before[i] = separatelyCounted(monitor);
+    before[i] = monitor;
     const std::lock_guard lock(installed.slots[i].mutex);
     installed.slots[i].monitor.swap(before[i]);
   }
