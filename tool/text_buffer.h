@@ -49,7 +49,8 @@ class TextBuffer {
     return memory_.data() + size_;
   }
 
-  void grow(std::size_t size) { memory_.resize(2 * (size_ + size)); }
+  // At least doubles the memory, so that a text of many pieces is not copied for each of them.
+  void grow(std::size_t size) { memory_.resize(std::max(2 * memory_.size(), size_ + size)); }
 
   std::vector<char> memory_;
   std::size_t size_ = 0;
