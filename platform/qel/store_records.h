@@ -4,9 +4,9 @@
 // needed, in a fixed order, and not before. An app's library implements them over the store
 // framework; tests and tools implement them over plain data.
 //
-// A returned text or pointer belongs to the record that returned it. It stays valid until the call
-// of the component that asked for it returns, whatever else is asked meanwhile. No operation may
-// throw.
+// A returned text or record belongs to the record that returned it. A text stays valid until the
+// call of the component that asked for it returns, whatever else is asked meanwhile; a record until
+// the same operation is asked again. No operation may throw.
 //
 // Threads: a record is asked on the thread that called the component, and on no other.
 
