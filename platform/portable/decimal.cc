@@ -26,9 +26,8 @@ constexpr bool fitsOneLimb(const Coefficient& coefficient) {
   return coefficient[1] == 0 && coefficient[2] == 0 && coefficient[3] == 0;
 }
 
-constexpr Coefficient coefficientOf(Uint128 number) {
-  return {static_cast<std::uint64_t>(number), static_cast<std::uint64_t>(number >> 64)};
-}
+constexpr std::uint64_t lowHalf(Uint128 number) { return static_cast<std::uint64_t>(number); }
+constexpr std::uint64_t highHalf(Uint128 number) { return static_cast<std::uint64_t>(number >> 64); }
 
 // Takes the digits at the start of `text` off it.
 std::string_view takeDigits(std::string_view& text) {
@@ -54,24 +53,23 @@ struct WrittenNumber {
   std::string_view exponent;
 };
 
-std::optional<WrittenNumber> scan(std::string_view text) {
-  WrittenNumber number;
+// Cuts `text` into the pieces of a number, which must be fresh. Gives false when it is none.
+bool scan(std::string_view text, WrittenNumber& number) {
   number.isNegative = takeCharacter(text, '-');
   number.integer = takeDigits(text);
-  if (number.integer.empty()) return std::nullopt;
-  if (number.integer.size() > 1 && number.integer.starts_with('0')) return std::nullopt;
+  if (number.integer.empty()) return false;
+  if (number.integer.size() > 1 && number.integer.starts_with('0')) return false;
   if (takeCharacter(text, '.')) {
     number.fraction = takeDigits(text);
-    if (number.fraction.empty()) return std::nullopt;
+    if (number.fraction.empty()) return false;
   }
   if (takeCharacter(text, 'e') || takeCharacter(text, 'E')) {
     number.exponentIsNegative = takeCharacter(text, '-');
     if (!number.exponentIsNegative) takeCharacter(text, '+');
     number.exponent = takeDigits(text);
-    if (number.exponent.empty()) return std::nullopt;
+    if (number.exponent.empty()) return false;
   }
-  if (!text.empty()) return std::nullopt;
-  return number;
+  return text.empty();
 }
 
 // The exponent that is written out. One too long for any number that a memory could hold digits for
@@ -121,9 +119,7 @@ class SignificantDigits {
 };
 
 // Multiplies; nothing when the product needs more than 256 bits.
-std::optional<Coefficient> product(const Coefficient& left, const Coefficient& right) {
-  if (fitsOneLimb(left) && fitsOneLimb(right)) return coefficientOf(Uint128{left[0]} * right[0]);
-
+std::optional<Coefficient> wideProduct(const Coefficient& left, const Coefficient& right) {
   namespace mp = boost::multiprecision;
   constexpr unsigned kBitsOfLimb = 64;
   mp::uint256_t wideLeft;
@@ -135,12 +131,12 @@ std::optional<Coefficient> product(const Coefficient& left, const Coefficient& r
   std::array<std::uint64_t, 8> limbs = {};
   mp::export_bits(wideProduct, limbs.begin(), kBitsOfLimb, false);
 
-  const auto highHalf = limbs.begin() + 4;
-  if (std::any_of(highHalf, limbs.end(), [](std::uint64_t limb) { return limb != 0; })) {
+  const auto pastResult = limbs.begin() + 4;
+  if (std::any_of(pastResult, limbs.end(), [](std::uint64_t limb) { return limb != 0; })) {
     return std::nullopt;
   }
   Coefficient result;
-  std::copy(limbs.begin(), highHalf, result.begin());
+  std::copy(limbs.begin(), pastResult, result.begin());
   return result;
 }
 
@@ -198,33 +194,38 @@ double nearestDouble(const Coefficient& coefficient, int exponent) {
 
 std::optional<Decimal> Decimal::fromString(std::string_view text) {
   if (text == "NaN") return notANumber();
-  const std::optional<WrittenNumber> number = scan(text);
-  if (!number.has_value()) return std::nullopt;
+  WrittenNumber number;
+  if (!scan(text, number)) return std::nullopt;
 
   SignificantDigits digits;
-  if (!digits.append(number->integer) || !digits.append(number->fraction)) return std::nullopt;
-  if (digits.coefficient() == 0) return Decimal(number->isNegative, {}, 0);
+  if (!digits.append(number.integer) || !digits.append(number.fraction)) return std::nullopt;
+  if (digits.coefficient() == 0) return Decimal(number.isNegative, 0, 0, 0);
 
-  std::int64_t exponent = exponentOf(*number) + digits.trailingZeros() -
-                          static_cast<std::int64_t>(number->fraction.size());
+  std::int64_t exponent = exponentOf(number) + digits.trailingZeros() -
+                          static_cast<std::int64_t>(number.fraction.size());
   if (exponent > kGreatestExponent) {
     if (!digits.shift(exponent - kGreatestExponent)) return std::nullopt;
     exponent = kGreatestExponent;
   }
   if (exponent < kLeastExponent) return std::nullopt;
-  return Decimal(number->isNegative, coefficientOf(digits.coefficient()),
+  return Decimal(number.isNegative, lowHalf(digits.coefficient()), highHalf(digits.coefficient()),
                  static_cast<int>(exponent));
 }
 
 Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& factor) const {
   if (isNan_ || factor.isNan_) return notANumber();
-  const std::optional<Coefficient> coefficient = product(coefficient_, factor.coefficient_);
+  const bool isNegative = isNegative_ != factor.isNegative_;
   const int exponent = exponent_ + factor.exponent_;
-  if (!coefficient.has_value() || exponent < 2 * kLeastExponent ||
-      exponent > 2 * kGreatestExponent) {
-    return notANumber();
+  if (exponent < 2 * kLeastExponent || exponent > 2 * kGreatestExponent) return notANumber();
+  if (fitsOneLimb(coefficient_) && fitsOneLimb(factor.coefficient_)) {
+    const Uint128 product = Uint128{coefficient_[0]} * factor.coefficient_[0];
+    return Decimal(isNegative, lowHalf(product), highHalf(product), exponent);
   }
-  return Decimal(isNegative_ != factor.isNegative_, *coefficient, exponent);
+  const std::optional<Coefficient> product = wideProduct(coefficient_, factor.coefficient_);
+  if (!product.has_value()) return notANumber();
+  Decimal result(isNegative, 0, 0, exponent);
+  result.coefficient_ = *product;
+  return result;
 }
 
 double Decimal::doubleValue() const {

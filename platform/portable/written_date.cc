@@ -7,28 +7,31 @@
 namespace qel {
 namespace {
 
-// The shapes of the pieces of a written date. A 0 stands for any ASCII digit and ~ for either sign;
-// every other character stands for itself.
-constexpr std::string_view kDate = "0000-00-00T";
-constexpr std::string_view kTime = "00:00:00";
+// The shapes of the pieces of a written date. A 0 stands for any ASCII digit; every other character
+// stands for itself.
+constexpr std::string_view kDateAndTime = "0000-00-00T00:00:00";
 constexpr std::string_view kUtc = "Z";
-constexpr std::string_view kOffset = "~00:00";
-constexpr std::string_view kOffsetWithSeconds = "~00:00:00";
+constexpr std::string_view kOffset = "00:00";
+constexpr std::string_view kOffsetWithSeconds = "00:00:00";
 
-constexpr bool isDigit(char character) { return character >= '0' && character <= '9'; }
-
-constexpr bool fits(char character, char shape) {
-  if (shape == '0') return isDigit(character);
-  if (shape == '~') return character == '+' || character == '-';
-  return character == shape;
+// Whether `text`, of the shape's size, has that shape. Looks at every character, and branches on
+// none, so that the compiler can look at many at once.
+template <const std::string_view& kShape>
+constexpr bool hasShape(const char* text) {
+  unsigned char misfits = 0;
+  for (std::size_t i = 0; i < kShape.size(); ++i) {
+    // What is left of a digit is 0 to 9: adding 6 carries any more into the high bits.
+    const auto difference = static_cast<unsigned char>(text[i] ^ kShape[i]);
+    const unsigned char mask = kShape[i] == '0' ? 0xF0 : 0xFF;
+    const unsigned char carry = kShape[i] == '0' ? 0x06 : 0x00;
+    misfits |= (difference | static_cast<unsigned char>(difference + carry)) & mask;
+  }
+  return misfits == 0;
 }
 
-constexpr bool hasShape(std::string_view text, std::string_view shape) {
-  if (text.size() != shape.size()) return false;
-  for (std::size_t i = 0; i < shape.size(); ++i) {
-    if (!fits(text[i], shape[i])) return false;
-  }
-  return true;
+template <const std::string_view& kShape>
+constexpr bool hasShape(std::string_view text) {
+  return text.size() == kShape.size() && hasShape<kShape>(text.data());
 }
 
 // The number that the two digits at `position` denote.
@@ -49,8 +52,10 @@ constexpr std::optional<int> secondsOfTime(std::string_view text) {
 // Seconds that the zone is ahead of UTC; nothing when `zone` is no zone.
 constexpr std::optional<int> offsetOfZone(std::string_view zone) {
   if (zone == kUtc) return 0;
-  if (!hasShape(zone, kOffset) && !hasShape(zone, kOffsetWithSeconds)) return std::nullopt;
-  const std::optional<int> offset = secondsOfTime(zone.substr(1));
+  if (!zone.starts_with('+') && !zone.starts_with('-')) return std::nullopt;
+  const std::string_view written = zone.substr(1);
+  if (!hasShape<kOffset>(written) && !hasShape<kOffsetWithSeconds>(written)) return std::nullopt;
+  const std::optional<int> offset = secondsOfTime(written);
   if (!offset.has_value()) return std::nullopt;
   return zone.front() == '-' ? -*offset : *offset;
 }
@@ -58,20 +63,17 @@ constexpr std::optional<int> offsetOfZone(std::string_view zone) {
 }  // namespace
 
 std::optional<Instant> instantFromWrittenDate(std::string_view text) {
-  if (text.size() < kDate.size() + kTime.size()) return std::nullopt;
-  const std::string_view writtenDate = text.substr(0, kDate.size());
-  const std::string_view writtenTime = text.substr(kDate.size(), kTime.size());
-  const std::string_view zone = text.substr(kDate.size() + kTime.size());
-  if (!hasShape(writtenDate, kDate) || !hasShape(writtenTime, kTime)) return std::nullopt;
+  constexpr std::size_t kTime = std::string_view("0000-00-00T").size();
+  if (!hasShape<kDateAndTime>(text.substr(0, kDateAndTime.size()))) return std::nullopt;
 
   const std::chrono::year_month_day date(
-      std::chrono::year(twoDigits(writtenDate, 0) * 100 + twoDigits(writtenDate, 2)),
-      std::chrono::month(static_cast<unsigned>(twoDigits(writtenDate, 5))),
-      std::chrono::day(static_cast<unsigned>(twoDigits(writtenDate, 8))));
+      std::chrono::year(twoDigits(text, 0) * 100 + twoDigits(text, 2)),
+      std::chrono::month(static_cast<unsigned>(twoDigits(text, 5))),
+      std::chrono::day(static_cast<unsigned>(twoDigits(text, 8))));
   if (!date.ok() || date.year() < std::chrono::year(1)) return std::nullopt;
 
-  const std::optional<int> time = secondsOfTime(writtenTime);
-  const std::optional<int> offset = offsetOfZone(zone);
+  const std::optional<int> time = secondsOfTime(text.substr(kTime, kDateAndTime.size() - kTime));
+  const std::optional<int> offset = offsetOfZone(text.substr(kDateAndTime.size()));
   if (!time.has_value() || !offset.has_value()) return std::nullopt;
 
   const std::chrono::sys_seconds midnight = std::chrono::sys_days(date);

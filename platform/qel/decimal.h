@@ -27,7 +27,7 @@ class Decimal {
   static constexpr Decimal initWithLongLong(std::int64_t integer) {
     // Negating as unsigned gives the magnitude of the most negative integer too.
     const auto bits = static_cast<std::uint64_t>(integer);
-    return Decimal(integer < 0, {integer < 0 ? 0 - bits : bits}, 0);
+    return Decimal(integer < 0, integer < 0 ? 0 - bits : bits, 0, 0);
   }
 
   // The value that is not a number. It stays so under multiplication.
@@ -54,8 +54,10 @@ class Decimal {
   // 256 bits, least significant 64 first.
   using Coefficient = std::array<std::uint64_t, 4>;
 
-  constexpr Decimal(bool isNegative, Coefficient coefficient, int exponent)
-      : coefficient_(coefficient), exponent_(exponent), isNegative_(isNegative) {}
+  // Takes the coefficient's halves one by one, as they come: read again as a whole right after they
+  // were written, they would stall the processor for longer than a product takes.
+  constexpr Decimal(bool isNegative, std::uint64_t low, std::uint64_t high, int exponent)
+      : coefficient_{low, high}, exponent_(exponent), isNegative_(isNegative) {}
 
   Coefficient coefficient_ = {};
   int exponent_ = 0;
