@@ -52,7 +52,8 @@ TEST(ComparePurchaseDatesTest, TellsHowTheFirstStandsToTheSecond) {
   const DateFormatter formatter;
   const auto compared = [&formatter](const QELInAppPurchaseItem& first,
                                      const QELInAppPurchaseItem& second) {
-    return static_cast<int>(comparePurchaseDates(formatter, first, second));
+    return static_cast<int>(
+        comparePurchaseDates(formatter, first.purchaseDateIA5String, second.purchaseDateIA5String));
   };
   const QELInAppPurchaseItem earlier = purchaseOf("coins", "2019-03-14T09:26:53Z");
   const QELInAppPurchaseItem sameInOtherZone = purchaseOf("coins", "2019-03-14T10:26:53+01:00");
@@ -274,6 +275,19 @@ TEST_F(ReceiptMatchingTest, EntriesWithoutADateComeFirstInTheReceiptsOrder) {
 
 // Receipts long enough for every strategy of a sort: dates of ten days in random order, and one
 // entry in eleven without a date. The seed is fixed.
+TEST_F(ReceiptMatchingTest, DatesWrittenAtAnyLengthAreSorted) {
+  const std::string longText(300, '2');
+  receipt = {purchaseOf("coins", "2019-03-14T10:26:55+01:00:00"),
+             purchaseOf("coins", "2019-03-14T09:26:53Z"),
+             purchaseOf("coins", "2019-03-14T10:26:54+01:00"),
+             purchaseOf("coins", longText.c_str()),
+             purchaseOf("coins", longText.substr(0, 23).c_str()),
+             purchaseOf("coins", longText.substr(0, 24).c_str()),
+             purchaseOf("coins", ""),
+             purchaseWithoutDate("coins")};
+  EXPECT_EQ(match("coins", std::nullopt), Places({3, 4, 5, 6, 7, 1, 2, 0}));
+}
+
 TEST_F(ReceiptMatchingTest, LongReceiptIsSortedStablyWithoutLosingAnEntry) {
   std::mt19937 random(20190314);
   std::vector<unsigned> days;
