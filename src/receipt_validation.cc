@@ -139,14 +139,19 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     return parameters;
   }
 
-  // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
-  // Every field of such an entry is absent.
-  const QELInAppPurchaseItem absentItem;
-  const QELInAppPurchaseItem& item = atDate.empty() ? absentItem : atDate.front().get();
-  if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
-    reportNonRenewingSubscription(item, parameters);
+  const auto report = [&](const QELInAppPurchaseItem& item) {
+    if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
+      reportNonRenewingSubscription(item, parameters);
+    } else {
+      reportAutoRenewableSubscription(item, *items, isRepurchase, parameters);
+    }
+  };
+  if (atDate.empty()) {
+    // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
+    // Every field of such an entry is absent.
+    report(QELInAppPurchaseItem());
   } else {
-    reportAutoRenewableSubscription(item, *items, isRepurchase, parameters);
+    report(atDate.front());
   }
   return parameters;
 }
