@@ -20,7 +20,7 @@ import sys
 import tempfile
 import time
 
-ROUNDS = 5
+ROUNDS = 9
 
 
 def floor(folder, path):
