@@ -27,7 +27,9 @@ constexpr bool fitsOneLimb(const Coefficient& coefficient) {
 }
 
 constexpr std::uint64_t lowHalf(Uint128 number) { return static_cast<std::uint64_t>(number); }
-constexpr std::uint64_t highHalf(Uint128 number) { return static_cast<std::uint64_t>(number >> 64); }
+constexpr std::uint64_t highHalf(Uint128 number) {
+  return static_cast<std::uint64_t>(number >> 64);
+}
 
 // Takes the digits at the start of `text` off it.
 std::string_view takeDigits(std::string_view& text) {
