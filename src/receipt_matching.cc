@@ -57,10 +57,9 @@ class DatedItem {
   std::array<char, 23> copy_;
 };
 
-// Whether an entry of the first date goes before one of the second.
-bool goesBefore(const DateFormatter& formatter, const OptionalText& first,
-                const OptionalText& second) {
-  return comparePurchaseDates(formatter, second, first) == ComparisonResult::kDescending;
+// Whether an entry of the date `a` goes before one of the date `b`.
+bool goesBefore(const DateFormatter& formatter, const OptionalText& a, const OptionalText& b) {
+  return comparePurchaseDates(formatter, b, a) == ComparisonResult::kDescending;
 }
 
 void sortByDate(const DateFormatter& formatter, QELInAppPurchaseItems& items) {
