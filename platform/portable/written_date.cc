@@ -14,10 +14,10 @@ constexpr std::string_view kUtc = "Z";
 constexpr std::string_view kOffset = "00:00";
 constexpr std::string_view kOffsetWithSeconds = "00:00:00";
 
-// Whether `text`, of the shape's size, has that shape. Looks at every character, and branches on
-// none, so that the compiler can look at many at once.
+// Looks at every character, and branches on none, so that the compiler can look at many at once.
 template <const std::string_view& kShape>
-constexpr bool hasShape(const char* text) {
+constexpr bool hasShape(std::string_view text) {
+  if (text.size() != kShape.size()) return false;
   unsigned char misfits = 0;
   for (std::size_t i = 0; i < kShape.size(); ++i) {
     // What is left of a digit is 0 to 9: adding 6 carries any more into the high bits.
@@ -27,11 +27,6 @@ constexpr bool hasShape(const char* text) {
     misfits |= (difference | static_cast<unsigned char>(difference + carry)) & mask;
   }
   return misfits == 0;
-}
-
-template <const std::string_view& kShape>
-constexpr bool hasShape(std::string_view text) {
-  return text.size() == kShape.size() && hasShape<kShape>(text.data());
 }
 
 // The number that the two digits at `position` denote.
@@ -72,7 +67,7 @@ std::optional<Instant> instantFromWrittenDate(std::string_view text) {
       std::chrono::day(static_cast<unsigned>(twoDigits(text, 8))));
   if (!date.ok() || date.year() < std::chrono::year(1)) return std::nullopt;
 
-  const std::optional<int> time = secondsOfTime(text.substr(kTime, kDateAndTime.size() - kTime));
+  const std::optional<int> time = secondsOfTime(text.substr(kTime));
   const std::optional<int> offset = offsetOfZone(text.substr(kDateAndTime.size()));
   if (!time.has_value() || !offset.has_value()) return std::nullopt;
 
