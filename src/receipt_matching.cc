@@ -54,7 +54,7 @@ class DatedItem {
   QELInAppPurchaseItemRef item_;
   std::uint8_t size_ = kNotCopied;
   // Room for the 20 characters of 2019-03-14T09:26:53Z, as receipts nearly always write it.
-  std::array<char, 23> copy_;
+  std::array<char, 23> copy_ = {};
 };
 
 // Whether an entry of the date `a` goes before one of the date `b`.
