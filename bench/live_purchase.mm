@@ -141,7 +141,7 @@ BenchEntry* entryOf(const QELInAppPurchaseItem& sample) {
   entry->productID_ = stringOf(sample.productID);
   entry->purchaseDateIA5String_ = stringOf(sample.purchaseDateIA5String);
   entry->purchaseType_ = numberOf(sample.purchaseType);
-  entry->webOrderLineItemID_ = numberOf(sample.webOrderLineItemID);
+  entry->webOrderLineItemID_ = numberOf(std::stoll(*sample.webOrderLineItemID));
   entry->transactionID_ = stringOf(sample.transactionID);
   entry->originalTransactionID_ = stringOf(sample.originalTransactionID);
   return entry;

@@ -5,10 +5,10 @@
 #include <string_view>
 
 #include "allocations.h"
-#include "portable/written_date.h"
 #include "qel/decimal.h"
 #include "qel/digest.h"
 #include "qel/receipt_matching.h"
+#include "qel/rfc3339.h"
 #include "sample_purchases.h"
 
 namespace qel::bench {
@@ -18,7 +18,7 @@ void BM_Date(benchmark::State& state) {
   std::string_view text = "2019-03-14T09:26:53Z";
   for (auto _ : state) {
     benchmark::DoNotOptimize(text);
-    benchmark::DoNotOptimize(instantFromWrittenDate(text));
+    benchmark::DoNotOptimize(parseRfc3339(text));
   }
 }
 BENCHMARK(BM_Date);

@@ -43,7 +43,7 @@ SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned se
     entry.productID = product.productIdentifier();
     entry.purchaseDateIA5String = writtenHour(start + std::chrono::hours(hour));
     entry.purchaseType = 3;
-    entry.webOrderLineItemID = kFirstLineItem + hour;
+    entry.webOrderLineItemID = std::to_string(kFirstLineItem + hour);
     entry.transactionID = std::to_string(kFirstIdentifier + hour);
     entry.originalTransactionID = std::to_string(kFirstIdentifier);
   }

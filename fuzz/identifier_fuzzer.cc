@@ -1,8 +1,7 @@
 // Fuzzes the deduplication identifier and the encoding of its text. An input is up to three lines:
-// the original transaction identifier, the web order line item identifier, which is absent when it
-// is no integer, and the product identifier, which takes all the rest. A ~ stands for absent text.
+// the original transaction identifier, the web order line item identifier, and the product
+// identifier, which takes all the rest. A ~ stands for absent text.
 
-#include <charconv>
 #include <optional>
 #include <string>
 
@@ -16,12 +15,6 @@ namespace {
 
 OptionalText textOrAbsent(std::string_view line) {
   return line == "~" ? std::nullopt : OptionalText(line);
-}
-
-std::optional<std::int64_t> integerOrAbsent(std::string_view line) {
-  std::int64_t integer = 0;
-  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), integer);
-  return error == std::errc() ? std::optional(integer) : std::nullopt;
 }
 
 void checkEncoding(std::string_view bytes) {
@@ -40,7 +33,7 @@ void checkEncoding(std::string_view bytes) {
 void fuzz(std::string_view input) {
   checkEncoding(input);
   const OptionalText original = textOrAbsent(takeLine(input));
-  const std::optional<std::int64_t> webOrder = integerOrAbsent(takeLine(input));
+  const OptionalText webOrder = textOrAbsent(takeLine(input));
   const OptionalText product = textOrAbsent(input);
   check(QELTransactionDedupeID(original, webOrder, product) ==
             judgedDedupeId(original, webOrder, product),

@@ -87,6 +87,14 @@ class Members {
     return integer;
   }
 
+  // The digits of an integer of any size.
+  JudgedText integerDigits(std::string_view key) const {
+    const JudgedJson* const member = find(key, JudgedJson::Kind::kNumber);
+    if (member == nullptr) return std::nullopt;
+    require(member->text.find_first_not_of("-0123456789") == std::string::npos);
+    return mpz_class(member->text, 10).get_str();
+  }
+
   std::optional<JudgedReading> price(std::string_view key) const {
     const JudgedJson* const member = find(key);
     if (member == nullptr) return std::nullopt;
@@ -132,7 +140,7 @@ JudgedEntry entryOf(const JudgedJson& json, bool ignores) {
   return {.productId = members.text("productID"),
           .dateText = members.text("purchaseDateIA5String"),
           .type = members.integer<std::int64_t>("purchaseType"),
-          .webOrder = members.integer<std::int64_t>("webOrderLineItemID"),
+          .webOrder = members.integerDigits("webOrderLineItemID"),
           .transactionId = members.text("transactionID"),
           .originalId = members.text("originalTransactionID"),
           .isFreeTrial = members.boolean("isFreeTrial", false),
@@ -275,7 +283,7 @@ class Judgement {
     }
   }
 
-  void setDid(const JudgedEntry& entry, std::optional<std::int64_t> webOrder) {
+  void setDid(const JudgedEntry& entry, const JudgedText& webOrder) {
     event_["_did"] =
         static_cast<std::int64_t>(judgedDedupeId(entry.originalId, webOrder, entry.productId));
   }

@@ -28,7 +28,7 @@ struct JudgedEntry {
   JudgedText productId;
   JudgedText dateText;
   std::optional<std::int64_t> type;
-  std::optional<std::int64_t> webOrder;
+  JudgedText webOrder;
   JudgedText transactionId;
   JudgedText originalId;
   bool isFreeTrial = false;

@@ -23,10 +23,10 @@ constinit const std::string_view kQELParameterIsSubscriptionRenewal =
 namespace {
 
 // The parameters that the store's records alone give.
-EventParameters baseParameters(const OptionalText& productIdentifier, const StoreProduct& product,
+EventParameters baseParameters(std::string_view productIdentifier, const StoreProduct& product,
                                const StoreTransaction& transaction, std::int64_t multiplier) {
   EventParameters base;
-  base.set(ParameterKey::kProductId, QELValue::initWithString(*productIdentifier));
+  base.set(ParameterKey::kProductId, QELValue::initWithString(productIdentifier));
   if (const std::optional<Decimal> price = product.price()) {
     base.set(ParameterKey::kPrice, QELValue::initWithInt64(amountFromPrice(*price, multiplier)));
     if (quantityOf(transaction) != 0) {
@@ -45,7 +45,7 @@ EventParameters baseParameters(const OptionalText& productIdentifier, const Stor
   return base;
 }
 
-// Whether nothing is missing that an event must tell.
+// Returns whether every required key is present.
 bool hasRequiredKeys(const EventParameters& parameters) {
   constexpr std::array kRequired = {ParameterKey::kPrice, ParameterKey::kValue,
                                     ParameterKey::kCurrency, ParameterKey::kProductId};
@@ -53,11 +53,30 @@ bool hasRequiredKeys(const EventParameters& parameters) {
                      [&parameters](ParameterKey key) { return parameters.find(key) != nullptr; });
 }
 
-// Takes the records through the stages, once the checks that come first are passed.
-std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
+}  // namespace
+
+std::optional<std::string_view> checkInputs(const StoreProduct* product,
+                                            const StoreTransaction* transaction) noexcept {
+  if (product == nullptr) {
+    log(message::kNilProduct);
+    return std::nullopt;
+  }
+  const OptionalText productIdentifier = product->productIdentifier();
+  if (isEmpty(productIdentifier)) {
+    log(message::kEmptyProductId);
+    return std::nullopt;
+  }
+  if (transaction == nullptr) {
+    log(message::kNilTransaction);
+    return std::nullopt;
+  }
+  return productIdentifier;
+}
+
+std::optional<EventParameters> buildEvent(std::string_view productIdentifier,
                                           const StoreProduct& product,
                                           const StoreTransaction& transaction,
-                                          QELInAppPurchaseItemsView receiptItems) {
+                                          QELInAppPurchaseItemsView receiptItems) noexcept {
   const std::int64_t multiplier = QELDataTypeMicrosMultiplier;
   EventParameters base = baseParameters(productIdentifier, product, transaction, multiplier);
 
@@ -75,8 +94,6 @@ std::optional<EventParameters> buildEvent(const OptionalText& productIdentifier,
   return completedEvent(std::move(validated), discount);
 }
 
-}  // namespace
-
 std::optional<EventParameters> completedEvent(std::optional<EventParameters>&& validated,
                                               const std::optional<EventParameters>& discount) {
   if (!validated.has_value()) return std::nullopt;
@@ -90,18 +107,7 @@ std::optional<EventParameters> completedEvent(std::optional<EventParameters>&& v
 std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     const qel::StoreProduct* product, const qel::StoreTransaction* transaction,
     qel::QELInAppPurchaseItemsView receiptItems) noexcept {
-  if (product == nullptr) {
-    qel::log(qel::message::kNilProduct);
-    return std::nullopt;
-  }
-  const qel::OptionalText productIdentifier = product->productIdentifier();
-  if (qel::isEmpty(productIdentifier)) {
-    qel::log(qel::message::kEmptyProductId);
-    return std::nullopt;
-  }
-  if (transaction == nullptr) {
-    qel::log(qel::message::kNilTransaction);
-    return std::nullopt;
-  }
-  return qel::buildEvent(productIdentifier, *product, *transaction, receiptItems);
+  const std::optional<std::string_view> productIdentifier = qel::checkInputs(product, transaction);
+  if (!productIdentifier.has_value()) return std::nullopt;
+  return qel::buildEvent(*productIdentifier, *product, *transaction, receiptItems);
 }

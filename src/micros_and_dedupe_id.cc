@@ -1,9 +1,6 @@
 #include "micros_and_dedupe_id.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
-#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -27,25 +24,6 @@ std::int64_t integerFromDecimal(const Decimal& amount) {
   return static_cast<std::int64_t>(nearest);
 }
 
-// The string form of a number object: its decimal digits, with a minus sign when it is negative;
-// empty for an absent number.
-class StringValue {
- public:
-  explicit StringValue(const std::optional<std::int64_t>& number) {
-    if (!number.has_value()) return;
-    char* const begin = characters_.data();
-    size_ = static_cast<std::size_t>(std::to_chars(begin, begin + characters_.size(), *number).ptr -
-                                     begin);
-  }
-
-  std::string_view text() const { return {characters_.data(), size_}; }
-
- private:
-  // A sign and 19 digits.
-  std::array<char, 20> characters_;
-  std::size_t size_ = 0;
-};
-
 }  // namespace
 
 std::int64_t amountFromPrice(const Decimal& price, std::int64_t multiplier) {
@@ -62,7 +40,7 @@ std::int64_t QELValueInMicrosFromPriceAndQuantity(const Decimal& price, std::int
 }
 
 std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
-                                     const std::optional<std::int64_t>& webOrderLineItemID,
+                                     const OptionalText& webOrderLineItemID,
                                      const OptionalText& productID) {
   constexpr std::uint64_t kInsufficient = std::numeric_limits<std::uint64_t>::max();
   constexpr std::uint64_t kCannotBeEncoded = 0;
@@ -71,10 +49,10 @@ std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
   if (isEmpty(productID)) return kInsufficient;
 
   // No separator: the pieces 1, 23, p and 12, 3, p are one identifier, and stay so.
-  const StringValue lineItem(webOrderLineItemID);
+  const std::string_view lineItem = webOrderLineItemID.value_or(std::string_view());
   std::string text;
-  text.reserve(originalTransactionID->size() + lineItem.text().size() + productID->size());
-  text.append(*originalTransactionID).append(lineItem.text()).append(*productID);
+  text.reserve(originalTransactionID->size() + lineItem.size() + productID->size());
+  text.append(*originalTransactionID).append(lineItem).append(*productID);
 
   const std::optional<std::string> bytes = utf8DataWithoutLoss(std::move(text));
   if (!bytes.has_value()) return kCannotBeEncoded;

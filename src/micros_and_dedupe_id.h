@@ -25,12 +25,15 @@ std::int64_t amountFromPrice(const Decimal& price, std::int64_t multiplier);
 // What `quantity` units at `price` cost in all, in micros.
 std::int64_t QELValueInMicrosFromPriceAndQuantity(const Decimal& price, std::int64_t quantity);
 
-// Identifies a purchase by its receipt entry: the digest of the three pieces joined without a
-// separator. Gives all 64 bits set when either text is absent or empty, and 0 when the joined text
-// cannot be encoded in UTF-8: it holds an unpaired surrogate, or is no UTF-8 to begin with. Halves
-// of a surrogate pair that meet where two pieces join are one character.
+// Returns the identifier of a purchase: the digest of the three texts of its receipt entry, joined
+// without a separator. The web order line item identifier may be absent or empty, which adds
+// nothing.
+//
+// Returns all 64 bits set if either of the other two is absent or empty. Returns 0 if the joined
+// text has no UTF-8 encoding: it holds an unpaired surrogate, or is not UTF-8 to begin with. Halves
+// of a surrogate pair that meet where two texts join are one character.
 std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
-                                     const std::optional<std::int64_t>& webOrderLineItemID,
+                                     const OptionalText& webOrderLineItemID,
                                      const OptionalText& productID);
 
 }  // namespace qel

@@ -73,6 +73,10 @@ void sortByDate(const DateFormatter& formatter, QELInAppPurchaseItems& items) {
 
 }  // namespace
 
+bool hasCriterion(const OptionalText& productIdentifier, const std::optional<Instant>& date) {
+  return !isEmpty(productIdentifier) || date.has_value();
+}
+
 ComparisonResult comparePurchaseDates(const DateFormatter& formatter, const OptionalText& first,
                                       const OptionalText& second) {
   const std::optional<Instant> firstDate = formatter.dateFromString(first);
@@ -90,9 +94,9 @@ std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
     qel::QELInAppPurchaseItemsView items, const qel::OptionalText& productIdentifier,
     const std::optional<qel::Instant>& date) noexcept {
   if (items.empty()) return std::nullopt;
-  const bool isIdentifierGiven = !qel::isEmpty(productIdentifier);
-  if (!isIdentifierGiven && !date.has_value()) return std::nullopt;
+  if (!qel::hasCriterion(productIdentifier, date)) return std::nullopt;
 
+  const bool isIdentifierGiven = !qel::isEmpty(productIdentifier);
   const qel::DateFormatter formatter;
   qel::QELInAppPurchaseItems matching;
   matching.reserve(items.size());

@@ -3,12 +3,18 @@
 #ifndef QEL_SRC_RECEIPT_MATCHING_H_
 #define QEL_SRC_RECEIPT_MATCHING_H_
 
+#include <optional>
+
 #include "qel/date_formatter.h"
+#include "qel/instant.h"
 #include "qel/text.h"
 
 namespace qel {
 
-// How the first of two things stands to the second, with the platform's values.
+// Returns whether there is anything to match by: an identifier that is not empty, or a date.
+bool hasCriterion(const OptionalText& productIdentifier, const std::optional<Instant>& date);
+
+// Result of a three-way comparison, with the platform's values.
 enum class ComparisonResult : signed char { kAscending = -1, kSame = 0, kDescending = 1 };
 
 // Compares two entries by their purchase dates, whose texts are read afresh: ascending when the

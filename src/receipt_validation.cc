@@ -29,7 +29,7 @@ bool isSubscriptionLike(const QELInAppPurchaseItem& item) {
 }
 
 void setDedupeId(EventParameters& parameters, const QELInAppPurchaseItem& item,
-                 const std::optional<std::int64_t>& webOrderLineItemID) {
+                 const OptionalText& webOrderLineItemID) {
   const std::uint64_t dedupeId =
       QELTransactionDedupeID(item.originalTransactionID, webOrderLineItemID, item.productID);
   parameters.set(ParameterKey::kDedupeId,

@@ -1,7 +1,7 @@
 #include "counting_date_formatter.h"
 
-#include "portable/written_date.h"
 #include "qel/date_formatter.h"
+#include "qel/rfc3339.h"
 
 namespace qel {
 namespace testing {
@@ -22,7 +22,7 @@ DateFormatter::~DateFormatter() { --testing::formatterCounts().living; }
 
 std::optional<Instant> DateFormatter::dateFromString(const OptionalText& text) const {
   testing::formatterCounts().parsed.emplace_back(text);
-  return text.has_value() ? instantFromWrittenDate(*text) : std::nullopt;
+  return text.has_value() ? parseRfc3339(*text) : std::nullopt;
 }
 
 }  // namespace qel

@@ -5,6 +5,7 @@
 #include <array>
 #include <limits>
 #include <optional>
+#include <set>
 #include <span>
 #include <utility>
 
@@ -292,6 +293,31 @@ TEST_F(EventBuilderTest, PricedOfferReplacesPriceAndValueAndKeepsTheOriginalPric
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
 }
 
+// Whether every value of `event` is an object of its own.
+bool hasDistinctValues(const EventParameters& event) {
+  std::set<const QELValue*> values;
+  for (const EventParameters::Entry entry : event) {
+    if (!values.insert(&entry.value).second) return false;
+  }
+  return true;
+}
+
+TEST_F(EventBuilderTest, EveryValueOfAFreeProductIsAnObjectOfItsOwn) {
+  purchase.product.thePrice = Decimal();
+  purchase.payment.theQuantity = 1;
+  const std::optional<EventParameters> event = purchase.event();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_TRUE(hasDistinctValues(*event));
+}
+
+TEST_F(EventBuilderTest, EveryValueOfAFreeTrialOfAFreeProductIsAnObjectOfItsOwn) {
+  makeMonthly(purchase, {freeTrial(firstMonth())});
+  purchase.product.thePrice = Decimal();
+  const std::optional<EventParameters> event = purchase.event();
+  ASSERT_TRUE(event.has_value());
+  EXPECT_TRUE(hasDistinctValues(*event));
+}
+
 TEST_F(EventBuilderTest, OfferWithoutAPriceKeepsTheFullPrice) {
   makeIntroductoryOffer("1.99", 0);
   purchase.offer.thePrice = std::nullopt;
@@ -313,7 +339,7 @@ TEST_F(EventBuilderTest, MonthlySubscriptionRenewedAfterAFreeTrialIsAConversion)
   const QELInAppPurchaseItem trial =
       freeTrial(entryOf(kAutoRenewable, "monthly", kFebruary, "1000", "1000"));
   const QELInAppPurchaseItem renewal =
-      withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), 77);
+      withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), "77");
   makeMonthly(purchase, {trial, renewal});
   purchase.transaction.theTransactionIdentifier = "2000";
   purchase.original.theTransactionIdentifier = "1000";

@@ -64,7 +64,7 @@ TEST_F(CommaLocaleTest, DoesNotChangeADecimal) {
 // in 02f89f69006d683c.
 TEST_F(CommaLocaleTest, DoesNotChangeAnEvent) {
   Purchase purchase;
-  makeMonthly(purchase, {withWebOrder(firstMonth(), 1000000)});
+  makeMonthly(purchase, {withWebOrder(firstMonth(), "1000000")});
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", 214096255627651132},
                                          {"currency", "EUR"},
                                          {"price", 4990000},

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
 #include <new>
 #include <string>
 
@@ -33,8 +32,7 @@ TEST(MicrosAndDedupeIdBoundaryTest, PiecesAreJoinedInOneAllocation) {
   const std::string originalTransactionID(100, '1');
   const std::string productID(200, 'p');
   const std::size_t before = allocations;
-  QELTransactionDedupeID(originalTransactionID, std::numeric_limits<std::int64_t>::min(),
-                         productID);
+  QELTransactionDedupeID(originalTransactionID, "-9223372036854775808", productID);
   EXPECT_EQ(allocations - before, 1u);
 }
 

@@ -146,7 +146,7 @@ constexpr std::uint64_t kAllOnes = 0xFFFFFFFFFFFFFFFF;
 struct InsufficientCase {
   const char* name;
   OptionalText originalTransactionID;
-  std::optional<std::int64_t> webOrderLineItemID;
+  OptionalText webOrderLineItemID;
   OptionalText productID;
   friend std::ostream& operator<<(std::ostream& out, const InsufficientCase& c) {
     return out << c.name;
@@ -164,15 +164,15 @@ TEST_P(InsufficientIdentifierTest, IsAllOnes) {
 INSTANTIATE_TEST_SUITE_P(
     Pieces, InsufficientIdentifierTest,
     ::testing::Values(
-        InsufficientCase{"OriginalAbsent", std::nullopt, 77, "monthly"},
-        InsufficientCase{"OriginalEmpty", "", 77, "monthly"},
-        InsufficientCase{"ProductAbsent", "1000", 77, std::nullopt},
-        InsufficientCase{"ProductEmpty", "1000", 77, ""},
+        InsufficientCase{"OriginalAbsent", std::nullopt, "77", "monthly"},
+        InsufficientCase{"OriginalEmpty", "", "77", "monthly"},
+        InsufficientCase{"ProductAbsent", "1000", "77", std::nullopt},
+        InsufficientCase{"ProductEmpty", "1000", "77", ""},
         InsufficientCase{"ProductEmptyWithoutAWebOrder", "1000", std::nullopt, ""},
         InsufficientCase{"BothAbsent", std::nullopt, std::nullopt, std::nullopt},
         InsufficientCase{"BothEmpty", "", std::nullopt, ""},
-        InsufficientCase{"OriginalEmptyBeforeAnUnencodableProduct", "", 77, "\xED\xA0\x80"},
-        InsufficientCase{"ProductEmptyAfterAnUnencodableOriginal", "\xED\xA0\x80", 77, ""}),
+        InsufficientCase{"OriginalEmptyBeforeAnUnencodableProduct", "", "77", "\xED\xA0\x80"},
+        InsufficientCase{"ProductEmptyAfterAnUnencodableOriginal", "\xED\xA0\x80", "77", ""}),
     nameOfCase<InsufficientCase>);
 
 // A surrogate half stands as the three bytes of its code point. U+D83D U+DE00 is the pair of
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfCase<UnencodableCase>);
 
 TEST(DedupeIdPiecesTest, WebOrderBetweenTheHalvesOfAPairKeepsThemApart) {
-  EXPECT_EQ(QELTransactionDedupeID(kHighHalf, 7, kLowHalf), 0U);
+  EXPECT_EQ(QELTransactionDedupeID(kHighHalf, "7", kLowHalf), 0U);
 }
 
 // --- Identifiers ---
@@ -217,7 +217,7 @@ TEST(DedupeIdPiecesTest, WebOrderBetweenTheHalvesOfAPairKeepsThemApart) {
 struct DedupeCase {
   const char* name;
   const char* originalTransactionID;
-  std::optional<std::int64_t> webOrderLineItemID;
+  OptionalText webOrderLineItemID;
   const char* productID;
   std::uint64_t identifier;
   friend std::ostream& operator<<(std::ostream& out, const DedupeCase& c) { return out << c.name; }
@@ -234,19 +234,24 @@ TEST_P(DedupeIdTest, IsTheDigestOfTheJoinedText) {
 INSTANTIATE_TEST_SUITE_P(
     WebOrders, DedupeIdTest,
     ::testing::Values(
-        DedupeCase{"Present_100077monthly", "1000", 77, "monthly", 1247304248623414521},
+        DedupeCase{"Present_100077monthly", "1000", "77", "monthly", 1247304248623414521},
         DedupeCase{"Absent_1000monthly", "1000", std::nullopt, "monthly", 0x92794F831B539753},
-        DedupeCase{"Zero_10p", "1", 0, "p", 0x3C22FB2094F24EB1},
-        DedupeCase{"Negative_1Minus5p", "1", -5, "p", 0xE13022126A37526E},
-        DedupeCase{"Least", "1", kLeast, "p", 0xA47290F9B2CB7501},
-        DedupeCase{"Greatest", "1", kGreatest, "p", 0xA1159CF1E4E812C6}),
+        DedupeCase{"Empty_1000monthly", "1000", "", "monthly", 0x92794F831B539753},
+        DedupeCase{"PastSigned64Bits", "1", "18446744073709551615", "p", 0x478687BB792FFA45},
+        DedupeCase{"PastAll64Bits", "1", "100000000000000000000000000000000000000", "p",
+                   0x01E504A533AE346F},
+        DedupeCase{"NotAnInteger_11Point5p", "1", "1.5", "p", 0x14B42C44B342D9AB},
+        DedupeCase{"Zero_10p", "1", "0", "p", 0x3C22FB2094F24EB1},
+        DedupeCase{"Negative_1Minus5p", "1", "-5", "p", 0xE13022126A37526E},
+        DedupeCase{"Least", "1", "-9223372036854775808", "p", 0xA47290F9B2CB7501},
+        DedupeCase{"Greatest", "1", "9223372036854775807", "p", 0xA1159CF1E4E812C6}),
     nameOfCase<DedupeCase>);
 
 // All three hash the text 123p.
 INSTANTIATE_TEST_SUITE_P(
     NoSeparator, DedupeIdTest,
-    ::testing::Values(DedupeCase{"SplitAfterOne", "1", 23, "p", 0x08FC2B1D61F806F6},
-                      DedupeCase{"SplitAfterTwo", "12", 3, "p", 0x08FC2B1D61F806F6},
+    ::testing::Values(DedupeCase{"SplitAfterOne", "1", "23", "p", 0x08FC2B1D61F806F6},
+                      DedupeCase{"SplitAfterTwo", "12", "3", "p", 0x08FC2B1D61F806F6},
                       DedupeCase{"SplitAfterThree", "123", std::nullopt, "p", 0x08FC2B1D61F806F6}),
     nameOfCase<DedupeCase>);
 
@@ -264,7 +269,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfCase<DedupeCase>);
 
 TEST(DedupeIdPiecesTest, WebOrderMakesADifference) {
-  EXPECT_NE(QELTransactionDedupeID("1000", 77, "monthly"),
+  EXPECT_NE(QELTransactionDedupeID("1000", "77", "monthly"),
             QELTransactionDedupeID("1000", std::nullopt, "monthly"));
 }
 

@@ -160,8 +160,8 @@ inline QELInAppPurchaseItem entryOf(std::int64_t purchaseType, std::string produ
 }
 
 inline QELInAppPurchaseItem withWebOrder(QELInAppPurchaseItem item,
-                                         std::int64_t webOrderLineItemID) {
-  item.webOrderLineItemID = webOrderLineItemID;
+                                         std::string webOrderLineItemID) {
+  item.webOrderLineItemID = std::move(webOrderLineItemID);
   return item;
 }
 
@@ -231,7 +231,7 @@ inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> en
 
 // The first period of "monthly": transaction 1000, web order line item 77, in March.
 inline QELInAppPurchaseItem firstMonth() {
-  return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1000", "1000"), 77);
+  return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1000", "1000"), "77");
 }
 
 // The deduplication identifier of firstMonth() and of every later period of the same subscription

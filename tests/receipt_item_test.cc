@@ -32,7 +32,7 @@ INSTANTIATE_TEST_SUITE_P(
                   [](QELInAppPurchaseItem& item) { item.purchaseDateIA5String = kApril; }},
         FieldCase{"PurchaseType",
                   [](QELInAppPurchaseItem& item) { item.purchaseType = kNonRenewing; }},
-        FieldCase{"WebOrder", [](QELInAppPurchaseItem& item) { item.webOrderLineItemID = 78; }},
+        FieldCase{"WebOrder", [](QELInAppPurchaseItem& item) { item.webOrderLineItemID = "78"; }},
         FieldCase{"WebOrderAbsent",
                   [](QELInAppPurchaseItem& item) { item.webOrderLineItemID = std::nullopt; }},
         FieldCase{"TransactionID", [](QELInAppPurchaseItem& item) { item.transactionID = "2"; }},

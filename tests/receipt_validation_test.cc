@@ -54,10 +54,11 @@ QELInAppPurchaseItem oneOff(std::int64_t type, const char* date = kMarch) {
   return entryOf(type, "monthly", date, "1000", "1000");
 }
 QELInAppPurchaseItem trialInFebruary() {
-  return freeTrial(withWebOrder(entryOf(kAutoRenewable, "monthly", kFebruary, "1000", "1000"), 76));
+  return freeTrial(
+      withWebOrder(entryOf(kAutoRenewable, "monthly", kFebruary, "1000", "1000"), "76"));
 }
 QELInAppPurchaseItem renewalInMarch() {
-  return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), 77);
+  return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), "77");
 }
 
 // --- Guards ---
@@ -133,7 +134,7 @@ TEST_F(ReceiptValidationTest, RestoredNonConsumableIsInvalidAmongSeveralEntriesT
 }
 
 TEST_F(ReceiptValidationTest, RestoredNonConsumableWithAWebOrderIsInvalidToo) {
-  receipt = {withWebOrder(oneOff(kNonConsumable), 77)};
+  receipt = {withWebOrder(oneOff(kNonConsumable), "77")};
   transaction = "2";
   originalTransaction = "1";
   expectOutcome(baseWith({{"invalid", 1}}), {logged(40005)});
@@ -297,7 +298,7 @@ TEST_P(MeaninglessTypeTest, IsReportedInSilence) {
 }
 
 TEST_P(MeaninglessTypeTest, IsAnAutoRenewableSubscriptionWithAWebOrder) {
-  receipt = {withWebOrder(oneOff(GetParam().purchaseType), 77)};
+  receipt = {withWebOrder(oneOff(GetParam().purchaseType), "77")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}}),
                 {logged(40008)});
 }
@@ -312,7 +313,7 @@ INSTANTIATE_TEST_SUITE_P(Types, MeaninglessTypeTest,
 // --- Purchase types of more than 32 bits ---
 
 TEST_F(ReceiptValidationTest, PurchaseTypeReadsThreeInItsLow32Bits) {
-  receipt = {withWebOrder(oneOff(4294967299), 77)};
+  receipt = {withWebOrder(oneOff(4294967299), "77")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}}),
                 {logged(40008)});
 }
@@ -369,18 +370,18 @@ TEST_F(ReceiptValidationTest, EntryAtTheDateOfAnotherProductDoesNotCount) {
 }
 
 TEST_F(ReceiptValidationTest, NonConsumableWithAWebOrderIsMatchedByDate) {
-  receipt = {withWebOrder(oneOff(kNonConsumable, kFebruary), 77)};
+  receipt = {withWebOrder(oneOff(kNonConsumable, kFebruary), "77")};
   expectOutcome(baseWith({{"invalid", 1}, {"subscription", 1}}), {logged(40023, {"monthly"})});
 }
 
 TEST_F(ReceiptValidationTest, NonConsumableWithAWebOrderAtTheDateIsAnAutoRenewable) {
-  receipt = {withWebOrder(oneOff(kNonConsumable), 77)};
+  receipt = {withWebOrder(oneOff(kNonConsumable), "77")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}}),
                 {logged(40008)});
 }
 
 TEST_F(ReceiptValidationTest, WebOrderOfZeroIsPresentAndPartOfTheIdentifier) {
-  receipt = {withWebOrder(oneOff(kConsumable), 0)};
+  receipt = {withWebOrder(oneOff(kConsumable), "0")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf10000monthly}, {"subscription", 1}}),
                 {logged(40008)});
 }
@@ -433,7 +434,7 @@ TEST_F(ReceiptValidationTest, EarlierEntriesDoNotDecideTheType) {
 }
 
 TEST_F(ReceiptValidationTest, LatestEntryDecidesWhetherThePurchaseIsLikeASubscription) {
-  receipt = {withWebOrder(oneOff(kConsumable, kJanuary), 77), oneOff(kConsumable, kFebruary)};
+  receipt = {withWebOrder(oneOff(kConsumable, kJanuary), "77"), oneOff(kConsumable, kFebruary)};
   expectOutcome(baseWith({{"_did", kInsufficientIdentifiers}, {"sub_renew", 1}}), {logged(40008)});
 }
 
@@ -453,7 +454,7 @@ TEST_F(ReceiptValidationTest, NonRenewingSubscriptionIsReported) {
 }
 
 TEST_F(ReceiptValidationTest, NonRenewingSubscriptionLeavesTheWebOrderOutOfItsIdentifier) {
-  receipt = {withWebOrder(oneOff(kNonRenewing), 77)};
+  receipt = {withWebOrder(oneOff(kNonRenewing), "77")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf1000monthly}, {"subscription", 1}}), {logged(40025)});
 }
 

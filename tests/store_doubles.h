@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,17 +15,24 @@
 
 namespace qel::testing {
 
-// The operations that were asked of all records that share the list, such as "product.price".
-using Asked = std::vector<std::string>;
+// The operations that were called on the records that share this log, such as "product.price".
+struct Asked : std::vector<std::string> {
+  using std::vector<std::string>::vector;
 
-// Notes the questions to the record `name` down, where there is a list to note them in.
+  // Throws instead of returning; none when empty.
+  std::string throwingOperation;
+};
+
+// Appends each call of an operation of the record `name` to a log, if there is one.
 class Questioned {
  public:
   Questioned(Asked* asked, std::string name) : asked_(asked), name_(std::move(name)) {}
 
  protected:
   void note(const char* operation) const {
-    if (asked_ != nullptr) asked_->push_back(name_ + "." + operation);
+    if (asked_ == nullptr) return;
+    asked_->push_back(name_ + "." + operation);
+    if (asked_->back() == asked_->throwingOperation) throw std::runtime_error(asked_->back());
   }
 
  private:

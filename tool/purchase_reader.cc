@@ -30,7 +30,7 @@ struct ReadEntry {
   OptionalText productID;
   OptionalText purchaseDateIA5String;
   std::optional<std::int64_t> purchaseType;
-  std::optional<std::int64_t> webOrderLineItemID;
+  OptionalText webOrderLineItemID;
   OptionalText transactionID;
   OptionalText originalTransactionID;
   bool isFreeTrial = false;
@@ -52,7 +52,7 @@ void assign(QELInAppPurchaseItem& item, const ReadEntry& entry) {
   assign(item.productID, entry.productID);
   assign(item.purchaseDateIA5String, entry.purchaseDateIA5String);
   item.purchaseType = entry.purchaseType;
-  item.webOrderLineItemID = entry.webOrderLineItemID;
+  assign(item.webOrderLineItemID, entry.webOrderLineItemID);
   assign(item.transactionID, entry.transactionID);
   assign(item.originalTransactionID, entry.originalTransactionID);
   item.isFreeTrial = entry.isFreeTrial;
@@ -247,6 +247,19 @@ void read(Source&, json::value& value, Destination& destination) {
 void read(Source&, json::value& value, std::uint64_t& integer) {
   if (value.get_uint64().get(integer) == simdjson::SUCCESS) return;
   takeNullForInteger(value, "an integer from 0 to 18446744073709551615");
+}
+
+// Reads an integer of any size as its decimal digits, with a minus sign if it is negative.
+void readIntegerDigits(json::value& value, OptionalText& digits) {
+  constexpr const char* kExpected = "an integer";
+  const std::string_view token = withoutTrailingSpace(value.raw_json_token());
+  if (!isJsonNumber(token)) {
+    takeNullForInteger(value, kExpected);
+    return;
+  }
+  const bool isInteger = token.find_first_of(".eE") == std::string_view::npos;
+  if (!isInteger) takeNullForInteger(value, kExpected);
+  digits = token == "-0" ? "0" : token;
 }
 
 void read(Source& source, json::value& value, std::optional<Decimal>& decimal) {
@@ -515,7 +528,10 @@ constexpr Field<ReadEntry> kEntryFields[] = {
     {"productID", into<&ReadEntry::productID>},
     {"purchaseDateIA5String", into<&ReadEntry::purchaseDateIA5String>},
     {"purchaseType", into<&ReadEntry::purchaseType>},
-    {"webOrderLineItemID", into<&ReadEntry::webOrderLineItemID>},
+    {"webOrderLineItemID",
+     [](Source&, json::value& value, ReadEntry& entry) {
+       readIntegerDigits(value, entry.webOrderLineItemID);
+     }},
     {"transactionID", into<&ReadEntry::transactionID>},
     {"originalTransactionID", into<&ReadEntry::originalTransactionID>},
     {"isFreeTrial", into<&ReadEntry::isFreeTrial>},

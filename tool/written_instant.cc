@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "portable/written_date.h"
+#include "qel/rfc3339.h"
 
 namespace qel::tool {
 namespace {
@@ -30,14 +30,14 @@ std::int32_t nanosecondsOf(std::string_view digits) {
 }  // namespace
 
 std::optional<Instant> instantFromText(std::string_view text) {
-  if (text.size() <= kPoint || text[kPoint] != '.') return instantFromWrittenDate(text);
+  if (text.size() <= kPoint || text[kPoint] != '.') return parseRfc3339(text);
 
   const std::size_t end = std::min(text.find_first_not_of("0123456789", kPoint + 1), text.size());
   const std::string_view digits = text.substr(kPoint + 1, end - kPoint - 1);
   if (digits.empty()) return std::nullopt;
   const std::string withoutFraction =
       std::string(text.substr(0, kPoint)) + std::string(text.substr(end));
-  std::optional<Instant> instant = instantFromWrittenDate(withoutFraction);
+  std::optional<Instant> instant = parseRfc3339(withoutFraction);
   if (instant.has_value()) instant->nanoseconds = nanosecondsOf(digits);
   return instant;
 }

@@ -10,15 +10,16 @@
 #include <string_view>
 
 #include "qel/event_parameters.h"
+#include "qel/export.h"
 #include "qel/receipt_item.h"
 #include "qel/store_records.h"
 
 namespace qel {
 
 // Keys of an event that the rest of the library looks up: "invalid", "sub_convert" and "sub_renew".
-extern const std::string_view kQELParameterInAppPurchaseInvalid;
-extern const std::string_view kQELParameterIsSubscriptionConversion;
-extern const std::string_view kQELParameterIsSubscriptionRenewal;
+QEL_EXPORT extern const std::string_view kQELParameterInAppPurchaseInvalid;
+QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionConversion;
+QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 
 }  // namespace qel
 
@@ -38,7 +39,8 @@ extern const std::string_view kQELParameterIsSubscriptionRenewal;
 //
 // Never throws; ends the program when memory runs out. Threads: any, several calls at once, each
 // with its own arguments. The result belongs to the caller.
-std::optional<qel::EventParameters> QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+QEL_EXPORT std::optional<qel::EventParameters>
+QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     const qel::StoreProduct* product, const qel::StoreTransaction* transaction,
     qel::QELInAppPurchaseItemsView receiptItems) noexcept;
 

@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "qel/export.h"
 #include "qel/instant.h"
 #include "qel/receipt_item.h"
 #include "qel/text.h"
@@ -23,7 +24,7 @@
 //
 // Never throws; ends the program when memory runs out. Threads: any, several calls at once; `items`
 // must not change during a call.
-std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
+QEL_EXPORT std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
     qel::QELInAppPurchaseItemsView items, const qel::OptionalText& productIdentifier,
     const std::optional<qel::Instant>& date) noexcept;
 

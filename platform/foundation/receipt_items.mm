@@ -12,7 +12,7 @@ QELInAppPurchaseItem itemFrom(id<QELInAppPurchaseItem> item) {
   result.purchaseDateIA5String = textFrom([item purchaseDateIA5String]);
   if (NSNumber* const type = [item purchaseType]) result.purchaseType = [type intValue];
   if (NSNumber* const webOrder = [item webOrderLineItemID]) {
-    result.webOrderLineItemID = [webOrder longLongValue];
+    result.webOrderLineItemID = textFrom([webOrder stringValue]).value_or(std::string());
   }
   result.transactionID = textFrom([item transactionID]);
   result.originalTransactionID = textFrom([item originalTransactionID]);

@@ -1,6 +1,6 @@
 #include "qel/date_formatter.h"
 
-#include "written_date.h"
+#include "qel/rfc3339.h"
 
 namespace qel {
 
@@ -10,7 +10,7 @@ DateFormatter::~DateFormatter() = default;
 
 std::optional<Instant> DateFormatter::dateFromString(const OptionalText& text) const {
   if (!text.has_value()) return std::nullopt;
-  return instantFromWrittenDate(*text);
+  return parseRfc3339(*text);
 }
 
 }  // namespace qel

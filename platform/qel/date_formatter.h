@@ -8,6 +8,7 @@
 
 #include <optional>
 
+#include "qel/export.h"
 #include "qel/instant.h"
 #include "qel/text.h"
 
@@ -17,7 +18,7 @@ namespace qel {
 // time zone at 0 seconds from GMT: 2019-03-14T09:26:53Z or 2019-03-14T10:26:53+01:00.
 //
 // Threads: a formatter is used on the thread that made it.
-class DateFormatter {
+class QEL_EXPORT DateFormatter {
  public:
   // Sets the locale, the pattern and the time zone, in this order.
   DateFormatter();

@@ -10,6 +10,8 @@
 #include <optional>
 #include <string_view>
 
+#include "qel/export.h"
+
 namespace qel {
 
 // A sign, an integer coefficient and a power of ten, or not a number. 8.29 is 829 times ten to the
@@ -40,15 +42,15 @@ class Decimal {
   // Reads a number in JSON number syntax (RFC 8259: -12.5e3; no leading plus sign, no leading
   // zeros), or the text NaN. Gives nothing for any other text, and for a number that the decimal
   // cannot hold exactly: one with no form of at most 38 digits and an exponent from -128 to 127.
-  static std::optional<Decimal> fromString(std::string_view text);
+  QEL_EXPORT static std::optional<Decimal> fromString(std::string_view text);
 
   // Multiplies exactly, and never rounds: gives not a number when either factor is, and when the
   // product needs a coefficient of more than 256 bits or an exponent beyond -256 to 254.
-  Decimal decimalNumberByMultiplyingBy(const Decimal& factor) const;
+  QEL_EXPORT Decimal decimalNumberByMultiplyingBy(const Decimal& factor) const;
 
   // The nearest binary double, a tie going to the even one; infinite when the magnitude is too
   // large for a double. Depends on no locale.
-  double doubleValue() const;
+  QEL_EXPORT double doubleValue() const;
 
  private:
   // 256 bits, least significant 64 first.

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "qel/export.h"
+
 namespace qel {
 
 // The 64 least significant bits of the MD5 digest (RFC 1321) of `bytes`, the digest taken as the
@@ -13,7 +15,7 @@ namespace qel {
 // first. The text 100077monthly gives 0x114F509B0A08BCF9, the end of what md5sum prints for it.
 //
 // This reading is fixed for good: the same purchase must give the same identifier in every version.
-std::uint64_t qel_64LSBMD5(std::string_view bytes);
+QEL_EXPORT std::uint64_t qel_64LSBMD5(std::string_view bytes);
 
 }  // namespace qel
 

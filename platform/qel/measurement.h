@@ -8,6 +8,8 @@
 #include <string_view>
 #include <variant>
 
+#include "qel/export.h"
+
 namespace qel {
 
 // What a message is about: a string or an unsigned number.
@@ -36,10 +38,10 @@ class DiagnosticsMonitor {
 class QELMeasurement {
  public:
   // The monitor to log to, null when none is installed. Ask again for every message.
-  static std::shared_ptr<DiagnosticsMonitor> monitor();
+  QEL_EXPORT static std::shared_ptr<DiagnosticsMonitor> monitor();
 
   // Installs `monitor` in place of the one before; null removes it.
-  static void setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor);
+  QEL_EXPORT static void setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor);
 };
 
 }  // namespace qel

@@ -15,11 +15,8 @@ namespace qel {
 // One in-app purchase entry of an app's receipt. Two entries are equal when all their fields are;
 // here, unlike between texts, absent matches absent, so that an entry always equals itself.
 struct QELInAppPurchaseItem {
-  // What putting entries in order and finding one among them read stands first, in one cache line:
-  // a receipt may hold thousands of entries.
-
-  // Present, whatever its value, on the entries of subscriptions.
-  std::optional<std::int64_t> webOrderLineItemID;
+  // The fields that sorting and searching read come first, in one cache line: a receipt may hold
+  // thousands of entries.
 
   // The purchase date as the receipt writes it: 2019-03-14T09:26:53Z. Any text may stand here.
   std::optional<std::string> purchaseDateIA5String;
@@ -39,6 +36,11 @@ struct QELInAppPurchaseItem {
 
   // The transaction that began the subscription; a first purchase carries its own identifier here.
   std::optional<std::string> originalTransactionID;
+
+  // The string form of the number that the store gives to each billed period of a subscription, in
+  // decimal digits: "1000000045678902". Present makes the entry one of a subscription, "0" and an
+  // empty text included. Any text may stand here; it enters the deduplication identifier unchanged.
+  std::optional<std::string> webOrderLineItemID;
 
   friend bool operator==(const QELInAppPurchaseItem&, const QELInAppPurchaseItem&) = default;
 };

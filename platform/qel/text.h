@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "qel/export.h"
+
 namespace qel {
 
 // A text that may be absent. Absent and empty are different things: where a rule treats them alike,
@@ -31,7 +33,7 @@ constexpr bool isEqual(const OptionalText& left, const OptionalText& right) {
 // low one, which is how pieces of UTF-16 meet when they are joined, becomes the one character that
 // the pair stands for. Gives nothing when any surrogate is left over or the text is otherwise
 // ill-formed.
-std::optional<std::string> utf8DataWithoutLoss(std::string text);
+QEL_EXPORT std::optional<std::string> utf8DataWithoutLoss(std::string text);
 
 }  // namespace qel
 

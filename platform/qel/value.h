@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "qel/export.h"
 #include "qel/text.h"
 
 namespace qel {
@@ -22,11 +23,10 @@ class QELValuePtr;
 class QELValue {
  public:
   // Makes a value of a copy of `string`.
-  static QELValuePtr initWithString(std::string_view string);
+  QEL_EXPORT static QELValuePtr initWithString(std::string_view string);
 
-  // Makes a value of `integer`. For 0 and 1, which are the flags and most quantities, it is always
-  // the same object.
-  static QELValuePtr initWithInt64(std::int64_t integer);
+  // Makes a value of `integer`.
+  QEL_EXPORT static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
   std::int64_t int64Value() const { return isString_ ? 0 : number_; }
@@ -48,11 +48,8 @@ class QELValue {
  private:
   friend class QELValuePtr;
 
-  // What `owners_` of a value is that nobody owns, and that never ends.
-  static constexpr std::uint32_t kNotCounted = 0;
-
-  constexpr QELValue(bool isString, std::int64_t number, std::uint32_t owners)
-      : owners_(owners), isString_(isString), number_(number) {}
+  // The maker is the first owner.
+  QELValue(bool isString, std::int64_t number) : owners_(1), isString_(isString), number_(number) {}
   ~QELValue() = default;
 
   // How many pointers own the value. It is kept here, and the characters of a string right behind
@@ -98,12 +95,11 @@ class QELValuePtr {
   explicit QELValuePtr(const QELValue* value) : value_(value) {}
 
   static void retain(const QELValue& value) {
-    const bool isCounted = value.owners_.load(std::memory_order_relaxed) != QELValue::kNotCounted;
-    if (isCounted) value.owners_.fetch_add(1, std::memory_order_relaxed);
+    value.owners_.fetch_add(1, std::memory_order_relaxed);
   }
 
   // Gives up one ownership, and with the last one the value.
-  static void release(const QELValue* value);
+  QEL_EXPORT static void release(const QELValue* value);
 
   const QELValue* value_ = nullptr;
 };

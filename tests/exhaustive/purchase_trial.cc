@@ -99,8 +99,9 @@ QELInAppPurchaseItem recordOf(const Entry& entry) {
   record.productID = productOf(entry.product);
   record.purchaseDateIA5String = dateTextOf(entry);
   record.purchaseType = typeOf(entry.type);
-  if (entry.webOrder == WebOrderIs::kZero) record.webOrderLineItemID = 0;
-  if (entry.webOrder == WebOrderIs::kGiven) record.webOrderLineItemID = 70 + entry.series;
+  if (entry.webOrder == WebOrderIs::kZero) record.webOrderLineItemID = "0";
+  if (entry.webOrder == WebOrderIs::kGiven)
+    record.webOrderLineItemID = std::to_string(70 + entry.series);
   record.transactionID = textOrNot(entry.transaction, own);
   if (entry.original == EntryOriginalIs::kEmpty) record.originalTransactionID = "";
   if (entry.original == EntryOriginalIs::kSame) record.originalTransactionID = own;

@@ -27,6 +27,10 @@ def boolean(value):
     return "true" if value else "false"
 
 
+def digits(value):
+    return text(str(value))
+
+
 def fields(values):
     """An initializer of those fields that have a value."""
     present = [".{} = {}".format(name, value) for name, value in values if value is not None]
@@ -87,7 +91,7 @@ def entry(record):
         ("productID", optional(text, record.get("productID"))),
         ("purchaseDateIA5String", optional(text, record.get("purchaseDateIA5String"))),
         ("purchaseType", optional(integer, record.get("purchaseType"))),
-        ("webOrderLineItemID", optional(integer, record.get("webOrderLineItemID"))),
+        ("webOrderLineItemID", optional(digits, record.get("webOrderLineItemID"))),
         ("transactionID", optional(text, record.get("transactionID"))),
         ("originalTransactionID", optional(text, record.get("originalTransactionID"))),
         ("isFreeTrial", optional(boolean, record.get("isFreeTrial"))),

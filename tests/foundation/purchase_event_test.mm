@@ -43,7 +43,7 @@ PurchaseValues renewal() {
                                            .quantity = 1};
   purchase.receipt = {entryOf("2019-04-14T09:26:53Z", "2000"),
                       entryOf("2019-03-14T09:26:53Z", "1000")};
-  purchase.receipt[0].webOrderLineItemID = 77;
+  purchase.receipt[0].webOrderLineItemID = "77";
   purchase.receipt[1].isFreeTrial = true;
   return purchase;
 }

@@ -134,7 +134,7 @@ QELInAppPurchaseItem entry(Random& random) {
   if (!oneIn(random, 15)) item.productID = identifier(random);
   item.purchaseDateIA5String = writtenDate(random);
   if (!oneIn(random, 12)) item.purchaseType = integer(random, 5);
-  if (oneIn(random, 3)) item.webOrderLineItemID = integer(random, 100);
+  if (oneIn(random, 3)) item.webOrderLineItemID = std::to_string(integer(random, 100));
   item.transactionID = transactionIdentifier(random);
   item.originalTransactionID = transactionIdentifier(random);
   item.isFreeTrial = oneIn(random, 3);

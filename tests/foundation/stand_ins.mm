@@ -213,7 +213,7 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 - (NSNumber*)webOrderLineItemID {
   note(asked_, "entry.webOrderLineItemID");
-  return liveInteger(values_->webOrderLineItemID);
+  return liveDecimal(values_->webOrderLineItemID);
 }
 - (NSString*)transactionID {
   note(asked_, "entry.transactionID");

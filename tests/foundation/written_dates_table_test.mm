@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "portable/written_date.h"
 #include "qel/date_formatter.h"
+#include "qel/rfc3339.h"
 #import "stand_ins.h"
 #include "value_conversion.h"
 
@@ -101,7 +101,7 @@ TEST(WrittenDatesTableTest, SaysWhatEachReaderMakesOfEachDate) {
     NSDateFormatter* const strict = strictFormatter();
     for (const Row& row : rows) {
       SCOPED_TRACE(row.written);
-      EXPECT_EQ(documented(instantFromWrittenDate(row.written)), row.portable);
+      EXPECT_EQ(documented(parseRfc3339(row.written)), row.portable);
       EXPECT_EQ(
           documented(foundation::instantFrom([strict dateFromString:liveString(row.written)])),
           row.strict);
@@ -158,7 +158,7 @@ TEST(WrittenDatesTableTest, AllReadTheDatesThatThePortableReaderReads) {
     for (int i = 0; i < kDates; ++i) {
       @autoreleasepool {
         const std::string date = randomDate(random);
-        const std::optional<Instant> expected = instantFromWrittenDate(date);
+        const std::optional<Instant> expected = parseRfc3339(date);
         ASSERT_TRUE(expected.has_value()) << date;
         ASSERT_EQ(lenient.dateFromString(date), expected) << date;
         ASSERT_EQ(foundation::instantFrom([strict dateFromString:liveString(date)]), expected)

@@ -118,7 +118,7 @@ std::uint64_t judgedDigest(std::string_view bytes) {
 }
 
 std::uint64_t judgedDedupeId(const std::optional<std::string_view>& originalTransactionId,
-                             const std::optional<std::int64_t>& webOrderLineItemId,
+                             const std::optional<std::string_view>& webOrderLineItemId,
                              const std::optional<std::string_view>& productId) {
   if (originalTransactionId.value_or("").empty() || productId.value_or("").empty()) return ~0ull;
   std::ostringstream joined;

@@ -25,7 +25,7 @@ std::uint64_t judgedDigest(std::string_view bytes);
 
 // The identifier of the three pieces.
 std::uint64_t judgedDedupeId(const std::optional<std::string_view>& originalTransactionId,
-                             const std::optional<std::int64_t>& webOrderLineItemId,
+                             const std::optional<std::string_view>& webOrderLineItemId,
                              const std::optional<std::string_view>& productId);
 
 }  // namespace qel::testing

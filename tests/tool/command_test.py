@@ -390,7 +390,6 @@ class FaultTest(CommandTest):
                 signed,
             ),
             (b'{"receipt":[{"purchaseType":@}]}', "/receipt/0/purchaseType", signed),
-            (b'{"receipt":[{"webOrderLineItemID":@}]}', "/receipt/0/webOrderLineItemID", signed),
             (
                 b'{"product":{"introductoryPrice":{"paymentMode":@}}}',
                 "/product/introductoryPrice/paymentMode",

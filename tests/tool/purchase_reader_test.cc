@@ -104,7 +104,7 @@ void expectWholePurchase(const Purchase& purchase) {
   entry.productID = "monthly";
   entry.purchaseDateIA5String = "2019-03-14T09:26:53Z";
   entry.purchaseType = 3;
-  entry.webOrderLineItemID = 77;
+  entry.webOrderLineItemID = "77";
   entry.transactionID = "2000";
   entry.originalTransactionID = "1000";
   entry.isFreeTrial = true;
@@ -444,7 +444,7 @@ constexpr TypedKey kTypedKeys[] = {
     {"EntryPurchaseType", R"({"receipt":[{"purchaseType":@}]})", "/receipt/0/purchaseType", kSigned,
      "n"},
     {"EntryWebOrder", R"({"receipt":[{"webOrderLineItemID":@}]})", "/receipt/0/webOrderLineItemID",
-     kSigned, "n"},
+     "an integer", "n"},
     {"EntryTransactionID", R"({"receipt":[{"transactionID":@}]})", "/receipt/0/transactionID",
      "a string", "s"},
     {"EntryOriginalTransactionID", R"({"receipt":[{"originalTransactionID":@}]})",
@@ -545,9 +545,6 @@ TEST(PurchaseReaderTest, ReadsSignedIntegersUpToTheirLimits) {
     const QELInAppPurchaseItem& typed =
         reader.read(withValue(R"({"receipt":[{"purchaseType":@}]})", written)).receipt[0];
     EXPECT_EQ(typed.purchaseType, integer);
-    const QELInAppPurchaseItem& ordered =
-        reader.read(withValue(R"({"receipt":[{"webOrderLineItemID":@}]})", written)).receipt[0];
-    EXPECT_EQ(ordered.webOrderLineItemID, integer);
   }
 }
 
@@ -560,8 +557,41 @@ TEST(PurchaseReaderTest, RejectsSignedIntegersPastTheirLimits) {
               "/transaction/payment/quantity" + message);
     EXPECT_EQ(errorOf(withValue(R"({"receipt":[{"purchaseType":@}]})", written)),
               "/receipt/0/purchaseType" + message);
+  }
+}
+
+// The digits enter the identifier, so that no size is too large.
+TEST(PurchaseReaderTest, ReadsTheDigitsOfAWebOrderLineItemOfAnySize) {
+  Reader reader;
+  const std::string huge(400, '9');
+  const struct {
+    std::string written;
+    std::string digits;
+  } cases[] = {{"0", "0"},
+               {"-0", "0"},
+               {"-1", "-1"},
+               {"9223372036854775808", "9223372036854775808"},
+               {"18446744073709551616", "18446744073709551616"},
+               {" 77 ", "77"},
+               {huge, huge},
+               {"-" + huge, "-" + huge}};
+  for (const auto& [written, digits] : cases) {
+    const Purchase& purchase = reader.read(
+        withValue(R"({"receipt":[{"webOrderLineItemID":@,"productID":"coins"}]})", written));
+    EXPECT_EQ(purchase.receipt[0].get().webOrderLineItemID, digits);
+    EXPECT_EQ(purchase.receipt[0].get().productID, "coins");
+  }
+}
+
+TEST(PurchaseReaderTest, RejectsAWebOrderLineItemThatIsNoInteger) {
+  for (const char* const written : {"1.0", "1e0", "1E2", "0.5", "-0.0"}) {
     EXPECT_EQ(errorOf(withValue(R"({"receipt":[{},{"webOrderLineItemID":@}]})", written)),
-              "/receipt/1/webOrderLineItemID" + message);
+              std::string("/receipt/1/webOrderLineItemID expected an integer, found ") + written);
+  }
+  for (const char* const written : {"01", "-", "1.", "1x", "0x10"}) {
+    EXPECT_EQ(errorOf(withValue(R"({"receipt":[{},{"webOrderLineItemID":@}]})", written)),
+              "/receipt/1/webOrderLineItemID broken JSON: expected a number in JSON syntax")
+        << written;
   }
 }
 

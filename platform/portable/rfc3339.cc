@@ -1,4 +1,4 @@
-#include "written_date.h"
+#include "qel/rfc3339.h"
 
 #include <chrono>
 #include <cstddef>
@@ -7,7 +7,7 @@
 namespace qel {
 namespace {
 
-// The shapes of the pieces of a written date. A 0 stands for any ASCII digit; every other character
+// The shapes of the pieces of a timestamp. A 0 stands for any ASCII digit; every other character
 // stands for itself.
 constexpr std::string_view kDateAndTime = "0000-00-00T00:00:00";
 constexpr std::string_view kUtc = "Z";
@@ -57,7 +57,7 @@ constexpr std::optional<int> offsetOfZone(std::string_view zone) {
 
 }  // namespace
 
-std::optional<Instant> instantFromWrittenDate(std::string_view text) {
+std::optional<Instant> parseRfc3339(std::string_view text) {
   constexpr std::size_t kTime = std::string_view("0000-00-00T").size();
   if (!hasShape<kDateAndTime>(text.substr(0, kDateAndTime.size()))) return std::nullopt;
 
