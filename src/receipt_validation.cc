@@ -113,7 +113,7 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   // The store's own identifiers tell a restore or a second purchase; the receipt's are not asked.
   const bool isRepurchase = !isEmpty(transactionIdentifier) &&
                             !isEmpty(originalTransactionIdentifier) &&
-                            transactionIdentifier != originalTransactionIdentifier;
+                            !isEqual(transactionIdentifier, originalTransactionIdentifier);
   if (typeOf(latest) == PurchaseType::kNonConsumable && isRepurchase) {
     log(message::kRestoredNonConsumable);
     parameters.setFlag(ParameterKey::kInvalid);

@@ -184,7 +184,9 @@ double nearestDouble(const Coefficient& coefficient, int exponent) {
     return exponent < 0 ? integer / kPowersOfTen[power] : integer * kPowersOfTen[power];
   }
 
-  const std::string text = decimalDigits(coefficient) + "e" + std::to_string(exponent);
+  std::string text = decimalDigits(coefficient);
+  text += exponent < 0 ? "e-" : "e";
+  text += decimalDigits({power});
   double result = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
   // The least exponent that a product can have is far from the least double: only the greatest may

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "qel/text.h"
+
 namespace qel {
 
 // One in-app purchase entry of an app's receipt. Two entries are equal when all their fields are;
@@ -42,7 +44,22 @@ struct QELInAppPurchaseItem {
   // empty text included. Any text may stand here; it enters the deduplication identifier unchanged.
   std::optional<std::string> webOrderLineItemID;
 
-  friend bool operator==(const QELInAppPurchaseItem&, const QELInAppPurchaseItem&) = default;
+  // Written out, because clang compiles a defaulted comparison into functions of the standard
+  // library that a shared library would export.
+  friend bool operator==(const QELInAppPurchaseItem& left, const QELInAppPurchaseItem& right) {
+    return areSame(left.purchaseDateIA5String, right.purchaseDateIA5String) &&
+           left.isFreeTrial == right.isFreeTrial &&
+           left.isIntroductoryOffer == right.isIntroductoryOffer &&
+           left.purchaseType == right.purchaseType && areSame(left.productID, right.productID) &&
+           areSame(left.transactionID, right.transactionID) &&
+           areSame(left.originalTransactionID, right.originalTransactionID) &&
+           areSame(left.webOrderLineItemID, right.webOrderLineItemID);
+  }
+
+ private:
+  static bool areSame(const OptionalText& left, const OptionalText& right) {
+    return left.has_value() ? isEqual(left, right) : !right.has_value();
+  }
 };
 
 // Lists hold their entries by reference, and an entry may stand in a list more than once. The
