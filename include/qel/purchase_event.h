@@ -28,8 +28,8 @@ QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 //
 // `product` and `transaction` may be null, and `receiptItems` may be empty. The store's records are
 // asked during the call only; the receipt's list must not change during it. An event always holds
-// "product_id", "price", "value" and "currency"; a purchase that the receipt does not bear out is
-// an event with "invalid", not nothing.
+// "product_id", "price", "value" and "currency"; a purchase that the receipt does not confirm is an
+// event with "invalid", not nothing.
 //
 // Rejections and decisions are reported to QELMeasurement::monitor(). Three cases are silent: an
 // event that in the end lacks its price, value or currency, for which nothing is returned (a free
@@ -37,8 +37,11 @@ QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 // subscription nor of a type that the store names; and an offer that cannot be asked for its price,
 // which leaves the product's.
 //
-// Never throws; ends the program when memory runs out. Threads: any, several calls at once, each
-// with its own arguments. The result belongs to the caller.
+// Lets no exception through: if a record or the monitor throws, or memory runs out, the program
+// ends with std::terminate.
+//
+// Threads: any, several calls at once, each with its own arguments. The result belongs to the
+// caller.
 QEL_EXPORT std::optional<qel::EventParameters>
 QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     const qel::StoreProduct* product, const qel::StoreTransaction* transaction,

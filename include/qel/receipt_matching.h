@@ -22,8 +22,9 @@
 // taken twice. It is empty when none matches, and nothing when there is no question to answer:
 // `items` is empty, or there is neither an identifier nor a date.
 //
-// Never throws; ends the program when memory runs out. Threads: any, several calls at once; `items`
-// must not change during a call.
+// Lets no exception through: if memory runs out, the program ends with std::terminate.
+//
+// Threads: any, several calls at once; `items` must not change during a call.
 QEL_EXPORT std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
     qel::QELInAppPurchaseItemsView items, const qel::OptionalText& productIdentifier,
     const std::optional<qel::Instant>& date) noexcept;

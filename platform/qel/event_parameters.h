@@ -15,22 +15,23 @@
 namespace qel {
 
 // Every key that an event can hold, in ascending order of the key's text. Amounts are in micros of
-// the currency; a flag is the integer 1 and is otherwise left out.
+// the currency; a flag is the integer 1 and is otherwise left out. The matched entry is the one
+// entry of the product at the transaction's date, or the only entry of a one-off purchase.
 enum class ParameterKey : std::uint8_t {
-  kDedupeId,           // integer: the deduplication identifier; -1 and 0 tell that there is none
-  kCurrency,           // string: currency code of the product's locale
-  kFreeTrial,          // flag: the purchase is a free trial
-  kInvalid,            // flag: the receipt does not bear the purchase out
-  kOriginalPrice,      // integer: the product's undiscounted price
-  kPrice,              // integer: the price of one unit, as charged
-  kPriceIsDiscounted,  // flag: the price charged is not the product's price
+  kDedupeId,           // integer: deduplication identifier; -1 insufficient input, 0 not encodable
+  kCurrency,           // string: currency code of the product's price
+  kFreeTrial,          // flag: the matched entry is a free trial
+  kInvalid,            // flag: the receipt does not confirm the purchase, or it repeats one
+  kOriginalPrice,      // integer: the product's price, where kPrice is a trial's or an offer's
+  kPrice,              // integer: the price of one unit; the offer's, where it can be read
+  kPriceIsDiscounted,  // flag: the matched entry is a free trial or an introductory offer
   kProductId,          // string: the product's identifier
   kProductName,        // string: the product's localized title
   kQuantity,           // integer: units bought
-  kSubConvert,         // flag: the first paid period after a free trial
-  kSubRenew,           // flag: a further period of a subscription
-  kSubscription,       // flag: a subscription's first purchase, or one that the receipt contradicts
-  kValue,              // integer: what the purchase cost in all, as charged
+  kSubConvert,         // flag: a later purchase of a subscription, right after a free trial
+  kSubRenew,           // flag: any other later purchase of a subscription
+  kSubscription,       // flag: a subscription's first purchase, or an invalid subscription
+  kValue,              // integer: the price of all units
 };
 
 // The texts of the keys, as an event carries them, in the order of ParameterKey.

@@ -15,8 +15,8 @@ namespace qel {
 // What a message is about: a string or an unsigned number.
 using DiagnosticContext = std::variant<std::string_view, std::uint64_t>;
 
-// The library's diagnostics sink. Messages and contexts are valid during the call only. No
-// operation may throw.
+// The library's diagnostics sink. Messages and contexts are valid during the call only. An
+// operation must not throw: an exception ends the program.
 //
 // Threads: called from any thread that reports a purchase, several at once.
 class DiagnosticsMonitor {

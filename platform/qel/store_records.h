@@ -6,7 +6,8 @@
 //
 // A returned text or record belongs to the record that returned it. A text stays valid until the
 // call of the component that asked for it returns, whatever else is asked meanwhile; a record until
-// the same operation is asked again. No operation may throw.
+// the same operation is asked again. An operation must not throw:
+// an exception ends the program.
 //
 // Threads: a record is asked on the thread that called the component, and on no other.
 
