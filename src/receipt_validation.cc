@@ -10,7 +10,7 @@
 namespace qel {
 namespace {
 
-// What a receipt entry's purchase type means. Other values occur and mean nothing of their own.
+// Meanings of a receipt entry's purchase type. Other values occur and have no meaning.
 enum class PurchaseType : std::int32_t {
   kNonConsumable = 0,
   kConsumable = 1,
@@ -36,35 +36,24 @@ void setDedupeId(EventParameters& parameters, const QELInAppPurchaseItem& item,
                  QELValue::initWithInt64(static_cast<std::int64_t>(dedupeId)));
 }
 
-// A one-off purchase: the receipt's only entry for the product, and no subscription.
-void reportSingleItem(const QELInAppPurchaseItem& item, EventParameters& result) {
-  if (!isFirstPurchase(item)) {
-    log(message::kMismatchedTransactionIds);
-    return;
-  }
-  const PurchaseType type = typeOf(item);
+void setInvalidSubscription(EventParameters& parameters) {
+  parameters.setFlag(ParameterKey::kInvalid);
+  parameters.setFlag(ParameterKey::kSubscription);
+}
+
+// Logs a one-off purchase. Types without a meaning are not logged.
+void logOneOffPurchase(PurchaseType type) {
   if (type == PurchaseType::kConsumable) log(message::kConsumable);
   if (type == PurchaseType::kNonConsumable) log(message::kNonConsumable);
-  setDedupeId(result, item, std::nullopt);
 }
 
-void reportInvalidSubscription(EventParameters& result) {
-  result.setFlag(ParameterKey::kInvalid);
-  result.setFlag(ParameterKey::kSubscription);
-}
-
-void reportNonRenewingSubscription(const QELInAppPurchaseItem& item, EventParameters& result) {
-  result.setFlag(ParameterKey::kSubscription);
-  setDedupeId(result, item, std::nullopt);
-  log(message::kNonRenewingSubscription);
-}
-
-// An auto-renewable subscription, and whatever else has more than one entry in the receipt. `items`
-// are the entries of the product, earliest first.
-void reportAutoRenewableSubscription(const QELInAppPurchaseItem& item,
-                                     QELInAppPurchaseItemsView items, bool isRepurchase,
-                                     EventParameters& result) {
-  // A renewal, whose identifiers differ, is no new subscription.
+// Classifies a purchase of an auto-renewable subscription, or of another product with several
+// entries in the receipt: adds its keys to `result` and logs the decisions. `items` are the entries
+// of the product, earliest first; `item` is the one to report.
+void classifyAutoRenewableSubscription(const QELInAppPurchaseItem& item,
+                                       QELInAppPurchaseItemsView items, bool isRepurchase,
+                                       EventParameters& result) {
+  // A renewal, whose identifiers differ, is not a new subscription.
   if (isFirstPurchase(item)) result.setFlag(ParameterKey::kSubscription);
   setDedupeId(result, item, item.webOrderLineItemID);
 
@@ -110,7 +99,7 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   }
   const QELInAppPurchaseItem& latest = items->back();
 
-  // The store's own identifiers tell a restore or a second purchase; the receipt's are not asked.
+  // Decided by the identifiers of the store's transaction, not by those of the receipt's entry.
   const bool isRepurchase = !isEmpty(transactionIdentifier) &&
                             !isEmpty(originalTransactionIdentifier) &&
                             !isEqual(transactionIdentifier, originalTransactionIdentifier);
@@ -120,7 +109,12 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     return parameters;
   }
   if (items->size() == 1 && !isSubscriptionLike(latest)) {
-    reportSingleItem(latest, parameters);
+    if (!isFirstPurchase(latest)) {
+      log(message::kMismatchedTransactionIds);
+      return parameters;
+    }
+    logOneOffPurchase(typeOf(latest));
+    setDedupeId(parameters, latest, std::nullopt);
     return parameters;
   }
 
@@ -129,29 +123,26 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
           .value_or(QELInAppPurchaseItems());
   if (atDate.empty() && isSubscriptionLike(latest)) {
     log(message::kSubscriptionMissingInReceipt, *productIdentifier);
-    reportInvalidSubscription(parameters);
+    setInvalidSubscription(parameters);
     return parameters;
   }
   if (atDate.size() > 1) {
     log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
-    // Whatever the entries are.
-    reportInvalidSubscription(parameters);
+    // Also if the product is not a subscription.
+    setInvalidSubscription(parameters);
     return parameters;
   }
 
-  const auto report = [&](const QELInAppPurchaseItem& item) {
-    if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
-      reportNonRenewingSubscription(item, parameters);
-    } else {
-      reportAutoRenewableSubscription(item, *items, isRepurchase, parameters);
-    }
-  };
-  if (atDate.empty()) {
-    // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
-    // Every field of such an entry is absent.
-    report(QELInAppPurchaseItem());
+  // Several one-off purchases, none of them at the transaction's date, leave no entry to report.
+  // All fields of an absent entry are absent.
+  const QELInAppPurchaseItem absent;
+  const QELInAppPurchaseItem& item = atDate.empty() ? absent : atDate.front().get();
+  if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
+    parameters.setFlag(ParameterKey::kSubscription);
+    setDedupeId(parameters, item, std::nullopt);
+    log(message::kNonRenewingSubscription);
   } else {
-    report(atDate.front());
+    classifyAutoRenewableSubscription(item, *items, isRepurchase, parameters);
   }
   return parameters;
 }

@@ -1,4 +1,4 @@
-#include "event_builder.h"
+#include "completed_event.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "receipt_matching.h"
+#include "purchase_date_order.h"
 
 #include <gtest/gtest.h>
 
