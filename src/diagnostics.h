@@ -1,4 +1,4 @@
-// What the component tells the diagnostics monitor.
+// The messages of the component, and how they reach the diagnostics monitor.
 
 #ifndef QEL_SRC_DIAGNOSTICS_H_
 #define QEL_SRC_DIAGNOSTICS_H_
@@ -10,7 +10,7 @@
 
 namespace qel {
 
-// A message that the monitor may be told: a code of its own and a fixed text.
+// A message for the monitor: a unique code and a fixed text.
 struct DiagnosticMessage {
   int code;
   std::string_view text;
@@ -58,8 +58,8 @@ inline constexpr DiagnosticMessage kNilTransaction = {
 
 }  // namespace message
 
-// Tells the monitor `message`, about the one or two things of `context`. Asks for the monitor each
-// time; does nothing when none is installed.
+// Sends `message` to the monitor, with up to two context values. Gets the monitor afresh for each
+// message. Does nothing if none is installed.
 template <typename... Context>
 void log(const DiagnosticMessage& message, const Context&... context) {
   constexpr int kLevel = 8;

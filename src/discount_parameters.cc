@@ -6,7 +6,7 @@
 namespace qel {
 namespace {
 
-// An offer paid this way is a free trial.
+// An offer with this payment mode is a free trial.
 constexpr std::uint64_t kPaymentModeFreeTrial = 2;
 
 // A flag is set when its value is exactly 1.
@@ -37,7 +37,7 @@ EventParameters offerParameters(const EventParameters& validated, const Decimal&
     result.set(ParameterKey::kValue,
                QELValue::initWithInt64(QELValueInMicrosFromPriceAndQuantity(offerPrice, quantity)));
   }
-  // "price_is_discounted" already stands in the validated parameters.
+  // "price_is_discounted" is left out: the validated parameters have it already.
   return result;
 }
 

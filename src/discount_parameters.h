@@ -1,4 +1,4 @@
-// What a free trial or an introductory offer was actually charged.
+// The discount stage of an event: what was charged for a free trial or an introductory offer.
 
 #ifndef QEL_SRC_DISCOUNT_PARAMETERS_H_
 #define QEL_SRC_DISCOUNT_PARAMETERS_H_
@@ -11,10 +11,10 @@
 
 namespace qel {
 
-// Returns the parameters that replace those of `validated` because the purchase was discounted: at
-// most "original_price", "price_is_discounted", "price" and "value", and never none of them.
-// Returns nothing when `validated` is absent or marks neither a free trial nor a discounted price,
-// and when the price of the introductory offer cannot be had.
+// Returns the parameters that replace those of `validated` for a discounted purchase: at least
+// "price", at most also "original_price", "price_is_discounted" and "value". Returns std::nullopt
+// if `validated` is absent, if it marks neither a free trial nor a discounted price, or if the
+// price of the introductory offer cannot be read.
 //
 // `multiplier` is the number of micros in one unit of the currency.
 std::optional<EventParameters> QELDiscountParameters(

@@ -13,12 +13,12 @@ namespace qel {
 namespace {
 
 std::int64_t integerFromDecimal(const Decimal& amount) {
-  // 2^63, the first magnitude past the signed 64-bit range. -2^63 would still fit, and is what is
-  // returned for whatever does not.
+  // 2^63 is the first magnitude outside the signed 64-bit range. -2^63 would fit, but it is also
+  // the result for everything that does not.
   constexpr double kTwoTo63 = 9223372036854775808.0;
   const double nearest = amount.doubleValue();
-  // Converting a double that does not fit is undefined, so the range is tested first. Not a number
-  // compares false with everything.
+  // The range is tested first, because converting a double that does not fit is undefined. The test
+  // is false for NaN.
   const bool fits = std::abs(nearest) < kTwoTo63;
   if (!fits) return std::numeric_limits<std::int64_t>::min();
   return static_cast<std::int64_t>(nearest);
@@ -48,7 +48,7 @@ std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
   if (isEmpty(originalTransactionID)) return kInsufficient;
   if (isEmpty(productID)) return kInsufficient;
 
-  // No separator: the pieces 1, 23, p and 12, 3, p are one identifier, and stay so.
+  // Without a separator the texts 1, 23, p and 12, 3, p have the same identifier, for good.
   const std::string_view lineItem = webOrderLineItemID.value_or(std::string_view());
   std::string text;
   text.reserve(originalTransactionID->size() + lineItem.size() + productID->size());

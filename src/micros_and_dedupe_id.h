@@ -1,5 +1,4 @@
-// Amounts in micros, and the identifier by which the same purchase is known when it is reported
-// twice.
+// Amounts in micros, and the deduplication identifier of a purchase.
 //
 // Threads: pure functions, safe from any thread.
 
@@ -15,14 +14,14 @@
 namespace qel {
 
 // Prices are in units of their currency. An amount is the double nearest to the exact product,
-// truncated toward zero: 7.9 micros give 7, -1.5 give -1. Not a number, and an amount outside the
-// signed 64-bit range, give -9223372036854775808.
+// truncated toward zero: 7.9 micros become 7, -1.5 become -1. The amount is -9223372036854775808 if
+// the product is not a number or outside the signed 64-bit range.
 
-// What one unit at `price` costs, in micros when `multiplier` is the number of micros in a unit of
-// the currency.
+// Returns the price of one unit in micros. `multiplier` is the number of micros in one unit of the
+// currency.
 std::int64_t amountFromPrice(const Decimal& price, std::int64_t multiplier);
 
-// What `quantity` units at `price` cost in all, in micros.
+// Returns the price of `quantity` units in micros. `price` is the price of one.
 std::int64_t QELValueInMicrosFromPriceAndQuantity(const Decimal& price, std::int64_t quantity);
 
 // Returns the identifier of a purchase: the digest of the three texts of its receipt entry, joined

@@ -87,7 +87,7 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     const std::optional<Instant>& transactionDate, EventParameters&& parameters) {
   if (parameters.empty()) return std::nullopt;
   if (isEmpty(productIdentifier)) return std::nullopt;
-  // A warning only: the purchase may still be classified by the receipt.
+  // Only a warning: the receipt can still classify the purchase.
   if (isEmpty(transactionIdentifier)) log(message::kEmptyTransactionId);
 
   const std::optional<QELInAppPurchaseItems> items =

@@ -1,4 +1,4 @@
-// Holding a store transaction against the receipt.
+// The validation stage of an event: classifies a purchase by the entries of the receipt.
 
 #ifndef QEL_SRC_RECEIPT_VALIDATION_H_
 #define QEL_SRC_RECEIPT_VALIDATION_H_
@@ -12,15 +12,15 @@
 
 namespace qel {
 
-// Classifies the purchase of `productIdentifier` by the receipt's entries for that product, and
-// returns `parameters` with the keys that record the decision: "invalid", "subscription", "_did",
-// "free_trial", "price_is_discounted", "sub_convert" or "sub_renew". They come back unchanged when
-// the receipt's one entry is no subscription and has mismatched identifiers, and nothing comes back
-// when they or the identifier is empty.
+// Checks a transaction of `productIdentifier` against the receipt's entries of that product.
+// Returns `parameters` with the keys that record the decision: "invalid", "subscription", "_did",
+// "free_trial", "price_is_discounted", "sub_convert" or "sub_renew". Returns them unchanged if the
+// only entry is not of a subscription and its two transaction identifiers differ. Returns
+// std::nullopt if `parameters` or `productIdentifier` is empty.
 //
-// Takes `parameters` over. The transaction's own identifier, that of its original transaction, and
-// its date may be absent. Each decision is reported to the monitor, but for one: a single entry
-// that is neither a subscription nor of a type that the store names gets its "_did" in silence.
+// The identifier of the transaction, that of its original transaction, and its date may be absent.
+// Each decision is logged, with one exception: a single entry that is not of a subscription and
+// whose type is neither 0 nor 1.
 std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
     QELInAppPurchaseItemsView receiptItems, const OptionalText& productIdentifier,
     const OptionalText& transactionIdentifier, const OptionalText& originalTransactionIdentifier,

@@ -16,8 +16,8 @@ void QELMaybeAddSubscriptionParameters(EventParameters& parameters, QELInAppPurc
   if (items.empty()) return;
   if (isFirstPurchase(item)) return;
 
-  // Entries that are equal count as one. Nearly always it is the very entry, which need not be
-  // compared field by field.
+  // Equal entries count as one. Identity is tested first, because it is cheaper and usually
+  // decides.
   const auto position =
       std::find_if(items.begin(), items.end(), [&item](const QELInAppPurchaseItem& candidate) {
         return &candidate == &item || candidate == item;

@@ -1,7 +1,7 @@
-// Purchase events: the one header to start at.
+// Purchase events. Start here.
 //
-// When the store reports a finished in-app purchase, the function below turns what the store and
-// the receipt say about it into the parameters of one event. It keeps nothing between calls.
+// When the store reports a finished in-app purchase, the function below computes the parameters of
+// one event from the store's records and the receipt. It keeps no state between calls.
 
 #ifndef QEL_PURCHASE_EVENT_H_
 #define QEL_PURCHASE_EVENT_H_
@@ -16,26 +16,25 @@
 
 namespace qel {
 
-// Keys of an event that the rest of the library looks up: "invalid", "sub_convert" and "sub_renew".
+// Keys of an event: "invalid", "sub_convert" and "sub_renew". ParameterKey lists all of them.
 QEL_EXPORT extern const std::string_view kQELParameterInAppPurchaseInvalid;
 QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionConversion;
 QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 
 }  // namespace qel
 
-// Builds the parameters of the event for one purchase, or returns nothing when the records cannot
-// yield a sound event.
+// Returns the parameters of the event for one purchase. Returns std::nullopt if there is no sound
+// event: the product, its identifier or the transaction is missing, or "price", "value" or
+// "currency" would be. Every event has these three and "product_id". A purchase that the receipt
+// does not confirm is an event with "invalid".
 //
-// `product` and `transaction` may be null, and `receiptItems` may be empty. The store's records are
-// asked during the call only; the receipt's list must not change during it. An event always holds
-// "product_id", "price", "value" and "currency"; a purchase that the receipt does not confirm is an
-// event with "invalid", not nothing.
+// `product` and `transaction` may be null, and `receiptItems` may be empty. The records are asked
+// during the call only. The list must not change during the call.
 //
-// Rejections and decisions are reported to QELMeasurement::monitor(). Three cases are silent: an
-// event that in the end lacks its price, value or currency, for which nothing is returned (a free
-// trial and an offer bring a price of their own); a receipt's single entry that is neither a
-// subscription nor of a type that the store names; and an offer that cannot be asked for its price,
-// which leaves the product's.
+// Rejections and decisions are logged to QELMeasurement::monitor(). Three cases are not logged: an
+// event without a price, value or currency; a single entry that is not of a subscription and whose
+// type is neither 0 nor 1; and an introductory offer whose price cannot be read, so that the
+// product's price stays.
 //
 // Lets no exception through: if a record or the monitor throws, or memory runs out, the program
 // ends with std::terminate.

@@ -1,4 +1,4 @@
-// Finding the purchases of a product, or of a moment, in a receipt.
+// Finds the purchases of a product, or of an instant, in a receipt.
 
 #ifndef QEL_RECEIPT_MATCHING_H_
 #define QEL_RECEIPT_MATCHING_H_
@@ -10,17 +10,16 @@
 #include "qel/receipt_item.h"
 #include "qel/text.h"
 
-// Returns the entries of `items` that are for the product `productIdentifier` and were bought at
-// exactly `date`, earliest first; the last is the latest purchase. Without a date, only the product
-// counts; with an absent or empty identifier, only the date. Entries of equal date keep their order
-// in `items`.
+// Returns the entries of `items` that match, earliest purchase first. An entry matches if its
+// product identifier is `productIdentifier` and its purchase date is exactly `date`. An absent or
+// empty identifier, or an absent date, is not compared. Entries of equal date keep their order.
 //
-// An entry without a readable purchase date matches no date. Where only the product counts it is
-// taken, and stands before all dated entries.
+// An entry whose purchase date cannot be read matches no date. If only the identifier is given, it
+// can match, and comes before all dated entries.
 //
-// The result holds references to the caller's own entries; an entry that stands twice in `items` is
-// taken twice. It is empty when none matches, and nothing when there is no question to answer:
-// `items` is empty, or there is neither an identifier nor a date.
+// The result refers to the caller's own entries. An entry that is in `items` twice can be in the
+// result twice. The result is empty if no entry matches. It is std::nullopt if `items` is empty, or
+// if there is neither an identifier nor a date.
 //
 // Lets no exception through: if memory runs out, the program ends with std::terminate.
 //

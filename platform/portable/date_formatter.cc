@@ -4,7 +4,7 @@
 
 namespace qel {
 
-// The written form that is read has no locale and no zone of its own, so there is nothing to set.
+// RFC 3339 does not depend on a locale or a default zone, so there is nothing to set.
 DateFormatter::DateFormatter() = default;
 DateFormatter::~DateFormatter() = default;
 

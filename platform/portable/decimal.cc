@@ -15,7 +15,7 @@ namespace {
 __extension__ using Uint128 = unsigned __int128;
 using Coefficient = std::array<std::uint64_t, 4>;
 
-// What a number that is read may have; a product of two has room for twice the exponent.
+// Limits of a parsed number. A product may have twice the exponent.
 constexpr int kMostDigits = 38;
 constexpr int kLeastExponent = -128;
 constexpr int kGreatestExponent = 127;
@@ -31,7 +31,7 @@ constexpr std::uint64_t highHalf(Uint128 number) {
   return static_cast<std::uint64_t>(number >> 64);
 }
 
-// Takes the digits at the start of `text` off it.
+// Removes the digits at the start of `text` and returns them.
 std::string_view takeDigits(std::string_view& text) {
   const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
   const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -39,14 +39,14 @@ std::string_view takeDigits(std::string_view& text) {
   return digits;
 }
 
-// Takes `character` off the start of `text` if it stands there, and tells whether it did.
+// Removes `character` from the start of `text` if it is there. Returns whether it was.
 bool takeCharacter(std::string_view& text, char character) {
   if (!text.starts_with(character)) return false;
   text.remove_prefix(1);
   return true;
 }
 
-// A number in JSON syntax, cut into its pieces.
+// The pieces of a number in JSON syntax.
 struct WrittenNumber {
   bool isNegative = false;
   std::string_view integer;
@@ -55,7 +55,7 @@ struct WrittenNumber {
   std::string_view exponent;
 };
 
-// Cuts `text` into the pieces of a number, which must be fresh. Gives false when it is none.
+// Splits `text` into the pieces of a number. Returns false if it is not one.
 bool scan(std::string_view text, WrittenNumber& number) {
   number.isNegative = takeCharacter(text, '-');
   number.integer = takeDigits(text);
@@ -74,8 +74,7 @@ bool scan(std::string_view text, WrittenNumber& number) {
   return text.empty();
 }
 
-// The exponent that is written out. One too long for any number that a memory could hold digits for
-// is cut to 10^15, which is out of every range.
+// Returns the exponent of `number`, at most 10^15 in magnitude, which is out of every range.
 std::int64_t exponentOf(const WrittenNumber& number) {
   constexpr std::int64_t kOutOfEveryRange = 1'000'000'000'000'000;
   std::int64_t exponent = 0;
@@ -85,10 +84,10 @@ std::int64_t exponentOf(const WrittenNumber& number) {
   return number.exponentIsNegative ? -exponent : exponent;
 }
 
-// An integer of at most 38 digits, read from the left without the zeros at either end.
+// An integer of at most 38 digits, collected from the left without the zeros at either end.
 class SignificantDigits {
  public:
-  // Reads on. Gives false once there are too many digits.
+  // Appends digits. Returns false if there are too many.
   bool append(std::string_view digits) {
     for (const char digit : digits) {
       ++zeros_;
@@ -101,7 +100,7 @@ class SignificantDigits {
     return true;
   }
 
-  // Multiplies by ten `places` times. Gives false once there are too many digits.
+  // Multiplies by ten `places` times. Returns false if there are too many digits.
   bool shift(std::int64_t places) {
     if (places > kMostDigits - count_) return false;
     count_ += static_cast<int>(places);
@@ -111,7 +110,7 @@ class SignificantDigits {
 
   Uint128 coefficient() const { return coefficient_; }
 
-  // How many zeros stand after the last digit that is not one.
+  // Number of zeros after the last other digit.
   std::int64_t trailingZeros() const { return zeros_; }
 
  private:
@@ -120,7 +119,7 @@ class SignificantDigits {
   std::int64_t zeros_ = 0;
 };
 
-// Multiplies; nothing when the product needs more than 256 bits.
+// Returns the product, or std::nullopt if it needs more than 256 bits.
 std::optional<Coefficient> wideProduct(const Coefficient& left, const Coefficient& right) {
   namespace mp = boost::multiprecision;
   constexpr unsigned kBitsOfLimb = 64;
@@ -142,7 +141,7 @@ std::optional<Coefficient> wideProduct(const Coefficient& left, const Coefficien
   return result;
 }
 
-// Divides by ten in place and gives the remainder.
+// Divides by ten in place and returns the remainder.
 unsigned divideByTen(Coefficient& coefficient) {
   unsigned remainder = 0;
   for (std::size_t i = coefficient.size(); i-- > 0;) {
@@ -162,7 +161,7 @@ std::string decimalDigits(Coefficient coefficient) {
   return digits;
 }
 
-// Powers of ten that a double holds exactly: 10^22 is the last.
+// The powers of ten that are exact as doubles: 10^22 is the last.
 constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -173,10 +172,10 @@ constexpr std::uint64_t kGreatestExactInteger = std::uint64_t{1} << DBL_MANT_DIG
 static_assert(std::numeric_limits<double>::is_iec559 && FLT_EVAL_METHOD == 0,
               "amounts need IEEE 754 doubles, and each operation on them rounded to one");
 
-// The double nearest to coefficient times ten to the exponent.
+// Returns the double nearest to coefficient times ten to the power of exponent.
 double nearestDouble(const Coefficient& coefficient, int exponent) {
-  // One operation on two exact doubles rounds once, so it gives the nearest. Nearly all prices end
-  // here.
+  // One operation on two exact doubles rounds only once, so its result is the nearest double.
+  // Nearly all prices take this path.
   const auto power = static_cast<std::size_t>(exponent < 0 ? -exponent : exponent);
   if (fitsOneLimb(coefficient) && coefficient[0] <= kGreatestExactInteger &&
       power < kPowersOfTen.size()) {
@@ -189,8 +188,7 @@ double nearestDouble(const Coefficient& coefficient, int exponent) {
   text += decimalDigits({power});
   double result = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
-  // The least exponent that a product can have is far from the least double: only the greatest may
-  // be passed.
+  // A product can be too large for a double, but never too small.
   return error == std::errc() ? result : std::numeric_limits<double>::infinity();
 }
 

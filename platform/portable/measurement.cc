@@ -9,8 +9,8 @@
 namespace qel {
 namespace {
 
-// The monitor as some of the threads find it. Threads that ask at once and write to one lock wait
-// for one another, so there are several, each in a cache line of its own.
+// A copy of the pointer for some of the threads. One lock for all would make threads that log at
+// the same time wait, so there are several, each in its own cache line.
 struct alignas(64) Slot {
   std::mutex mutex;
   std::shared_ptr<DiagnosticsMonitor> monitor;
@@ -19,20 +19,20 @@ struct alignas(64) Slot {
 constexpr std::size_t kSlots = 32;
 
 struct InstalledMonitor {
-  // Whether there is one, so that without one nothing is locked.
+  // Without a monitor, nothing is locked.
   std::atomic<bool> isPresent = false;
-  // Held while the slots are filled, so that all end with the same monitor.
+  // Held while the slots are filled, so that all get the same monitor.
   std::mutex installing;
   std::array<Slot, kSlots> slots;
 };
 
-// Never destroyed, so that threads may still log while the program ends.
+// Never destroyed, so that threads can still log while the program exits.
 InstalledMonitor& installedMonitor() {
   static auto* const installed = new InstalledMonitor;
   return *installed;
 }
 
-// Threads take the slots in turn.
+// Assigns the slots to the threads in turn.
 Slot& slotOfThisThread() {
   static std::atomic<std::size_t> threads = 0;
   thread_local const std::size_t thread = threads++;
@@ -48,10 +48,11 @@ std::shared_ptr<DiagnosticsMonitor> QELMeasurement::monitor() {
   return slot.monitor;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): it is kept, once in each slot.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): each slot keeps a copy.
 void QELMeasurement::setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor) {
   InstalledMonitor& installed = installedMonitor();
-  // What was installed ends after the locks are released: its destructor may log, or install.
+  // The previous monitor is destroyed after the locks are released: its destructor may log, or
+  // install another one.
   std::array<std::shared_ptr<DiagnosticsMonitor>, kSlots> before;
   const std::lock_guard installing(installed.installing);
   installed.isPresent = monitor != nullptr;

@@ -7,20 +7,20 @@
 namespace qel {
 namespace {
 
-// The shapes of the pieces of a timestamp. A 0 stands for any ASCII digit; every other character
-// stands for itself.
+// The shapes of the pieces of a timestamp. A 0 stands for any ASCII digit, every other character
+// for itself.
 constexpr std::string_view kDateAndTime = "0000-00-00T00:00:00";
 constexpr std::string_view kUtc = "Z";
 constexpr std::string_view kOffset = "00:00";
 constexpr std::string_view kOffsetWithSeconds = "00:00:00";
 
-// Looks at every character, and branches on none, so that the compiler can look at many at once.
+// Reads every character without a branch, so that the compiler can vectorize the loop.
 template <const std::string_view& kShape>
 constexpr bool hasShape(std::string_view text) {
   if (text.size() != kShape.size()) return false;
   unsigned char misfits = 0;
   for (std::size_t i = 0; i < kShape.size(); ++i) {
-    // What is left of a digit is 0 to 9: adding 6 carries any more into the high bits.
+    // A digit leaves 0 to 9 here. Adding 6 carries anything larger into the high bits.
     const auto difference = static_cast<unsigned char>(text[i] ^ kShape[i]);
     const unsigned char mask = kShape[i] == '0' ? 0xF0 : 0xFF;
     const unsigned char carry = kShape[i] == '0' ? 0x06 : 0x00;
@@ -29,13 +29,13 @@ constexpr bool hasShape(std::string_view text) {
   return misfits == 0;
 }
 
-// The number that the two digits at `position` denote.
+// Returns the number of the two digits at `position`.
 constexpr int twoDigits(std::string_view text, std::size_t position) {
   return (text[position] - '0') * 10 + (text[position + 1] - '0');
 }
 
-// Seconds since midnight of the time hh:mm:ss at the start of `text`, or of hh:mm when it is
-// shorter; nothing for a time that no day has.
+// Returns the seconds since midnight of the time hh:mm:ss at the start of `text`, or hh:mm if it is
+// shorter. Returns std::nullopt if it is out of range.
 constexpr std::optional<int> secondsOfTime(std::string_view text) {
   const int hour = twoDigits(text, 0);
   const int minute = twoDigits(text, 3);
@@ -44,7 +44,7 @@ constexpr std::optional<int> secondsOfTime(std::string_view text) {
   return (hour * 60 + minute) * 60 + second;
 }
 
-// Seconds that the zone is ahead of UTC; nothing when `zone` is no zone.
+// Returns the seconds that the zone is ahead of UTC. Returns std::nullopt if `zone` is not a zone.
 constexpr std::optional<int> offsetOfZone(std::string_view zone) {
   if (zone == kUtc) return 0;
   if (!zone.starts_with('+') && !zone.starts_with('-')) return std::nullopt;

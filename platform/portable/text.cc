@@ -9,16 +9,16 @@
 namespace qel {
 namespace {
 
-// Every surrogate takes three bytes and begins with this one, which begins no other character above
-// U+D7FF and is never a later byte of one.
+// First byte of every surrogate, which takes three bytes. It is the first byte of no other
+// character above U+D7FF, and never a later byte.
 constexpr char kSurrogateLead = '\xED';
 constexpr std::size_t kSurrogateSize = 3;
 
-// Which half of a pair a surrogate is shows in the high bits of its second byte.
+// The high bits of a surrogate's second byte say which half of a pair it is.
 enum class Half : unsigned char { kHigh = 0xA0, kLow = 0xB0 };
 
-// Nearly all identifiers are, and are encoded as they stand. Looks at every byte, so that the
-// compiler can look at many at once.
+// Nearly all identifiers are ASCII, which needs no encoding. Reads every byte without a branch, so
+// that the compiler can vectorize the loop.
 bool isAscii(std::string_view text) {
   unsigned bits = 0;
   for (const char byte : text) bits |= static_cast<unsigned char>(byte);
@@ -35,7 +35,7 @@ bool isSurrogate(std::string_view text, std::size_t position, Half half) {
          (byteAt(text, position + 2) & 0xC0) == 0x80;
 }
 
-// The ten bits that the surrogate at `position` adds to its pair.
+// Returns the ten bits of the pair that the surrogate at `position` has.
 char32_t payload(std::string_view text, std::size_t position) {
   return (byteAt(text, position + 1) & 0x0F) << 6 | (byteAt(text, position + 2) & 0x3F);
 }

@@ -17,7 +17,7 @@ QELValuePtr QELValue::initWithInt64(std::int64_t integer) {
 }
 
 void QELValuePtr::release(const QELValue* value) {
-  // A sole owner need not count down: nobody else can come to own the value.
+  // A sole owner skips the decrement: no other thread can become an owner.
   const bool hasSoleOwner = value->owners_.load(std::memory_order_acquire) == 1;
   if (!hasSoleOwner && value->owners_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   value->~QELValue();

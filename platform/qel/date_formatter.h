@@ -1,7 +1,7 @@
-// Reading the purchase dates of a receipt.
+// Parses the purchase dates of a receipt.
 //
-// The component links against exactly one implementation: platform/portable/date_formatter.cc, or
-// the platform's own. Tests link one that counts.
+// The component links exactly one implementation: platform/portable/date_formatter.cc, or that of
+// the platform. Tests link one that logs what it parses.
 
 #ifndef QEL_PLATFORM_DATE_FORMATTER_H_
 #define QEL_PLATFORM_DATE_FORMATTER_H_
@@ -14,10 +14,10 @@
 
 namespace qel {
 
-// Reads dates of the pattern yyyy-MM-dd'T'HH:mm:ssZZZZZ (UTS #35) in the locale en_US_POSIX and the
-// time zone at 0 seconds from GMT: 2019-03-14T09:26:53Z or 2019-03-14T10:26:53+01:00.
+// Parses dates of the pattern yyyy-MM-dd'T'HH:mm:ssZZZZZ (UTS #35) in the locale en_US_POSIX and
+// the time zone at 0 seconds from GMT: 2019-03-14T09:26:53Z or 2019-03-14T10:26:53+01:00.
 //
-// Threads: a formatter is used on the thread that made it.
+// Threads: a formatter must be used on the thread that made it.
 class QEL_EXPORT DateFormatter {
  public:
   // Sets the locale, the pattern and the time zone, in this order.
@@ -27,12 +27,12 @@ class QEL_EXPORT DateFormatter {
   DateFormatter(const DateFormatter&) = delete;
   DateFormatter& operator=(const DateFormatter&) = delete;
 
-  // The instant that `text` denotes, on a whole second; nothing when it is absent or does not fit
-  // the pattern.
+  // Returns the instant that `text` denotes, a whole second. Returns std::nullopt if `text` is
+  // absent or does not fit the pattern.
   std::optional<Instant> dateFromString(const OptionalText& text) const;
 
  private:
-  // What an implementation keeps, null where it keeps nothing.
+  // State of the implementation, null if it has none.
   struct State;
   [[maybe_unused]] State* const state_ = nullptr;
 };

@@ -10,11 +10,11 @@
 
 namespace qel {
 
-// The 64 least significant bits of the MD5 digest (RFC 1321) of `bytes`, the digest taken as the
-// number that its printed hexadecimal form denotes: its last eight bytes, the most significant
-// first. The text 100077monthly gives 0x114F509B0A08BCF9, the end of what md5sum prints for it.
+// Returns the 64 least significant bits of the MD5 digest (RFC 1321) of `bytes`: its last eight
+// bytes, most significant first, as md5sum prints them. The text 100077monthly has
+// 0x114F509B0A08BCF9.
 //
-// This reading is fixed for good: the same purchase must give the same identifier in every version.
+// This never changes: the same purchase must have the same identifier in every version.
 QEL_EXPORT std::uint64_t qel_64LSBMD5(std::string_view bytes);
 
 }  // namespace qel

@@ -30,11 +30,11 @@ enum class ParameterKey : std::uint8_t {
   kQuantity,           // integer: units bought
   kSubConvert,         // flag: a later purchase of a subscription, right after a free trial
   kSubRenew,           // flag: any other later purchase of a subscription
-  kSubscription,       // flag: a subscription's first purchase, or an invalid subscription
+  kSubscription,       // flag: first purchase of a subscription; docs/event.md lists the rest
   kValue,              // integer: the price of all units
 };
 
-// The texts of the keys, as an event carries them, in the order of ParameterKey.
+// The texts of the keys, in the order of ParameterKey.
 inline constexpr std::array<std::string_view, 14> kParameterKeyTexts = {
     "_did",           "currency", "free_trial",          "invalid",
     "original_price", "price",    "price_is_discounted", "product_id",
@@ -42,41 +42,41 @@ inline constexpr std::array<std::string_view, 14> kParameterKeyTexts = {
     "subscription",   "value",
 };
 
-// The text of `key`.
+// Returns the text of `key`.
 constexpr std::string_view textOf(ParameterKey key) {
   return kParameterKeyTexts[static_cast<std::size_t>(key)];
 }
 
-// A mapping from ParameterKey to a shared QELValue. Copies share their values.
+// A mapping from ParameterKey to QELValue. Copies share their values.
 //
-// Threads: like a standard container; the values may be shared between threads.
+// Threads: like a standard container. The values can be shared between threads.
 class EventParameters {
  public:
-  // One key and its value, as iteration gives them.
+  // A key and its value.
   struct Entry {
     std::string_view key;
     const QELValue& value;
   };
   class Iterator;
 
-  // Puts `value` under `key` in place of any earlier value. A null value changes nothing.
+  // Sets `key` to `value`, replacing any earlier value. Does nothing if `value` is null.
   void set(ParameterKey key, QELValuePtr value) {
     if (value != nullptr) slot(key) = std::move(value);
   }
 
-  // Puts the integer 1 under `flag`.
+  // Sets `flag` to the integer 1.
   void setFlag(ParameterKey flag) { set(flag, QELValue::initWithInt64(1)); }
 
-  // Sets every entry of `other`, which wins over an entry under the same key.
+  // Sets every key of `other` to its value there.
   void merge(const EventParameters& other) {
     for (std::size_t i = 0; i < slots_.size(); ++i)
       set(static_cast<ParameterKey>(i), other.slots_[i]);
   }
 
-  // The value under `key`, null when there is none.
+  // Returns the value of `key`, null if there is none.
   const QELValuePtr& find(ParameterKey key) const { return slots_[static_cast<std::size_t>(key)]; }
 
-  // The value under the key with this text, null when there is none or the text names no key.
+  // Returns the value of the key with this text, null if there is none.
   QELValuePtr find(std::string_view key) const {
     for (std::size_t i = 0; i < slots_.size(); ++i) {
       if (kParameterKeyTexts[i] == key) return slots_[i];
@@ -84,7 +84,7 @@ class EventParameters {
     return nullptr;
   }
 
-  // Iterates over the entries in ascending order of the keys' texts.
+  // Iteration is in ascending order of the keys' texts.
   Iterator begin() const;
   Iterator end() const;
 
@@ -95,12 +95,12 @@ class EventParameters {
 
   QELValuePtr& slot(ParameterKey key) { return slots_[static_cast<std::size_t>(key)]; }
 
-  // One slot for each key, null where the mapping has no entry: the set of keys is closed, so a
-  // mapping needs no memory beyond its values.
+  // One slot for each key, null if it is not set. The set of keys is closed, so that the mapping
+  // needs no allocation of its own.
   Slots slots_;
 };
 
-// Walks the slots that hold a value. Valid until the mapping is changed or destroyed.
+// Iterates over the slots that are set. Valid until the mapping is changed or destroyed.
 class EventParameters::Iterator {
  public:
   using iterator_category = std::input_iterator_tag;

@@ -1,4 +1,4 @@
-// The diagnostics monitor, which is told of each decision under a numeric code.
+// The diagnostics monitor, which receives each decision under a numeric code.
 
 #ifndef QEL_PLATFORM_MEASUREMENT_H_
 #define QEL_PLATFORM_MEASUREMENT_H_
@@ -12,7 +12,7 @@
 
 namespace qel {
 
-// What a message is about: a string or an unsigned number.
+// A context value of a message: a string or an unsigned number.
 using DiagnosticContext = std::variant<std::string_view, std::uint64_t>;
 
 // The library's diagnostics sink. Messages and contexts are valid during the call only. An
@@ -31,16 +31,16 @@ class DiagnosticsMonitor {
                             const DiagnosticContext& context2) = 0;
 };
 
-// Where the library keeps its one monitor.
+// Holds the one monitor of the library.
 //
-// Threads: both operations are safe from any thread, also while others log. A monitor that has been
-// replaced may still receive the messages that are under way; it ends after the last of them.
+// Threads: safe from any thread, also while others log. A monitor that was replaced may still
+// receive messages that were sent before; it is destroyed after the last of them.
 class QELMeasurement {
  public:
-  // The monitor to log to, null when none is installed. Ask again for every message.
+  // Returns the installed monitor, null if there is none. Call it again for every message.
   QEL_EXPORT static std::shared_ptr<DiagnosticsMonitor> monitor();
 
-  // Installs `monitor` in place of the one before; null removes it.
+  // Replaces the installed monitor. Null removes it.
   QEL_EXPORT static void setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor);
 };
 

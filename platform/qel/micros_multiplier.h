@@ -1,4 +1,4 @@
-// The unit of every amount in an event.
+// The unit of the amounts of an event.
 
 #ifndef QEL_PLATFORM_MICROS_MULTIPLIER_H_
 #define QEL_PLATFORM_MICROS_MULTIPLIER_H_
@@ -7,7 +7,7 @@
 
 namespace qel {
 
-// Micros in one unit of a currency: an amount of 1.50 is 1500000 micros.
+// Number of micros in one unit of a currency: 1.50 is 1500000 micros.
 inline constexpr std::int64_t QELDataTypeMicrosMultiplier = 1000000;
 
 }  // namespace qel

@@ -1,4 +1,4 @@
-// The receipt's in-app purchase entries, as the library's receipt parser hands them over.
+// The in-app purchase entries of a receipt.
 
 #ifndef QEL_PLATFORM_RECEIPT_ITEM_H_
 #define QEL_PLATFORM_RECEIPT_ITEM_H_
@@ -14,13 +14,14 @@
 
 namespace qel {
 
-// One in-app purchase entry of an app's receipt. Two entries are equal when all their fields are;
-// here, unlike between texts, absent matches absent, so that an entry always equals itself.
+// One in-app purchase entry of an app's receipt. Entries are equal if all their fields are. Absent
+// fields are equal here, so that an entry always equals itself.
 struct QELInAppPurchaseItem {
   // The fields that sorting and searching read come first, in one cache line: a receipt may hold
   // thousands of entries.
 
-  // The purchase date as the receipt writes it: 2019-03-14T09:26:53Z. Any text may stand here.
+  // The purchase date as the receipt has it, usually an RFC 3339 timestamp: 2019-03-14T09:26:53Z.
+  // May be any text.
   std::optional<std::string> purchaseDateIA5String;
 
   bool isFreeTrial = false;
@@ -29,19 +30,19 @@ struct QELInAppPurchaseItem {
   bool isIntroductoryOffer = false;
 
   // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
-  // Only the low 32 bits are read, as a signed integer; absent reads 0.
+  // Only the low 32 bits count, as a signed integer. Absent counts as 0.
   std::optional<std::int64_t> purchaseType;
 
   std::optional<std::string> productID;
 
   std::optional<std::string> transactionID;
 
-  // The transaction that began the subscription; a first purchase carries its own identifier here.
+  // The transaction that began the subscription. Equals transactionID on a first purchase.
   std::optional<std::string> originalTransactionID;
 
   // The string form of the number that the store gives to each billed period of a subscription, in
-  // decimal digits: "1000000045678902". Present makes the entry one of a subscription, "0" and an
-  // empty text included. Any text may stand here; it enters the deduplication identifier unchanged.
+  // decimal digits: "1000000045678902". If it is present, even as "0" or empty, the entry counts as
+  // one of a subscription. May be any text, which enters the deduplication identifier unchanged.
   std::optional<std::string> webOrderLineItemID;
 
   // Written out, because clang compiles a defaulted comparison into functions of the standard
@@ -62,12 +63,12 @@ struct QELInAppPurchaseItem {
   }
 };
 
-// Lists hold their entries by reference, and an entry may stand in a list more than once. The
-// entries belong to the caller, who keeps them alive and unchanged while a list of them is in use.
+// Lists refer to entries of the caller, who keeps them alive and unchanged while a list is in use.
+// An entry can be in a list more than once.
 using QELInAppPurchaseItemRef = std::reference_wrapper<const QELInAppPurchaseItem>;
 using QELInAppPurchaseItems = std::vector<QELInAppPurchaseItemRef>;
 
-// A list to read from. An absent list and an empty one are treated alike: both are an empty span.
+// A list for reading. An empty span stands for an absent list too.
 using QELInAppPurchaseItemsView = std::span<const QELInAppPurchaseItemRef>;
 
 }  // namespace qel

@@ -1,15 +1,13 @@
-// The platform store's records, as the component asks them.
+// Interfaces to the records of the platform's store.
 //
-// These are interfaces to live objects of the store: each operation is asked when its answer is
-// needed, in a fixed order, and not before. An app's library implements them over the store
-// framework; tests and tools implement them over plain data.
+// An app's library implements them over live objects of the store framework. The component calls
+// each operation only when it needs the answer, in a fixed order.
 //
-// A returned text or record belongs to the record that returned it. A text stays valid until the
-// call of the component that asked for it returns, whatever else is asked meanwhile; a record until
-// the same operation is asked again. An operation must not throw:
-// an exception ends the program.
+// A returned text or record belongs to the record that returned it. A text must stay valid until
+// the component's function returns. A record must stay valid until the same operation is called
+// again. An operation must not throw: an exception ends the program.
 //
-// Threads: a record is asked on the thread that called the component, and on no other.
+// Threads: operations are called on the thread that called the component, and on no other.
 
 #ifndef QEL_PLATFORM_STORE_RECORDS_H_
 #define QEL_PLATFORM_STORE_RECORDS_H_
@@ -31,7 +29,7 @@ class StoreProductDiscount {
   // The offer's price, in units of the product's currency.
   virtual std::optional<Decimal> price() const = 0;
 
-  // How the offer is paid: 0 as you go, 1 up front, 2 free trial.
+  // 0 pay as you go, 1 pay up front, 2 free trial.
   virtual std::uint64_t paymentMode() const = 0;
 };
 
@@ -45,14 +43,14 @@ class StoreProduct {
   // The price of one unit, in units of the currency of the price's locale.
   virtual std::optional<Decimal> price() const = 0;
 
-  // The currency code (NSLocaleCurrencyCode) of the price's locale: EUR. Absent when there is no
-  // locale.
+  // The currency code (NSLocaleCurrencyCode) of the price's locale, such as EUR. Absent if there is
+  // no locale.
   virtual OptionalText priceLocaleCurrencyCode() const = 0;
 
   virtual OptionalText localizedTitle() const = 0;
 
-  // Introductory offers came late to the store, so what the platform and this product provide is
-  // asked at run time, in the order of the next four operations, ending at the first no.
+  // Older stores have no introductory offers. The next four operations say what is available. They
+  // are called in this order, up to the first false.
 
   // Whether the platform has the class SKProductDiscount.
   virtual bool hasDiscountClass() const = 0;
@@ -63,11 +61,11 @@ class StoreProduct {
   // Whether this product answers `introductoryPrice`.
   virtual bool answersIntroductoryPrice() const = 0;
 
-  // The introductory offer, null when the product has none. Asked only after four times yes.
+  // The introductory offer, null if the product has none. Called only if all four returned true.
   virtual const StoreProductDiscount* introductoryPrice() const = 0;
 };
 
-// What was paid for.
+// A payment of the store.
 class StorePayment {
  public:
   virtual ~StorePayment() = default;
@@ -83,17 +81,17 @@ class StoreTransaction {
 
   virtual OptionalText transactionIdentifier() const = 0;
 
-  // The transaction that this one restores or continues, null when there is none. Only its
-  // transactionIdentifier is asked.
+  // The transaction that this one restores or continues, null if there is none. Only its
+  // transactionIdentifier is called.
   virtual const StoreTransaction* originalTransaction() const = 0;
 
   virtual std::optional<Instant> transactionDate() const = 0;
 
-  // Null when there is none.
+  // Null if there is none.
   virtual const StorePayment* payment() const = 0;
 };
 
-// The units that `transaction` bought; 0 when it has no payment.
+// Returns the number of units that `transaction` bought, 0 if it has no payment.
 inline std::int64_t quantityOf(const StoreTransaction& transaction) {
   const StorePayment* const payment = transaction.payment();
   return payment != nullptr ? payment->quantity() : 0;

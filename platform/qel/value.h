@@ -16,16 +16,16 @@ namespace qel {
 
 class QELValuePtr;
 
-// A string or a signed 64-bit integer. Values never change once made, so mappings share them: the
-// value under "original_price" is the very object that was under "price".
+// A string or a signed 64-bit integer. Immutable and shared: the value under "original_price" is
+// the very object that was under "price".
 //
-// Threads: immutable; safe from any thread.
+// Threads: safe from any thread.
 class QELValue {
  public:
-  // Makes a value of a copy of `string`.
+  // Returns a new value with a copy of `string`.
   QEL_EXPORT static QELValuePtr initWithString(std::string_view string);
 
-  // Makes a value of `integer`.
+  // Returns a new value.
   QEL_EXPORT static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
@@ -48,20 +48,19 @@ class QELValue {
  private:
   friend class QELValuePtr;
 
-  // The maker is the first owner.
+  // Starts with one owner, the pointer that is returned to the caller.
   QELValue(bool isString, std::int64_t number) : owners_(1), isString_(isString), number_(number) {}
   ~QELValue() = default;
 
-  // How many pointers own the value. It is kept here, and the characters of a string right behind
-  // the value, so that a value is one block of memory: making values is a large part of what an
-  // event costs.
+  // Number of pointers that own the value. The count is inside the value, and the characters of a
+  // string come right after it, so that a value takes one allocation.
   mutable std::atomic<std::uint32_t> owners_;
   const bool isString_;
   // The integer, or the size of the string in bytes.
   const std::int64_t number_;
 };
 
-// Shared ownership of a value, or none: what std::shared_ptr<const QELValue> is, in one word.
+// A shared pointer to a value, or null. Like std::shared_ptr<const QELValue>, in one word.
 //
 // Threads: like std::shared_ptr. Pointers on several threads may own one value.
 class QELValuePtr {
@@ -85,20 +84,20 @@ class QELValuePtr {
   const QELValue& operator*() const { return *value_; }
   const QELValue* operator->() const { return value_; }
 
-  // Two pointers are equal when they own the same value, or both own none.
+  // Equal if both own the same value, or both are null.
   friend bool operator==(const QELValuePtr& left, const QELValuePtr& right) = default;
 
  private:
   friend class QELValue;
 
-  // Becomes the first owner of a new value.
+  // Takes over a new value, whose count is 1.
   explicit QELValuePtr(const QELValue* value) : value_(value) {}
 
   static void retain(const QELValue& value) {
     value.owners_.fetch_add(1, std::memory_order_relaxed);
   }
 
-  // Gives up one ownership, and with the last one the value.
+  // Decrements the count, and frees the value if this was the last owner.
   QEL_EXPORT static void release(const QELValue* value);
 
   const QELValue* value_ = nullptr;
