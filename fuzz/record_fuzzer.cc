@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "diagnostics_collector.h"
 #include "fuzz_target.h"
 #include "json_judge.h"
 #include "purchase_judge.h"
 #include "purchase_reader.h"
 #include "qel/measurement.h"
-#include "qel/purchase_event.h"
 #include "result_writer.h"
 #include "unreadable_line.h"
 
@@ -33,23 +33,23 @@ bool isSame(const std::optional<Instant>& read, const std::optional<JudgedMoment
   return JudgedMoment{read->seconds, read->nanoseconds} == *judged;
 }
 
-bool isSame(const StoreProduct& read, const JudgedProduct& judged) {
-  if (read.answersIntroductoryPrice() != judged.answersOffer) return false;
-  const StoreProductDiscount* const offer = read.introductoryPrice();
-  if ((offer != nullptr) != judged.offer.has_value()) return false;
-  if (offer != nullptr && offer->paymentMode() != judged.offer->mode) return false;
-  if (offer != nullptr && !isSame(offer->price(), judged.offer->price)) return false;
-  return read.productIdentifier() == judged.identifier && isSame(read.price(), judged.price) &&
-         read.priceLocaleCurrencyCode() == judged.currency && read.localizedTitle() == judged.title;
+bool isSame(const PlainProduct& read, const JudgedProduct& judged) {
+  if (read.answersIntroductoryPrice != judged.answersOffer) return false;
+  const std::optional<PlainDiscount>& offer = read.introductoryPrice;
+  if (offer.has_value() != judged.offer.has_value()) return false;
+  if (offer.has_value() && offer->paymentMode != judged.offer->mode) return false;
+  if (offer.has_value() && !isSame(offer->price, judged.offer->price)) return false;
+  return read.productIdentifier == judged.identifier && isSame(read.price, judged.price) &&
+         read.priceLocaleCurrencyCode == judged.currency && read.localizedTitle == judged.title;
 }
 
-bool isSame(const StoreTransaction& read, const JudgedTransaction& judged) {
-  const StoreTransaction* const original = read.originalTransaction();
-  const OptionalText originalIdentifier =
-      original != nullptr ? original->transactionIdentifier() : std::nullopt;
-  return read.transactionIdentifier() == judged.identifier &&
+bool isSame(const PlainTransaction& read, const JudgedTransaction& judged) {
+  const std::optional<std::string> originalIdentifier =
+      read.originalTransaction.has_value() ? read.originalTransaction->transactionIdentifier
+                                           : std::nullopt;
+  return read.transactionIdentifier == judged.identifier &&
          originalIdentifier == judged.originalIdentifier &&
-         isSame(read.transactionDate(), judged.date) && quantityOf(read) == judged.quantity;
+         isSame(read.transactionDate, judged.date) && read.quantity.value_or(0) == judged.quantity;
 }
 
 JudgedEntry entryOf(const QELInAppPurchaseItem& item) {
@@ -65,9 +65,9 @@ void checkRead(const tool::Purchase& read, const JudgedPurchase& judged) {
         "a transaction is there as judged");
   if (read.product.has_value()) {
     check(isSame(*read.product, *judged.product), "the product is as judged");
-    const bool canHaveOffers = read.product->hasDiscountClass() &&
-                               read.product->discountsAnswerPrice() &&
-                               read.product->discountsAnswerPaymentMode();
+    const bool canHaveOffers = read.product->hasDiscountClass &&
+                               read.product->discountsAnswerPrice &&
+                               read.product->discountsAnswerPaymentMode;
     check(canHaveOffers == judged.canHaveOffers, "the platform is as judged");
   }
   if (read.transaction.has_value()) {
@@ -129,11 +129,11 @@ JudgedJson parsedResult(std::string_view written) {
 
 void checkAccepted(const tool::Purchase& purchase, const JudgedPurchase& judged) {
   checkRead(purchase, judged);
-  tool::TextBuffer& diagnostics = tool::DiagnosticsCollector::ofThisThread();
-  diagnostics.clear();
-  const std::optional<EventParameters> event =
-      QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-          purchase.productRecord(), purchase.transactionRecord(), purchase.receipt);
+  tool::TextBuffer diagnostics;
+  const tool::DiagnosticsCollector::Collection collection(diagnostics);
+  const std::optional<EventParameters> event = plainPurchaseEvent(
+      purchase.product.has_value() ? &*purchase.product : nullptr,
+      purchase.transaction.has_value() ? &*purchase.transaction : nullptr, purchase.receipt);
   const JudgedOutcome judgedOfPurchase = judgedOutcome(judged);
   for (const tool::Int64Form form : {tool::Int64Form::kNumber, tool::Int64Form::kString}) {
     tool::TextBuffer written;
@@ -156,9 +156,9 @@ std::optional<std::string> idOf(const JudgedJson& line) {
   return std::nullopt;
 }
 
-void checkRejected(std::string_view line, const tool::LineError& error) {
+void checkRejected(std::string_view line, const tool::JsonError& error) {
   check(!error.message.empty(), "an error says what is wrong");
-  check(error.path.empty() || error.path.starts_with('/'), "a path is a JSON Pointer");
+  check(error.pointer.empty() || error.pointer.starts_with('/'), "a path is a JSON Pointer");
   const std::optional<std::string> id = tool::idOfUnreadableLine(line);
   if (const std::optional<JudgedJson> json = judgedJson(line)) {
     const bool isObject = json->kind == JudgedJson::Kind::kObject;
@@ -168,12 +168,12 @@ void checkRejected(std::string_view line, const tool::LineError& error) {
   tool::appendError(id, 17, error, written);
   const JudgedJson result = parsedResult(written.text());
   check(result.find("error")->find("message")->text == error.message, "the message comes back");
-  check(result.find("error")->find("path")->text == error.path, "the path comes back");
+  check(result.find("error")->find("path")->text == error.pointer, "the path comes back");
 }
 
 void checkLine(PurchaseReader& reader, std::string_view line, bool ignoresUnknownKeys) {
   // The memory ends where the reader may no longer look, and what it may look at is no help.
-  std::vector<char> memory(line.size() + PurchaseReader::kPadding, '"');
+  std::vector<char> memory(line.size() + tool::JsonReader::kPadding, '"');
   std::copy(line.begin(), line.end(), memory.begin());
   const std::string_view padded(memory.data(), line.size());
 
@@ -182,7 +182,7 @@ void checkLine(PurchaseReader& reader, std::string_view line, bool ignoresUnknow
     const tool::Purchase& purchase = reader.read(padded);
     check(judged.has_value(), "a line is read only when the judge reads it");
     checkAccepted(purchase, *judged);
-  } catch (const tool::LineError& error) {
+  } catch (const tool::JsonError& error) {
     check(!judged.has_value(), "a line is rejected only when the judge rejects it");
     checkRejected(padded, error);
   }
@@ -192,8 +192,8 @@ void checkLine(PurchaseReader& reader, std::string_view line, bool ignoresUnknow
 
 void fuzz(std::string_view input) {
   QELMeasurement::setMonitor(std::make_shared<tool::DiagnosticsCollector>());
-  PurchaseReader strict(PurchaseReader::UnknownKeys::kAreErrors);
-  PurchaseReader lenient(PurchaseReader::UnknownKeys::kAreIgnored);
+  PurchaseReader strict(tool::UnknownKeys::kAreErrors);
+  PurchaseReader lenient(tool::UnknownKeys::kAreIgnored);
   while (!input.empty()) {
     const std::string_view line = takeLine(input);
     checkLine(strict, line, false);

@@ -312,5 +312,26 @@ TEST(DecimalTest, HugeExponentCanBeOutweighedByZeros) {
   EXPECT_EQ(decimal("5" + std::string(1000, '0') + "e-1000").doubleValue(), 5.0);
 }
 
+// --- JSON numbers ---
+
+class JsonNumberTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(JsonNumberTest, IsANumber) { EXPECT_TRUE(Decimal::isJsonNumber(GetParam())); }
+
+INSTANTIATE_TEST_SUITE_P(IsJsonNumber, JsonNumberTest,
+                         ::testing::Values("0", "-0", "7", "-7", "10", "1234567890", "0.0", "-0.5",
+                                           "10.25", "1e5", "1E5", "1e+5", "1e-5", "0e0", "0.5E-10",
+                                           "1e007", "99999999999999999999999999"));
+
+class NoJsonNumberTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(NoJsonNumberTest, IsNone) { EXPECT_FALSE(Decimal::isJsonNumber(GetParam())); }
+
+INSTANTIATE_TEST_SUITE_P(IsJsonNumber, NoJsonNumberTest,
+                         ::testing::Values("", "-", "+1", "00", "01", "-01", ".5", "5.", "-.5",
+                                           "1.e5", "1e", "1e+", "1e-", "e5", "1e5.0", "1.2.3",
+                                           "0x10", "1_000", "1,5", " 1", "1 ", "--1", "1e5e5",
+                                           "Infinity", "-Infinity", "NaN", "nan", "1a", "1e1a"));
+
 }  // namespace
 }  // namespace qel::testing

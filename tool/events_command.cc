@@ -16,10 +16,11 @@
 #include <system_error>
 #include <vector>
 
+#include "diagnostics_collector.h"
 #include "interrupt.h"
 #include "line_blocks.h"
 #include "progress.h"
-#include "qel/purchase_event.h"
+#include "purchase_reader.h"
 #include "unreadable_line.h"
 
 namespace qel::tool {
@@ -41,6 +42,8 @@ struct Counts {
 struct Work {
   LineBlock block;
   TextBuffer output;
+  // Of the line that is worked on.
+  TextBuffer diagnostics;
   Counts counts;
 };
 
@@ -52,14 +55,13 @@ void processLine(std::string_view line, std::uint64_t lineNumber, PurchaseReader
                  Int64Form int64Form, Work& work) {
   try {
     const Purchase& purchase = reader.read(line);
-    TextBuffer& diagnostics = DiagnosticsCollector::ofThisThread();
-    diagnostics.clear();
-    const std::optional<EventParameters> event =
-        QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-            purchase.productRecord(), purchase.transactionRecord(), purchase.receipt);
-    appendResult(purchase.id, event, diagnostics.text(), int64Form, work.output);
+    const DiagnosticsCollector::Collection collection(work.diagnostics);
+    const std::optional<EventParameters> event = plainPurchaseEvent(
+        purchase.product.has_value() ? &*purchase.product : nullptr,
+        purchase.transaction.has_value() ? &*purchase.transaction : nullptr, purchase.receipt);
+    appendResult(purchase.id, event, work.diagnostics.text(), int64Form, work.output);
     ++work.counts.read;
-  } catch (const LineError& error) {
+  } catch (const JsonError& error) {
     appendError(idOfUnreadableLine(line), lineNumber, error, work.output);
     ++work.counts.rejected;
   }
@@ -118,7 +120,10 @@ class Run {
       : options_(options),
         reader_(input.descriptor(), options.firstLineNumber),
         progress_(options.showsProgress, input.size()),
-        readers_([&options] { return std::make_unique<PurchaseReader>(options.unknownKeys); }),
+        readers_([&options] {
+          return std::make_unique<PurchaseReader>(
+              options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors);
+        }),
         // A block waits for its turn while others are worked on.
         works_(static_cast<std::size_t>(options.jobs) + 2) {}
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <string>
 
-#include "purchase_reader.h"
 #include "result_writer.h"
 
 namespace qel::tool {
@@ -24,7 +23,7 @@ struct EventsOptions {
   std::string input = "-";
   // The number of the input's first line: more than 1 when it is a part of a larger input.
   std::uint64_t firstLineNumber = 1;
-  PurchaseReader::UnknownKeys unknownKeys = PurchaseReader::UnknownKeys::kAreErrors;
+  bool ignoresUnknownKeys = false;
   Int64Form int64Form = Int64Form::kNumber;
   // Threads to work on; at least 1.
   int jobs = 1;

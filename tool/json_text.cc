@@ -9,22 +9,12 @@
 #include <cstring>
 #include <iterator>
 
+#include "qel/text.h"
+
 namespace qel::tool {
 namespace {
 
-constexpr char32_t kFirstHighSurrogate = 0xD800;
-constexpr char32_t kFirstLowSurrogate = 0xDC00;
-constexpr char32_t kSurrogatesOfEachHalf = 0x400;
-constexpr char32_t kFirstSupplementary = 0x10000;
-
-constexpr bool isHighSurrogate(char32_t unit) {
-  return unit >= kFirstHighSurrogate && unit < kFirstHighSurrogate + kSurrogatesOfEachHalf;
-}
-constexpr bool isLowSurrogate(char32_t unit) {
-  return unit >= kFirstLowSurrogate && unit < kFirstLowSurrogate + kSurrogatesOfEachHalf;
-}
-
-// The UTF-16 code unit that the escape \uXXXX at the start of `text` stands for, if there is one.
+// Returns the UTF-16 code unit of the escape \uXXXX at the start of `text`, if there is one.
 std::optional<char32_t> escapedUnit(std::string_view text) {
   constexpr std::size_t kSize = 6;
   if (text.size() < kSize || !text.starts_with("\\u")) return std::nullopt;
@@ -35,7 +25,7 @@ std::optional<char32_t> escapedUnit(std::string_view text) {
   return unit;
 }
 
-// The character that a backslash and `letter` stand for, if they do.
+// Returns the character of the escape that is a backslash and `letter`, if there is one.
 std::optional<char> escapedCharacter(char letter) {
   switch (letter) {
     case '"':
@@ -57,7 +47,8 @@ std::optional<char> escapedCharacter(char letter) {
   }
 }
 
-// Takes the escape at the start of `raw` off it and appends what it stands for.
+// Removes the escape at the start of `raw` and appends its character. Returns false if it is not an
+// escape that JSON has.
 bool takeEscape(std::string_view& raw, std::string& out) {
   if (const std::optional<char32_t> unit = escapedUnit(raw)) {
     raw.remove_prefix(6);
@@ -65,8 +56,7 @@ bool takeEscape(std::string_view& raw, std::string& out) {
     const std::optional<char32_t> next = isHighSurrogate(*unit) ? escapedUnit(raw) : std::nullopt;
     if (next.has_value() && isLowSurrogate(*next)) {
       raw.remove_prefix(6);
-      character = kFirstSupplementary + ((*unit - kFirstHighSurrogate) << 10) +
-                  (*next - kFirstLowSurrogate);
+      character = characterOfPair(*unit, *next);
     }
     utf8::unchecked::append(character, std::back_inserter(out));
     return true;
@@ -78,11 +68,6 @@ bool takeEscape(std::string_view& raw, std::string& out) {
   return true;
 }
 
-// Whether the three bytes at the start of `text` are a surrogate.
-bool startsWithSurrogate(std::string_view text) {
-  return text.size() >= 3 && text[0] == '\xED' && static_cast<unsigned char>(text[1]) >= 0xA0;
-}
-
 // Appends the escape of a code unit: \uXXXX.
 void appendEscapedUnit(unsigned unit, TextBuffer& out) {
   constexpr std::string_view kDigits = "0123456789abcdef";
@@ -90,15 +75,15 @@ void appendEscapedUnit(unsigned unit, TextBuffer& out) {
   for (int shift = 12; shift >= 0; shift -= 4) out.append(kDigits[(unit >> shift) & 0xF]);
 }
 
-// Whether a JSON string can hold the character as it is. What may begin a surrogate is not plain
-// either: it is looked at more closely.
+// Returns whether the byte can be in a JSON string without an escape. The first byte of a surrogate
+// is not plain; takeNotPlain decides.
 constexpr bool isPlain(char character) {
   return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\' &&
          character != '\xED';
 }
 
-// Whether all eight characters of `word` are plain, looked at together: a byte that becomes zero,
-// or that is less than 0x20, is found by the borrow into its highest bit.
+// Returns whether all eight bytes of `word` are plain. A byte that is zero, or less than 0x20,
+// shows by the borrow into its highest bit.
 constexpr bool areAllPlain(std::uint64_t word) {
   constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
   constexpr std::uint64_t kHighBits = 0x80 * kOnes;
@@ -122,13 +107,10 @@ bool isAllPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), isPlain);
 }
 
-// Takes the character at the start of `text`, which is not plain, off it and appends it.
+// Removes the character at the start of `text`, which is not plain, and appends it.
 void takeNotPlain(std::string_view& text, TextBuffer& out) {
-  if (startsWithSurrogate(text)) {
-    const auto payload = [&text](std::size_t i) {
-      return static_cast<unsigned char>(text[i]) & 0x3FU;
-    };
-    appendEscapedUnit(0xD000U | payload(1) << 6 | payload(2), out);
+  if (const std::optional<char32_t> surrogate = surrogateAtStart(text)) {
+    appendEscapedUnit(*surrogate, out);
     text.remove_prefix(3);
     return;
   }
@@ -155,20 +137,6 @@ void takeNotPlain(std::string_view& text, TextBuffer& out) {
     default:
       appendEscapedUnit(static_cast<unsigned char>(character), out);
   }
-}
-
-// Takes the digits at the start of `text` off it, and tells whether there were any.
-bool takeDigits(std::string_view& text) {
-  const std::size_t size = std::min(text.find_first_not_of("0123456789"), text.size());
-  text.remove_prefix(size);
-  return size > 0;
-}
-
-// Takes one of `characters` off the start of `text` if it stands there, and tells whether it did.
-bool takeOneOf(std::string_view characters, std::string_view& text) {
-  if (text.empty() || characters.find(text.front()) == std::string_view::npos) return false;
-  text.remove_prefix(1);
-  return true;
 }
 
 }  // namespace
@@ -207,17 +175,6 @@ void appendJsonString(std::string_view text, TextBuffer& out) {
     if (!text.empty()) takeNotPlain(text, out);
   }
   out.append('"');
-}
-
-bool isJsonNumber(std::string_view text) {
-  takeOneOf("-", text);
-  if (!takeOneOf("0", text) && !takeDigits(text)) return false;
-  if (takeOneOf(".", text) && !takeDigits(text)) return false;
-  if (takeOneOf("eE", text)) {
-    takeOneOf("+-", text);
-    if (!takeDigits(text)) return false;
-  }
-  return text.empty();
 }
 
 }  // namespace qel::tool

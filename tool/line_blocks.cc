@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "interrupt.h"
-#include "purchase_reader.h"
+#include "json_reader.h"
 
 namespace qel::tool {
 namespace {
@@ -39,10 +39,10 @@ void split(std::string_view text, std::vector<std::string_view>& lines) {
 }  // namespace
 
 std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const {
-  const std::size_t needed = size + kReadSize + PurchaseReader::kPadding;
+  const std::size_t needed = size + kReadSize + JsonReader::kPadding;
   // Doubled, so that a very long line is not copied again for every read.
   if (block.memory.size() < needed) block.memory.resize(std::max(needed, 2 * size));
-  const std::size_t room = block.memory.size() - size - PurchaseReader::kPadding;
+  const std::size_t room = block.memory.size() - size - JsonReader::kPadding;
   while (waitForInput(descriptor_)) {
     const ssize_t count = read(descriptor_, block.memory.data() + size, room);
     if (count >= 0) return static_cast<std::size_t>(count);

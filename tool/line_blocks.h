@@ -15,7 +15,7 @@ namespace qel::tool {
 struct LineBlock {
   std::vector<char> memory;
 
-  // The lines, without their newlines. PurchaseReader::kPadding bytes are readable after the last.
+  // The lines, without their newlines. JsonReader::kPadding bytes are readable after the last.
   std::vector<std::string_view> lines;
 
   // The size of the lines in the input, newlines included, in bytes.

@@ -89,14 +89,13 @@ int main(int argc, char** argv) {
 
   EventsOptions options;
   options.jobs = oneapi::tbb::info::default_concurrency();
-  bool allowsUnknown = false;
   bool writesStrings = false;
   bool isQuiet = false;
   CLI::App* const events = app.add_subcommand("events", "Compute the event of each purchase");
   events->footer(kEventsFooter);
   events->add_option("FILE", options.input, "Purchases, one a line; - is standard input")
       ->capture_default_str();
-  events->add_flag("--allow-unknown", allowsUnknown,
+  events->add_flag("--allow-unknown", options.ignoresUnknownKeys,
                    "Ignore unknown keys instead of rejecting them");
   events->add_flag(
       "--int64-as-string", writesStrings,
@@ -123,7 +122,6 @@ int main(int argc, char** argv) {
     return complain(error.what());
   }
 
-  if (allowsUnknown) options.unknownKeys = qel::tool::PurchaseReader::UnknownKeys::kAreIgnored;
   if (writesStrings) options.int64Form = qel::tool::Int64Form::kString;
   options.showsProgress = !isQuiet;
   return qel::tool::runEvents(options);

@@ -1,48 +1,51 @@
-// Reading one purchase from one line of JSON.
+// Reads one purchase from one line of JSON.
 
 #ifndef QEL_TOOL_PURCHASE_READER_H_
 #define QEL_TOOL_PURCHASE_READER_H_
 
-#include <cstddef>
-#include <memory>
-#include <string>
+#include <deque>
+#include <optional>
 #include <string_view>
 
-#include "purchase.h"
+#include "json_reader.h"
+#include "qel/plain_records.h"
 
 namespace qel::tool {
 
-// Why a line cannot be read.
-struct LineError {
-  // Where in the line: a JSON Pointer (RFC 6901), such as /receipt/0/purchaseType; empty for the
-  // line as a whole.
-  std::string path;
+// One purchase, as a line of input has it.
+struct Purchase {
+  // A view of the line, or of the reader's memory.
+  OptionalText id;
 
-  // What is wrong, and what was expected.
-  std::string message;
+  std::optional<PlainProduct> product;
+  std::optional<PlainTransaction> transaction;
+
+  // Refers to the reader's entries.
+  QELInAppPurchaseItems receipt;
 };
 
 // Threads: a reader serves one thread at a time.
 class PurchaseReader {
  public:
-  // What reading may look at past the end of a line: so many bytes must be readable there. Their
-  // values do not matter.
-  static constexpr std::size_t kPadding = 64;
-
-  enum class UnknownKeys { kAreErrors, kAreIgnored };
-
-  explicit PurchaseReader(UnknownKeys unknownKeys);
-  ~PurchaseReader();
+  explicit PurchaseReader(UnknownKeys unknownKeys) : reader_(unknownKeys) {}
   PurchaseReader(const PurchaseReader&) = delete;
   PurchaseReader& operator=(const PurchaseReader&) = delete;
 
-  // Reads the purchase that `line` holds. It belongs to the reader, and is valid until the next
-  // call or until the line's bytes change. Throws LineError.
+  // Reads the purchase that `line` holds. JsonReader::kPadding bytes after it must be readable. The
+  // purchase belongs to the reader, and is valid until the next call or until the line's bytes
+  // change. Throws JsonError.
   const Purchase& read(std::string_view line);
 
+  // A purchase, and the entries of receipts, which are reused from line to line.
+  struct Line {
+    Purchase purchase;
+    PlainProduct platform;
+    std::deque<QELInAppPurchaseItem> entries;
+  };
+
  private:
-  class Impl;
-  std::unique_ptr<Impl> impl_;
+  JsonReader reader_;
+  Line line_;
 };
 
 }  // namespace qel::tool

@@ -55,7 +55,8 @@ struct WrittenNumber {
   std::string_view exponent;
 };
 
-// Splits `text` into the pieces of a number. Returns false if it is not one.
+// Splits `text` into the pieces of `number`, which must be fresh. Returns false if it is not a
+// number.
 bool scan(std::string_view text, WrittenNumber& number) {
   number.isNegative = takeCharacter(text, '-');
   number.integer = takeDigits(text);
@@ -212,6 +213,11 @@ std::optional<Decimal> Decimal::fromString(std::string_view text) {
   if (exponent < kLeastExponent) return std::nullopt;
   return Decimal(number.isNegative, lowHalf(digits.coefficient()), highHalf(digits.coefficient()),
                  static_cast<int>(exponent));
+}
+
+bool Decimal::isJsonNumber(std::string_view text) {
+  WrittenNumber number;
+  return scan(text, number);
 }
 
 Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& factor) const {

@@ -3,19 +3,17 @@
 #include <utf8/core.h>
 #include <utf8/unchecked.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
 namespace qel {
 namespace {
 
-// First byte of every surrogate, which takes three bytes. It is the first byte of no other
-// character above U+D7FF, and never a later byte.
+// First byte of every surrogate. It is the first byte of no other character above U+D7FF, and never
+// a later byte.
 constexpr char kSurrogateLead = '\xED';
 constexpr std::size_t kSurrogateSize = 3;
-
-// The high bits of a surrogate's second byte say which half of a pair it is.
-enum class Half : unsigned char { kHigh = 0xA0, kLow = 0xB0 };
 
 // Nearly all identifiers are ASCII, which needs no encoding. Reads every byte without a branch, so
 // that the compiler can vectorize the loop.
@@ -25,34 +23,20 @@ bool isAscii(std::string_view text) {
   return bits < 0x80;
 }
 
-constexpr unsigned byteAt(std::string_view text, std::size_t position) {
-  return static_cast<unsigned char>(text[position]);
-}
-
-bool isSurrogate(std::string_view text, std::size_t position, Half half) {
-  return text.size() >= position + kSurrogateSize && text[position] == kSurrogateLead &&
-         (byteAt(text, position + 1) & 0xF0) == static_cast<unsigned>(half) &&
-         (byteAt(text, position + 2) & 0xC0) == 0x80;
-}
-
-// Returns the ten bits of the pair that the surrogate at `position` has.
-char32_t payload(std::string_view text, std::size_t position) {
-  return (byteAt(text, position + 1) & 0x0F) << 6 | (byteAt(text, position + 2) & 0x3F);
-}
-
 std::string withJoinedSurrogatePairs(std::string_view text) {
   std::string joined;
   std::size_t done = 0;
-  std::size_t high = text.find(kSurrogateLead);
-  while (high != std::string_view::npos) {
-    const std::size_t low = high + kSurrogateSize;
-    if (isSurrogate(text, high, Half::kHigh) && isSurrogate(text, low, Half::kLow)) {
-      joined += text.substr(done, high - done);
-      utf8::unchecked::append(0x10000 + (payload(text, high) << 10 | payload(text, low)),
-                              std::back_inserter(joined));
-      done = low + kSurrogateSize;
+  std::size_t position = text.find(kSurrogateLead);
+  while (position != std::string_view::npos) {
+    const std::size_t next = std::min(position + kSurrogateSize, text.size());
+    const std::optional<char32_t> high = surrogateAtStart(text.substr(position));
+    const std::optional<char32_t> low = surrogateAtStart(text.substr(next));
+    if (high.has_value() && isHighSurrogate(*high) && low.has_value() && isLowSurrogate(*low)) {
+      joined += text.substr(done, position - done);
+      utf8::unchecked::append(characterOfPair(*high, *low), std::back_inserter(joined));
+      done = next + kSurrogateSize;
     }
-    high = text.find(kSurrogateLead, low);
+    position = text.find(kSurrogateLead, next);
   }
   return joined += text.substr(done);
 }

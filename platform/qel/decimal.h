@@ -46,6 +46,9 @@ class Decimal {
   // Example: Decimal::fromString("8.29")
   QEL_EXPORT static std::optional<Decimal> fromString(std::string_view text);
 
+  // Returns whether `text` is a number in JSON syntax (RFC 8259), of any size.
+  QEL_EXPORT static bool isJsonNumber(std::string_view text);
+
   // Returns the exact product, never a rounded one. Returns NaN if either factor is NaN, or if the
   // product needs a coefficient of more than 256 bits or an exponent outside -256 to 254.
   QEL_EXPORT Decimal decimalNumberByMultiplyingBy(const Decimal& factor) const;

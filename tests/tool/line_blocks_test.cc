@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "interrupt.h"
-#include "purchase_reader.h"
+#include "json_reader.h"
 
 namespace qel::tool {
 namespace {
@@ -120,8 +120,7 @@ TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
   next();
   const char* const end = block_.memory.data() + block_.memory.size();
   const std::string_view last = block_.lines.back();
-  EXPECT_GE(end - (last.data() + last.size()),
-            static_cast<std::ptrdiff_t>(PurchaseReader::kPadding));
+  EXPECT_GE(end - (last.data() + last.size()), static_cast<std::ptrdiff_t>(JsonReader::kPadding));
 }
 
 TEST(LineBlockReaderErrorTest, ThrowsWhenTheInputCannotBeRead) {

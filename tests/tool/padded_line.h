@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "purchase_reader.h"
+#include "json_reader.h"
 
 namespace qel::tool::testing {
 
@@ -14,7 +14,7 @@ class PaddedLine {
  public:
   // `padding` is what every byte after the line holds.
   explicit PaddedLine(std::string_view line, char padding = ' ')
-      : memory_(std::string(line) + std::string(PurchaseReader::kPadding, padding)),
+      : memory_(std::string(line) + std::string(JsonReader::kPadding, padding)),
         size_(line.size()) {}
 
   std::string_view view() const { return std::string_view(memory_).substr(0, size_); }

@@ -15,7 +15,6 @@ namespace qel::tool {
 namespace {
 
 using testing::PaddedLine;
-using UnknownKeys = PurchaseReader::UnknownKeys;
 
 constexpr std::int64_t kLeastSigned = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kGreatestSigned = std::numeric_limits<std::int64_t>::max();
@@ -42,8 +41,8 @@ class Reader {
   std::string errorOf(std::string_view line, char padding = ' ') {
     try {
       read(line, padding);
-    } catch (const LineError& error) {
-      return error.path + " " + error.message;
+    } catch (const JsonError& error) {
+      return error.pointer + " " + error.message;
     }
     return "(no error)";
   }
@@ -75,29 +74,29 @@ constexpr std::string_view kWholePurchase =
 void expectWholePurchase(const Purchase& purchase) {
   EXPECT_EQ(purchase.id, "one");
 
-  const StoreProduct* const product = purchase.productRecord();
-  ASSERT_NE(product, nullptr);
-  EXPECT_EQ(product->productIdentifier(), "monthly");
-  EXPECT_EQ(asDouble(product->price()), 4.99);
-  EXPECT_EQ(product->priceLocaleCurrencyCode(), "EUR");
-  EXPECT_EQ(product->localizedTitle(), "Monthly");
-  EXPECT_TRUE(product->hasDiscountClass());
-  EXPECT_TRUE(product->discountsAnswerPrice());
-  EXPECT_FALSE(product->discountsAnswerPaymentMode());
-  EXPECT_TRUE(product->answersIntroductoryPrice());
-  ASSERT_NE(product->introductoryPrice(), nullptr);
-  EXPECT_EQ(asDouble(product->introductoryPrice()->price()), 1.99);
-  EXPECT_EQ(product->introductoryPrice()->paymentMode(), 1U);
+  const std::optional<PlainProduct>& product = purchase.product;
+  ASSERT_TRUE(product.has_value());
+  EXPECT_EQ(product->productIdentifier, "monthly");
+  EXPECT_EQ(asDouble(product->price), 4.99);
+  EXPECT_EQ(product->priceLocaleCurrencyCode, "EUR");
+  EXPECT_EQ(product->localizedTitle, "Monthly");
+  EXPECT_TRUE(product->hasDiscountClass);
+  EXPECT_TRUE(product->discountsAnswerPrice);
+  EXPECT_FALSE(product->discountsAnswerPaymentMode);
+  EXPECT_TRUE(product->answersIntroductoryPrice);
+  ASSERT_TRUE(product->introductoryPrice.has_value());
+  EXPECT_EQ(asDouble(product->introductoryPrice->price), 1.99);
+  EXPECT_EQ(product->introductoryPrice->paymentMode, 1U);
 
-  const StoreTransaction* const transaction = purchase.transactionRecord();
-  ASSERT_NE(transaction, nullptr);
-  EXPECT_EQ(transaction->transactionIdentifier(), "2000");
-  ASSERT_NE(transaction->originalTransaction(), nullptr);
-  EXPECT_EQ(transaction->originalTransaction()->transactionIdentifier(), "1000");
+  const std::optional<PlainTransaction>& transaction = purchase.transaction;
+  ASSERT_TRUE(transaction.has_value());
+  EXPECT_EQ(transaction->transactionIdentifier, "2000");
+  ASSERT_TRUE(transaction->originalTransaction.has_value());
+  EXPECT_EQ(transaction->originalTransaction->transactionIdentifier, "1000");
   // `date -u -d 2019-03-14T09:26:53Z +%s`
-  EXPECT_EQ(transaction->transactionDate(), (Instant{1552555613, 250000000}));
-  ASSERT_NE(transaction->payment(), nullptr);
-  EXPECT_EQ(transaction->payment()->quantity(), 3);
+  EXPECT_EQ(transaction->transactionDate, (Instant{1552555613, 250000000}));
+  ASSERT_TRUE(transaction->quantity.has_value());
+  EXPECT_EQ(transaction->quantity, 3);
 
   ASSERT_EQ(purchase.receipt.size(), 2U);
   QELInAppPurchaseItem entry;
@@ -115,8 +114,8 @@ void expectWholePurchase(const Purchase& purchase) {
 
 void expectEmptyPurchase(const Purchase& purchase) {
   EXPECT_EQ(purchase.id, std::nullopt);
-  EXPECT_EQ(purchase.productRecord(), nullptr);
-  EXPECT_EQ(purchase.transactionRecord(), nullptr);
+  EXPECT_FALSE(purchase.product.has_value());
+  EXPECT_FALSE(purchase.transaction.has_value());
   EXPECT_TRUE(purchase.receipt.empty());
 }
 
@@ -144,7 +143,7 @@ TEST(PurchaseReaderTest, ReadsKeysThatAreWrittenWithEscapes) {
   const Purchase& purchase = reader.read(
       R"({"\u0069d":"one","pr\u006fduct":{"\u0070rice":"4.99"},"receipt":[{"productI\u0044":"a"}]})");
   EXPECT_EQ(purchase.id, "one");
-  EXPECT_EQ(asDouble(purchase.productRecord()->price()), 4.99);
+  EXPECT_EQ(asDouble(purchase.product->price), 4.99);
   EXPECT_EQ(purchase.receipt[0].get().productID, "a");
 }
 
@@ -154,7 +153,7 @@ TEST(PurchaseReaderTest, ReadsWhiteSpaceAnywhereBetweenTokens) {
       " \t\r{ \"id\" : \"one\" ,\t\"transaction\" :{\"payment\": { \"quantity\" : 3 } } ,"
       "\"receipt\" : [ { \"purchaseType\" : 3 , \"isFreeTrial\" : true } , { } ] } \t\r");
   EXPECT_EQ(purchase.id, "one");
-  EXPECT_EQ(purchase.transactionRecord()->payment()->quantity(), 3);
+  EXPECT_EQ(purchase.transaction->quantity, 3);
   ASSERT_EQ(purchase.receipt.size(), 2U);
   EXPECT_EQ(purchase.receipt[0].get().purchaseType, 3);
   EXPECT_TRUE(purchase.receipt[0].get().isFreeTrial);
@@ -178,11 +177,11 @@ TEST(PurchaseReaderTest, ForgetsThePurchaseBefore) {
   reader.read(kWholePurchase);
   const Purchase& purchase =
       reader.read(R"({"product":{},"transaction":{},"receipt":[{"productID":"b"},{}]})");
-  EXPECT_EQ(purchase.productRecord()->productIdentifier(), std::nullopt);
-  EXPECT_EQ(purchase.productRecord()->price(), std::nullopt);
-  EXPECT_FALSE(purchase.productRecord()->answersIntroductoryPrice());
-  EXPECT_TRUE(purchase.productRecord()->discountsAnswerPaymentMode());
-  EXPECT_EQ(purchase.transactionRecord()->payment(), nullptr);
+  EXPECT_EQ(purchase.product->productIdentifier, std::nullopt);
+  EXPECT_EQ(purchase.product->price, std::nullopt);
+  EXPECT_FALSE(purchase.product->answersIntroductoryPrice);
+  EXPECT_TRUE(purchase.product->discountsAnswerPaymentMode);
+  EXPECT_EQ(purchase.transaction->quantity, std::nullopt);
   QELInAppPurchaseItem entry;
   entry.productID = "b";
   EXPECT_EQ(purchase.receipt[0].get(), entry);
@@ -202,7 +201,7 @@ TEST(PurchaseReaderTest, ReadsALineMuchLongerThanTheOneBefore) {
   reader.read("{}");
   const std::string title(1000000, 'x');
   const Purchase& purchase = reader.read(withValue(R"({"product":{"localizedTitle":"@"}})", title));
-  EXPECT_EQ(purchase.productRecord()->localizedTitle(), title);
+  EXPECT_EQ(purchase.product->localizedTitle, title);
 }
 
 // --- Absent values ---
@@ -220,33 +219,33 @@ TEST(PurchaseReaderTest, NullIsAbsentForEveryKeyOfALine) {
 
 TEST(PurchaseReaderTest, AnEmptyProductAnswersNothing) {
   Reader reader;
-  const StoreProduct* const product = reader.read(R"({"product":{}})").productRecord();
-  ASSERT_NE(product, nullptr);
-  EXPECT_EQ(product->productIdentifier(), std::nullopt);
-  EXPECT_EQ(product->price(), std::nullopt);
-  EXPECT_EQ(product->priceLocaleCurrencyCode(), std::nullopt);
-  EXPECT_EQ(product->localizedTitle(), std::nullopt);
+  const std::optional<PlainProduct>& product = reader.read(R"({"product":{}})").product;
+  ASSERT_TRUE(product.has_value());
+  EXPECT_EQ(product->productIdentifier, std::nullopt);
+  EXPECT_EQ(product->price, std::nullopt);
+  EXPECT_EQ(product->priceLocaleCurrencyCode, std::nullopt);
+  EXPECT_EQ(product->localizedTitle, std::nullopt);
 }
 
 TEST(PurchaseReaderTest, NullIsAbsentForEveryKeyOfAProduct) {
   Reader reader;
-  const StoreProduct* const product =
+  const std::optional<PlainProduct>& product =
       reader
           .read(R"({"product":{"productIdentifier":null,"price":null,"priceLocale":null,)"
                 R"("localizedTitle":null}})")
-          .productRecord();
-  ASSERT_NE(product, nullptr);
-  EXPECT_EQ(product->productIdentifier(), std::nullopt);
-  EXPECT_EQ(product->price(), std::nullopt);
-  EXPECT_EQ(product->priceLocaleCurrencyCode(), std::nullopt);
-  EXPECT_EQ(product->localizedTitle(), std::nullopt);
+          .product;
+  ASSERT_TRUE(product.has_value());
+  EXPECT_EQ(product->productIdentifier, std::nullopt);
+  EXPECT_EQ(product->price, std::nullopt);
+  EXPECT_EQ(product->priceLocaleCurrencyCode, std::nullopt);
+  EXPECT_EQ(product->localizedTitle, std::nullopt);
 }
 
 TEST(PurchaseReaderTest, ALocaleMayHaveNoCurrencyCode) {
   Reader reader;
   for (const char* const locale : {"{}", R"({"currencyCode":null})"}) {
     const Purchase& purchase = reader.read(withValue(R"({"product":{"priceLocale":@}})", locale));
-    EXPECT_EQ(purchase.productRecord()->priceLocaleCurrencyCode(), std::nullopt) << locale;
+    EXPECT_EQ(purchase.product->priceLocaleCurrencyCode, std::nullopt) << locale;
   }
 }
 
@@ -256,9 +255,9 @@ TEST(PurchaseReaderTest, AnEmptyTextIsPresent) {
       reader.read(R"({"id":"","product":{"productIdentifier":"","localizedTitle":"",)"
                   R"("priceLocale":{"currencyCode":""}},"receipt":[{"transactionID":""}]})");
   EXPECT_EQ(purchase.id, "");
-  EXPECT_EQ(purchase.productRecord()->productIdentifier(), "");
-  EXPECT_EQ(purchase.productRecord()->localizedTitle(), "");
-  EXPECT_EQ(purchase.productRecord()->priceLocaleCurrencyCode(), "");
+  EXPECT_EQ(purchase.product->productIdentifier, "");
+  EXPECT_EQ(purchase.product->localizedTitle, "");
+  EXPECT_EQ(purchase.product->priceLocaleCurrencyCode, "");
   EXPECT_EQ(purchase.receipt[0].get().transactionID, "");
 }
 
@@ -267,13 +266,13 @@ TEST(PurchaseReaderTest, EveryKeyOfATransactionMayBeLeftOutOrNull) {
   for (const char* const value :
        {"{}", R"({"transactionIdentifier":null,"originalTransaction":null,)"
               R"("transactionDate":null,"payment":null})"}) {
-    const StoreTransaction* const transaction =
-        reader.read(withValue(R"({"transaction":@})", value)).transactionRecord();
-    ASSERT_NE(transaction, nullptr);
-    EXPECT_EQ(transaction->transactionIdentifier(), std::nullopt);
-    EXPECT_EQ(transaction->originalTransaction(), nullptr);
-    EXPECT_EQ(transaction->transactionDate(), std::nullopt);
-    EXPECT_EQ(transaction->payment(), nullptr);
+    const std::optional<PlainTransaction>& transaction =
+        reader.read(withValue(R"({"transaction":@})", value)).transaction;
+    ASSERT_TRUE(transaction.has_value());
+    EXPECT_EQ(transaction->transactionIdentifier, std::nullopt);
+    EXPECT_FALSE(transaction->originalTransaction.has_value());
+    EXPECT_EQ(transaction->transactionDate, std::nullopt);
+    EXPECT_EQ(transaction->quantity, std::nullopt);
   }
 }
 
@@ -282,12 +281,12 @@ TEST(PurchaseReaderTest, AnOriginalTransactionAndAPaymentMayBeEmpty) {
   for (const char* const value :
        {R"({"originalTransaction":{},"payment":{}})",
         R"({"originalTransaction":{"transactionIdentifier":null},"payment":{"quantity":null}})"}) {
-    const StoreTransaction* const transaction =
-        reader.read(withValue(R"({"transaction":@})", value)).transactionRecord();
-    ASSERT_NE(transaction->originalTransaction(), nullptr);
-    EXPECT_EQ(transaction->originalTransaction()->transactionIdentifier(), std::nullopt);
-    ASSERT_NE(transaction->payment(), nullptr);
-    EXPECT_EQ(transaction->payment()->quantity(), 0);
+    const std::optional<PlainTransaction>& transaction =
+        reader.read(withValue(R"({"transaction":@})", value)).transaction;
+    ASSERT_TRUE(transaction->originalTransaction.has_value());
+    EXPECT_EQ(transaction->originalTransaction->transactionIdentifier, std::nullopt);
+    ASSERT_TRUE(transaction->quantity.has_value());
+    EXPECT_EQ(transaction->quantity, 0);
   }
 }
 
@@ -318,15 +317,15 @@ TEST(PurchaseReaderTest, AReceiptMayBeEmpty) {
 TEST(PurchaseReaderTest, WithoutTheKeyAProductDoesNotAnswerIntroductoryPrice) {
   Reader reader;
   const Purchase& purchase = reader.read(R"({"product":{}})");
-  EXPECT_FALSE(purchase.productRecord()->answersIntroductoryPrice());
-  EXPECT_EQ(purchase.productRecord()->introductoryPrice(), nullptr);
+  EXPECT_FALSE(purchase.product->answersIntroductoryPrice);
+  EXPECT_FALSE(purchase.product->introductoryPrice.has_value());
 }
 
 TEST(PurchaseReaderTest, WithNullAProductAnswersIntroductoryPriceWithNothing) {
   Reader reader;
   const Purchase& purchase = reader.read(R"({"product":{"introductoryPrice":null}})");
-  EXPECT_TRUE(purchase.productRecord()->answersIntroductoryPrice());
-  EXPECT_EQ(purchase.productRecord()->introductoryPrice(), nullptr);
+  EXPECT_TRUE(purchase.product->answersIntroductoryPrice);
+  EXPECT_FALSE(purchase.product->introductoryPrice.has_value());
 }
 
 TEST(PurchaseReaderTest, AnOfferMayHaveNoPriceAndItsPaymentModeIsThenZero) {
@@ -334,10 +333,10 @@ TEST(PurchaseReaderTest, AnOfferMayHaveNoPriceAndItsPaymentModeIsThenZero) {
   for (const char* const offer : {"{}", R"({"price":null,"paymentMode":null})"}) {
     const Purchase& purchase =
         reader.read(withValue(R"({"product":{"introductoryPrice":@}})", offer));
-    EXPECT_TRUE(purchase.productRecord()->answersIntroductoryPrice());
-    ASSERT_NE(purchase.productRecord()->introductoryPrice(), nullptr);
-    EXPECT_EQ(purchase.productRecord()->introductoryPrice()->price(), std::nullopt);
-    EXPECT_EQ(purchase.productRecord()->introductoryPrice()->paymentMode(), 0U);
+    EXPECT_TRUE(purchase.product->answersIntroductoryPrice);
+    ASSERT_TRUE(purchase.product->introductoryPrice.has_value());
+    EXPECT_EQ(purchase.product->introductoryPrice->price, std::nullopt);
+    EXPECT_EQ(purchase.product->introductoryPrice->paymentMode, 0U);
   }
 }
 
@@ -359,12 +358,13 @@ TEST_P(PlatformTest, TellsWhatDiscountRecordsAnswer) {
   const PlatformCase& expected = GetParam();
   Reader reader;
   for (const char* const line : {R"({"product":{}@})", R"({"id":"x"@,"product":{}})"}) {
-    const StoreProduct* const product = reader.read(withValue(line, expected.keys)).productRecord();
-    ASSERT_NE(product, nullptr);
-    EXPECT_EQ(product->hasDiscountClass(), expected.hasDiscountClass);
+    const std::optional<PlainProduct>& product =
+        reader.read(withValue(line, expected.keys)).product;
+    ASSERT_TRUE(product.has_value());
+    EXPECT_EQ(product->hasDiscountClass, expected.hasDiscountClass);
     if (!expected.hasDiscountClass) continue;
-    EXPECT_EQ(product->discountsAnswerPrice(), expected.discountsAnswerPrice);
-    EXPECT_EQ(product->discountsAnswerPaymentMode(), expected.discountsAnswerPaymentMode);
+    EXPECT_EQ(product->discountsAnswerPrice, expected.discountsAnswerPrice);
+    EXPECT_EQ(product->discountsAnswerPaymentMode, expected.discountsAnswerPaymentMode);
   }
 }
 
@@ -538,9 +538,7 @@ TEST(PurchaseReaderTest, ReadsSignedIntegersUpToTheirLimits) {
                {"-9223372036854775808", kLeastSigned}};
   for (const auto& [written, integer] : cases) {
     EXPECT_EQ(reader.read(withValue(R"({"transaction":{"payment":{"quantity":@}}})", written))
-                  .transactionRecord()
-                  ->payment()
-                  ->quantity(),
+                  .transaction->quantity,
               integer);
     const QELInAppPurchaseItem& typed =
         reader.read(withValue(R"({"receipt":[{"purchaseType":@}]})", written)).receipt[0];
@@ -599,10 +597,7 @@ TEST(PurchaseReaderTest, ReadsPaymentModesUpToTheirLimits) {
   Reader reader;
   constexpr std::string_view kLine = R"({"product":{"introductoryPrice":{"paymentMode":@}}})";
   const auto paymentMode = [&](const char* written) {
-    return reader.read(withValue(kLine, written))
-        .productRecord()
-        ->introductoryPrice()
-        ->paymentMode();
+    return reader.read(withValue(kLine, written)).product->introductoryPrice->paymentMode;
   };
   EXPECT_EQ(paymentMode("0"), 0U);
   EXPECT_EQ(paymentMode("2"), 2U);
@@ -637,9 +632,7 @@ constexpr std::string_view kPriceLine = R"({"product":{"price":@}})";
 double micros(const std::string& value) {
   Reader reader;
   return reader.read(withValue(kPriceLine, value))
-      .productRecord()
-      ->price()
-      .value()
+      .product->price.value()
       .decimalNumberByMultiplyingBy(Decimal::initWithLongLong(1000000))
       .doubleValue();
 }
@@ -813,10 +806,10 @@ TEST(PurchaseReaderTest, KeysInAnyOrderAreRead) {
       reader.read(R"({"transaction":{"payment":{"quantity":3},"transactionIdentifier":"t"},)"
                   R"("product":{"localizedTitle":"n","productIdentifier":"p"},"id":"i"})");
   EXPECT_EQ(purchase.id, "i");
-  EXPECT_EQ(purchase.product->readProductIdentifier, "p");
-  EXPECT_EQ(purchase.product->readLocalizedTitle, "n");
-  EXPECT_EQ(purchase.transaction->readTransactionIdentifier, "t");
-  EXPECT_EQ(purchase.transaction->readPayment->readQuantity, 3);
+  EXPECT_EQ(purchase.product->productIdentifier, "p");
+  EXPECT_EQ(purchase.product->localizedTitle, "n");
+  EXPECT_EQ(purchase.transaction->transactionIdentifier, "t");
+  EXPECT_EQ(purchase.transaction->quantity, 3);
 }
 
 TEST(PurchaseReaderTest, AWordOrANumberThatIsBrokenOffIsBrokenWhereverItStands) {
@@ -904,7 +897,7 @@ TEST(PurchaseReaderTest, CarriesUnpairedSurrogatesThrough) {
   const Purchase& purchase = reader.read(
       R"({"id":"\udfff","product":{"localizedTitle":"a\ud800b"},"receipt":[{"productID":"\uD83D"}]})");
   EXPECT_EQ(purchase.id, "\xED\xBF\xBF");
-  EXPECT_EQ(purchase.productRecord()->localizedTitle(),
+  EXPECT_EQ(purchase.product->localizedTitle,
             "a\xED\xA0\x80"
             "b");
   EXPECT_EQ(purchase.receipt[0].get().productID, "\xED\xA0\xBD");
@@ -920,7 +913,7 @@ TEST(PurchaseReaderTest, KeepsEveryTextWithEscapesOfALine) {
   const Purchase& purchase = reader.read(
       R"({"id":"\u00e9","product":{"localizedTitle":"\ud83d\ude80"},"receipt":[)" + entries + "]}");
   EXPECT_EQ(purchase.id, "é");
-  EXPECT_EQ(purchase.productRecord()->localizedTitle(), "🚀");
+  EXPECT_EQ(purchase.product->localizedTitle, "🚀");
   ASSERT_EQ(purchase.receipt.size(), 200U);
   EXPECT_EQ(purchase.receipt[0].get().productID, "\n0\t");
   EXPECT_EQ(purchase.receipt[199].get().productID, "\n199\t");

@@ -15,7 +15,7 @@ std::string result(const OptionalText& id, const std::optional<EventParameters>&
   return std::string(out.text());
 }
 
-std::string error(const OptionalText& id, std::uint64_t line, const LineError& lineError) {
+std::string error(const OptionalText& id, std::uint64_t line, const JsonError& lineError) {
   TextBuffer out;
   appendError(id, line, lineError, out);
   return std::string(out.text());
@@ -91,42 +91,6 @@ TEST(ResultWriterTest, WritesAnErrorWithItsLinePathAndMessage) {
 TEST(ResultWriterTest, WritesTheGreatestLineNumber) {
   EXPECT_EQ(error(std::nullopt, std::numeric_limits<std::uint64_t>::max(), {"", ""}),
             "{\"error\":{\"line\":18446744073709551615,\"path\":\"\",\"message\":\"\"}}\n");
-}
-
-class DiagnosticsCollectorTest : public ::testing::Test {
- protected:
-  DiagnosticsCollectorTest() { DiagnosticsCollector::ofThisThread().clear(); }
-
-  DiagnosticsCollector collector_;
-};
-
-TEST_F(DiagnosticsCollectorTest, CollectsNothingAtFirst) {
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(), "");
-}
-
-TEST_F(DiagnosticsCollectorTest, WritesAnEmptyListWithoutContext) {
-  collector_.logWithLevel(8, 40021, "text");
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(),
-            R"({"level":8,"code":40021,"message":"text","context":[]})");
-}
-
-TEST_F(DiagnosticsCollectorTest, WritesTextAndNumberContexts) {
-  collector_.logWithLevel(8, 40020, "text", std::string_view("month\"ly"));
-  collector_.logWithLevel(-1, 40024, "te\\xt", std::string_view("monthly"),
-                          std::numeric_limits<std::uint64_t>::max());
-  EXPECT_EQ(DiagnosticsCollector::ofThisThread().text(),
-            R"({"level":8,"code":40020,"message":"text","context":["month\"ly"]},)"
-            R"({"level":-1,"code":40024,"message":"te\\xt",)"
-            R"("context":["monthly",18446744073709551615]})");
-}
-
-TEST_F(DiagnosticsCollectorTest, AResultHoldsWhatWasCollected) {
-  collector_.logWithLevel(8, 40003, "one");
-  collector_.logWithLevel(8, 40021, "two");
-  EXPECT_EQ(result(std::nullopt, std::nullopt, DiagnosticsCollector::ofThisThread().text()),
-            R"({"event":null,"diagnostics":[{"level":8,"code":40003,"message":"one","context":[]},)"
-            R"({"level":8,"code":40021,"message":"two","context":[]}]})"
-            "\n");
 }
 
 }  // namespace

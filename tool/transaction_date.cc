@@ -1,4 +1,4 @@
-#include "written_instant.h"
+#include "transaction_date.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -29,7 +29,7 @@ std::int32_t nanosecondsOf(std::string_view digits) {
 
 }  // namespace
 
-std::optional<Instant> instantFromText(std::string_view text) {
+std::optional<Instant> parseTransactionDate(std::string_view text) {
   if (text.size() <= kPoint || text[kPoint] != '.') return parseRfc3339(text);
 
   const std::size_t end = std::min(text.find_first_not_of("0123456789", kPoint + 1), text.size());
