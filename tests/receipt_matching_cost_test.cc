@@ -19,9 +19,9 @@ namespace {
 constexpr std::size_t kEntries = 20;
 constexpr std::size_t kNeighbours = kEntries - 1;
 
-class ReceiptMatchingBoundaryTest : public ::testing::Test {
+class ReceiptMatchingCostTest : public ::testing::Test {
  protected:
-  ReceiptMatchingBoundaryTest() { formatterCounts() = FormatterCounts(); }
+  ReceiptMatchingCostTest() { formatterCounts() = FormatterCounts(); }
 
   // Adds an entry bought on this day of March.
   void addEntryOfDay(std::size_t day) {
@@ -40,7 +40,7 @@ class ReceiptMatchingBoundaryTest : public ::testing::Test {
   std::vector<QELInAppPurchaseItem> receipt_;
 };
 
-TEST_F(ReceiptMatchingBoundaryTest, ReceiptInOrderTakesOneComparisonForEachPairOfNeighbours) {
+TEST_F(ReceiptMatchingCostTest, ReceiptInOrderTakesOneComparisonForEachPairOfNeighbours) {
   for (std::size_t day = 1; day <= kEntries; ++day) addEntryOfDay(day);
   const QELInAppPurchaseItems matching = match();
   EXPECT_EQ(comparisons(), kNeighbours);
@@ -48,7 +48,7 @@ TEST_F(ReceiptMatchingBoundaryTest, ReceiptInOrderTakesOneComparisonForEachPairO
   EXPECT_EQ(&matching.back().get(), &receipt_.back());
 }
 
-TEST_F(ReceiptMatchingBoundaryTest, ReceiptInReverseTakesOneComparisonMore) {
+TEST_F(ReceiptMatchingCostTest, ReceiptInReverseTakesOneComparisonMore) {
   for (std::size_t day = kEntries; day >= 1; --day) addEntryOfDay(day);
   const QELInAppPurchaseItems matching = match();
   EXPECT_EQ(comparisons(), 1 + kNeighbours);
@@ -56,7 +56,7 @@ TEST_F(ReceiptMatchingBoundaryTest, ReceiptInReverseTakesOneComparisonMore) {
   EXPECT_EQ(&matching.back().get(), &receipt_.front());
 }
 
-TEST_F(ReceiptMatchingBoundaryTest, ListHasRoomForTheWholeReceiptFromTheStart) {
+TEST_F(ReceiptMatchingCostTest, ListHasRoomForTheWholeReceiptFromTheStart) {
   for (std::size_t day = 1; day <= kEntries + 1; ++day) addEntryOfDay(day);
   EXPECT_EQ(match().capacity(), kEntries + 1);
 }
