@@ -273,8 +273,6 @@ TEST_F(ReceiptMatchingTest, EntriesWithoutADateComeFirstInTheReceiptsOrder) {
   EXPECT_EQ(match("coins", std::nullopt), Places({1, 3, 4, 2, 0}));
 }
 
-// Receipts long enough for every strategy of a sort: dates of ten days in random order, and one
-// entry in eleven without a date. The seed is fixed.
 TEST_F(ReceiptMatchingTest, DatesWrittenAtAnyLengthAreSorted) {
   const std::string longText(300, '2');
   receipt = {purchaseOf("coins", "2019-03-14T10:26:55+01:00:00"),
@@ -288,6 +286,8 @@ TEST_F(ReceiptMatchingTest, DatesWrittenAtAnyLengthAreSorted) {
   EXPECT_EQ(match("coins", std::nullopt), Places({3, 4, 5, 6, 7, 1, 2, 0}));
 }
 
+// A receipt long enough for every strategy of a sort: dates of ten days in random order, and one
+// entry in eleven without a date. The seed is fixed.
 TEST_F(ReceiptMatchingTest, LongReceiptIsSortedStablyWithoutLosingAnEntry) {
   std::mt19937 random(20190314);
   std::vector<unsigned> days;

@@ -110,7 +110,8 @@ TEST_F(SubscriptionFlagsTest, TwoEmptyIdentifiersAreEqual) {
   EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"}}));
 }
 
-// With X a free trial, stopping at the second of the equal entries would give a conversion.
+// The entry before the second of the equal entries is b, a free trial: stopping at the second would
+// give a conversion.
 TEST_F(SubscriptionFlagsTest, SearchStopsAtTheFirstOfTwoEqualEntries) {
   b.isFreeTrial = true;
   const QELInAppPurchaseItem equalToB = b;
