@@ -19,10 +19,8 @@ namespace {
 constexpr std::size_t kEntries = 20;
 constexpr std::size_t kNeighbours = kEntries - 1;
 
-class ReceiptMatchingCostTest : public ::testing::Test {
+class ReceiptMatchingCostTest : public DateFormatterCountsTest {
  protected:
-  ReceiptMatchingCostTest() { formatterCounts() = FormatterCounts(); }
-
   // Adds an entry bought on this day of March.
   void addEntryOfDay(std::size_t day) {
     const std::string twoDigits = (day < 10 ? "0" : "") + std::to_string(day);

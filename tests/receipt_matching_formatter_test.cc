@@ -15,11 +15,8 @@ namespace {
 
 using Parsed = std::vector<std::optional<std::string>>;
 
-class ReceiptMatchingFormatterTest : public ::testing::Test {
+class ReceiptMatchingFormatterTest : public DateFormatterCountsTest {
  protected:
-  ReceiptMatchingFormatterTest() { formatterCounts() = FormatterCounts(); }
-  ~ReceiptMatchingFormatterTest() override { EXPECT_EQ(formatterCounts().living, 0); }
-
   void addEntry(const char* productID, const std::optional<std::string>& date) {
     receipt.push_back(entryOf(kConsumable, productID, "", "1", "1"));
     receipt.back().purchaseDateIA5String = date;
