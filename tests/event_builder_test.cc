@@ -19,29 +19,6 @@ namespace {
 
 class EventBuilderTest : public ::testing::Test {
  protected:
-  // The questions that precede every receipt: from the checks to the transaction's date, for a
-  // product with a price and a payment with a quantity.
-  static Asked questionsOfEveryPurchase() {
-    return {"product.productIdentifier",
-            "product.price",
-            "transaction.payment",
-            "payment.quantity",
-            "transaction.payment",
-            "payment.quantity",
-            "product.priceLocaleCurrencyCode",
-            "product.localizedTitle",
-            "transaction.transactionIdentifier",
-            "transaction.originalTransaction",
-            "transaction.transactionDate"};
-  }
-
-  void makeIntroductoryOffer(const char* price, std::uint64_t paymentMode) {
-    makeMonthly(purchase, {introductoryOffer(firstMonth())});
-    purchase.offer.thePrice = decimal(price);
-    purchase.offer.thePaymentMode = paymentMode;
-    purchase.product.theIntroductoryPrice = &purchase.offer;
-  }
-
   Purchase purchase;
   ScopedRecordingMonitor monitor;
 };
@@ -200,7 +177,7 @@ TEST_F(EventBuilderTest, MissingPaymentReadsAQuantityOfZero) {
 }
 
 TEST_F(EventBuilderTest, QuantityOfZeroGivesNoEventForAPricedOffer) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.payment.theQuantity = 0;
   EXPECT_TRUE(isNothing(purchase.event()));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
@@ -223,7 +200,7 @@ TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAnOfferOfPaymentModeTwo) {
-  makeIntroductoryOffer("1.99", 2);
+  makeIntroductoryOffer(purchase, "1.99", 2);
   purchase.payment.theQuantity = 0;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -253,7 +230,7 @@ TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAPricedOffer) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.product.thePrice = std::nullopt;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -278,7 +255,7 @@ TEST_F(EventBuilderTest, WhenValidationReturnsNothingTheDiscountStageDoesToo) {
 }
 
 TEST_F(EventBuilderTest, PricedOfferReplacesPriceAndValueAndKeepsTheOriginalPrice) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.payment.theQuantity = 2;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -319,7 +296,7 @@ TEST_F(EventBuilderTest, EveryValueOfAFreeTrialOfAFreeProductIsAnObjectOfItsOwn)
 }
 
 TEST_F(EventBuilderTest, OfferWithoutAPriceKeepsTheFullPrice) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.offer.thePrice = std::nullopt;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -427,7 +404,7 @@ TEST_F(EventBuilderTest, DoesNotAskForDiscountsOfAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, ReadsTheQuantityAThirdTimeForAPricedOffer) {
-  makeIntroductoryOffer("1.99", 1);
+  makeIntroductoryOffer(purchase, "1.99", 1);
   purchase.event();
   Asked expected = questionsOfEveryPurchase();
   expected.insert(expected.end(),

@@ -185,7 +185,7 @@ inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& ent
 inline Decimal decimal(std::string_view text) { return Decimal::fromString(text).value(); }
 
 // All that the builder is given for one purchase, to be changed by the test: three packs of coins,
-// a consumable at 0.99 USD, which the receipt bears out. All records note in one list what they are
+// a consumable at 0.99 USD, which the receipt confirms. All records note in one log what they are
 // asked.
 class Purchase {
  public:
@@ -232,6 +232,31 @@ inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> en
 // The first period of "monthly": transaction 1000, web order line item 77, in March.
 inline QELInAppPurchaseItem firstMonth() {
   return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1000", "1000"), "77");
+}
+
+// Makes `purchase` the first period of "monthly", bought at an introductory offer.
+inline void makeIntroductoryOffer(Purchase& purchase, std::string_view price,
+                                  std::uint64_t paymentMode) {
+  makeMonthly(purchase, {introductoryOffer(firstMonth())});
+  purchase.offer.thePrice = decimal(price);
+  purchase.offer.thePaymentMode = paymentMode;
+  purchase.product.theIntroductoryPrice = &purchase.offer;
+}
+
+// What the store's records are asked before the receipt is read: from the checks to the
+// transaction's date, for a product with a price and a payment with a quantity.
+inline Asked questionsOfEveryPurchase() {
+  return {"product.productIdentifier",
+          "product.price",
+          "transaction.payment",
+          "payment.quantity",
+          "transaction.payment",
+          "payment.quantity",
+          "product.priceLocaleCurrencyCode",
+          "product.localizedTitle",
+          "transaction.transactionIdentifier",
+          "transaction.originalTransaction",
+          "transaction.transactionDate"};
 }
 
 // The deduplication identifier of firstMonth() and of every later period of the same subscription

@@ -137,37 +137,5 @@ TEST_F(ReceiptMatchingFormatterTest, OneMatchingEntryIsNotCompared) {
   EXPECT_EQ(parsedBySort(2), Parsed());
 }
 
-// --- A whole purchase ---
-
-TEST_F(ReceiptMatchingFormatterTest, OneOffPurchaseIsMatchedOnce) {
-  const Purchase purchase;
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 1);
-  EXPECT_EQ(formatterCounts().parsed, Parsed({kMarch}));
-}
-
-TEST_F(ReceiptMatchingFormatterTest, SubscriptionIsMatchedByProductThenByDateAmongItsEntries) {
-  Purchase purchase;
-  makeMonthly(purchase, {firstMonth(), entryOf(kConsumable, "coins", kApril, "1", "1")});
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 2);
-  EXPECT_EQ(formatterCounts().parsed, Parsed({kMarch, kApril, kMarch}));
-}
-
-TEST_F(ReceiptMatchingFormatterTest, SubscriptionWithoutATransactionDateIsMatchedByProductOnly) {
-  Purchase purchase;
-  makeMonthly(purchase, {firstMonth()});
-  purchase.transaction.theTransactionDate = std::nullopt;
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 1);
-}
-
-TEST_F(ReceiptMatchingFormatterTest, RejectedPurchaseMakesNoFormatter) {
-  Purchase purchase;
-  purchase.product.theProductIdentifier = "";
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 0);
-}
-
 }  // namespace
 }  // namespace qel::testing
