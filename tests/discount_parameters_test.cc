@@ -266,6 +266,13 @@ TEST_F(DiscountParametersTest, NegativeQuantityCounts) {
       isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", -5970000}}));
 }
 
+TEST_F(DiscountParametersTest, QuantityOfMoreThan32BitsIsNotCut) {
+  setDiscounted(1);
+  payment.theQuantity = std::int64_t{1} << 32;
+  EXPECT_TRUE(isEvent(
+      discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", 8546984919040000}}));
+}
+
 TEST_F(DiscountParametersTest, PriceUsesTheMultiplierThatTheBuilderRead) {
   setDiscounted(1);
   EXPECT_TRUE(isEvent(discount(/*multiplier=*/1000),
