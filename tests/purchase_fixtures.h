@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -173,6 +174,28 @@ inline QELInAppPurchaseItem freeTrial(QELInAppPurchaseItem item) {
 inline QELInAppPurchaseItem introductoryOffer(QELInAppPurchaseItem item) {
   item.isIntroductoryOffer = true;
   return item;
+}
+
+// Changes one field of an entry.
+struct FieldChange {
+  const char* name;
+  void (*change)(QELInAppPurchaseItem&);
+  friend std::ostream& operator<<(std::ostream& out, const FieldChange& c) { return out << c.name; }
+};
+
+// Returns at least one change for each field. Each makes an entry differ from itself if it is a
+// period of "monthly" like firstMonth(): before April, under web order line item 77, at full price.
+inline std::vector<FieldChange> fieldChanges() {
+  using Item = QELInAppPurchaseItem;
+  return {{"ProductID", [](Item& item) { item.productID = "yearly"; }},
+          {"PurchaseDate", [](Item& item) { item.purchaseDateIA5String = kApril; }},
+          {"PurchaseType", [](Item& item) { item.purchaseType = kNonRenewing; }},
+          {"WebOrder", [](Item& item) { item.webOrderLineItemID = "78"; }},
+          {"WebOrderAbsent", [](Item& item) { item.webOrderLineItemID = std::nullopt; }},
+          {"TransactionID", [](Item& item) { item.transactionID = "2"; }},
+          {"OriginalTransactionID", [](Item& item) { item.originalTransactionID = "2"; }},
+          {"FreeTrial", [](Item& item) { item.isFreeTrial = true; }},
+          {"IntroductoryOffer", [](Item& item) { item.isIntroductoryOffer = true; }}};
 }
 
 // A list of references to `entries`, in their order. `entries` must outlive it.

@@ -126,6 +126,23 @@ TEST_F(SubscriptionFlagsTest, FirstOfTwoEqualEntriesAfterATrialIsAConversion) {
   EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"}, {"sub_convert", 1}}));
 }
 
+class EntryThatDiffersInOneFieldTest : public SubscriptionFlagsTest,
+                                       public ::testing::WithParamInterface<FieldChange> {};
+
+// A search that stopped at `other` would take the answer from a, which is the opposite one.
+TEST_P(EntryThatDiffersInOneFieldTest, IsNotTheEntrySearchedFor) {
+  const QELInAppPurchaseItem item = withWebOrder(b, "77");
+  QELInAppPurchaseItem other = item;
+  GetParam().change(other);
+  a.isFreeTrial = !other.isFreeTrial;
+  markPurchase({a, other, item}, item);
+  EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"},
+                                   {other.isFreeTrial ? "sub_convert" : "sub_renew", 1}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, EntryThatDiffersInOneFieldTest,
+                         ::testing::ValuesIn(fieldChanges()), nameOfCase<FieldChange>);
+
 TEST_F(SubscriptionFlagsTest, ConversionLeavesAnEarlierRenewalFlagInPlace) {
   parameters.set(ParameterKey::kSubRenew, QELValue::initWithInt64(7));
   a.isFreeTrial = true;
