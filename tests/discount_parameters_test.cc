@@ -206,6 +206,14 @@ TEST_F(DiscountParametersTest, PricedOfferIsAskedInOrderAndTheQuantityReadOnce) 
                           "transaction.payment", "payment.quantity"}));
 }
 
+TEST_F(DiscountParametersTest, OriginalPriceOfAnOfferOfPaymentModeTwoIsTheVeryObjectUnderPrice) {
+  setDiscounted(1);
+  offer.thePaymentMode = 2;
+  const std::optional<EventParameters> result = discount();
+  ASSERT_TRUE(result.has_value());
+  EXPECT_EQ(result->find(ParameterKey::kOriginalPrice), price);
+}
+
 TEST_F(DiscountParametersTest, OriginalPriceOfAnOfferIsTheVeryObjectUnderPrice) {
   setDiscounted(1);
   const std::optional<EventParameters> result = discount();
