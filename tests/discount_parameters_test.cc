@@ -206,6 +206,14 @@ TEST_F(DiscountParametersTest, PricedOfferIsAskedInOrderAndTheQuantityReadOnce) 
                           "transaction.payment", "payment.quantity"}));
 }
 
+TEST_F(DiscountParametersTest, OriginalPriceOfAnOfferOfPaymentModeTwoIsTheVeryObjectUnderPrice) {
+  setDiscounted(1);
+  offer.thePaymentMode = 2;
+  const std::optional<EventParameters> result = discount();
+  ASSERT_TRUE(result.has_value());
+  EXPECT_EQ(result->find(ParameterKey::kOriginalPrice), price);
+}
+
 TEST_F(DiscountParametersTest, OriginalPriceOfAnOfferIsTheVeryObjectUnderPrice) {
   setDiscounted(1);
   const std::optional<EventParameters> result = discount();
@@ -264,6 +272,13 @@ TEST_F(DiscountParametersTest, NegativeQuantityCounts) {
   payment.theQuantity = -3;
   EXPECT_TRUE(
       isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", -5970000}}));
+}
+
+TEST_F(DiscountParametersTest, QuantityOfMoreThan32BitsIsNotCut) {
+  setDiscounted(1);
+  payment.theQuantity = std::int64_t{1} << 32;
+  EXPECT_TRUE(isEvent(
+      discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", 8546984919040000}}));
 }
 
 TEST_F(DiscountParametersTest, PriceUsesTheMultiplierThatTheBuilderRead) {

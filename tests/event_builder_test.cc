@@ -5,6 +5,7 @@
 #include <array>
 #include <limits>
 #include <optional>
+#include <ostream>
 #include <set>
 #include <span>
 #include <utility>
@@ -19,29 +20,6 @@ namespace {
 
 class EventBuilderTest : public ::testing::Test {
  protected:
-  // The questions that precede every receipt: from the checks to the transaction's date, for a
-  // product with a price and a payment with a quantity.
-  static Asked questionsOfEveryPurchase() {
-    return {"product.productIdentifier",
-            "product.price",
-            "transaction.payment",
-            "payment.quantity",
-            "transaction.payment",
-            "payment.quantity",
-            "product.priceLocaleCurrencyCode",
-            "product.localizedTitle",
-            "transaction.transactionIdentifier",
-            "transaction.originalTransaction",
-            "transaction.transactionDate"};
-  }
-
-  void makeIntroductoryOffer(const char* price, std::uint64_t paymentMode) {
-    makeMonthly(purchase, {introductoryOffer(firstMonth())});
-    purchase.offer.thePrice = decimal(price);
-    purchase.offer.thePaymentMode = paymentMode;
-    purchase.product.theIntroductoryPrice = &purchase.offer;
-  }
-
   Purchase purchase;
   ScopedRecordingMonitor monitor;
 };
@@ -166,6 +144,58 @@ TEST_F(EventBuilderTest, PriceThatIsNotANumberGivesTheLeastAmount) {
                                          {"value", kLeast}}));
 }
 
+// Both amounts are products of the price as it is: `echo '15.12*9*1000000' | bc` gives
+// 136080000.00.
+struct AmountCase {
+  const char* name;
+  const char* price;
+  std::int64_t quantity;
+  std::int64_t priceInMicros;
+  std::int64_t value;
+  friend std::ostream& operator<<(std::ostream& out, const AmountCase& c) { return out << c.name; }
+};
+
+class EventAmountTest : public EventBuilderTest,
+                        public ::testing::WithParamInterface<AmountCase> {};
+
+TEST_P(EventAmountTest, IsTheExactProductTruncatedTowardZero) {
+  purchase.product.thePrice = decimal(GetParam().price);
+  purchase.payment.theQuantity = GetParam().quantity;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", GetParam().priceInMicros},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", GetParam().quantity},
+                                         {"value", GetParam().value}}));
+}
+
+// In each case a product of doubles falls short of the value by 1; at 8.29, of the price too.
+INSTANTIATE_TEST_SUITE_P(NoDoubleError, EventAmountTest,
+                         ::testing::Values(AmountCase{"OneAt8_29", "8.29", 1, 8290000, 8290000},
+                                           AmountCase{"NineAt15_12", "15.12", 9, 15120000,
+                                                      136080000},
+                                           AmountCase{"SevenAt0_29", "0.29", 7, 290000, 2030000}),
+                         nameOfCase<AmountCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    FractionsOfAMicro, EventAmountTest,
+    ::testing::Values(AmountCase{"AreDroppedFromEachAmount", "1.2345678", 1, 1234567, 1234567},
+                      AmountCase{"AddUpInTheValue", "0.0000005", 3, 0, 1},
+                      AmountCase{"AddUpToAMicroInTheValue", "0.0000005", 2, 0, 1},
+                      AmountCase{"AddUpInANegativeValue", "-0.0000015", 3, -1, -4}),
+    nameOfCase<AmountCase>);
+
+// As signed numbers, the low 32 bits of these quantities are 0, 3, -2147483648 and -3.
+INSTANTIATE_TEST_SUITE_P(
+    QuantitiesOfMoreThan32Bits, EventAmountTest,
+    ::testing::Values(
+        AmountCase{"LowHalfZero", "0.01", std::int64_t{1} << 32, 10000, 42949672960000},
+        AmountCase{"LowHalfThree", "0.01", (std::int64_t{1} << 32) + 3, 10000, 42949672990000},
+        AmountCase{"SignBitOfTheLowHalf", "0.01", std::int64_t{1} << 31, 10000, 21474836480000},
+        AmountCase{"Negative", "0.01", -(std::int64_t{1} << 32) - 3, 10000, -42949672990000}),
+    nameOfCase<AmountCase>);
+
 // --- Required keys ---
 
 TEST_F(EventBuilderTest, MissingPriceGivesNoEventAndLogsNothingOfItsOwn) {
@@ -200,7 +230,7 @@ TEST_F(EventBuilderTest, MissingPaymentReadsAQuantityOfZero) {
 }
 
 TEST_F(EventBuilderTest, QuantityOfZeroGivesNoEventForAPricedOffer) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.payment.theQuantity = 0;
   EXPECT_TRUE(isNothing(purchase.event()));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40018), logged(40010)}));
@@ -223,7 +253,7 @@ TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, QuantityOfZeroIsMadeUpForByAnOfferOfPaymentModeTwo) {
-  makeIntroductoryOffer("1.99", 2);
+  makeIntroductoryOffer(purchase, "1.99", 2);
   purchase.payment.theQuantity = 0;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -253,7 +283,7 @@ TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, MissingPriceIsMadeUpForByAPricedOffer) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.product.thePrice = std::nullopt;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -278,7 +308,7 @@ TEST_F(EventBuilderTest, WhenValidationReturnsNothingTheDiscountStageDoesToo) {
 }
 
 TEST_F(EventBuilderTest, PricedOfferReplacesPriceAndValueAndKeepsTheOriginalPrice) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.payment.theQuantity = 2;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -319,7 +349,7 @@ TEST_F(EventBuilderTest, EveryValueOfAFreeTrialOfAFreeProductIsAnObjectOfItsOwn)
 }
 
 TEST_F(EventBuilderTest, OfferWithoutAPriceKeepsTheFullPrice) {
-  makeIntroductoryOffer("1.99", 0);
+  makeIntroductoryOffer(purchase, "1.99", 0);
   purchase.offer.thePrice = std::nullopt;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf100077monthly},
                                          {"currency", "EUR"},
@@ -354,6 +384,20 @@ TEST_F(EventBuilderTest, MonthlySubscriptionRenewedAfterAFreeTrialIsAConversion)
                                          {"sub_convert", 1},
                                          {"value", 4990000}}));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40008)}));
+}
+
+TEST_F(EventBuilderTest, TransactionDateKeepsItsFractionAndSoMatchesNoEntry) {
+  makeMonthly(purchase, {firstMonth()});
+  purchase.transaction.theTransactionDate = Instant{kMarchInstant.seconds, 250000000};
+  EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "EUR"},
+                                         {"invalid", 1},
+                                         {"price", 4990000},
+                                         {"product_id", "monthly"},
+                                         {"product_name", "Monthly"},
+                                         {"quantity", 1},
+                                         {"subscription", 1},
+                                         {"value", 4990000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40023, {"monthly"})}));
 }
 
 TEST_F(EventBuilderTest, RestoredNonConsumableIsJudgedByTheOriginalTransactionOfTheStore) {
@@ -427,7 +471,7 @@ TEST_F(EventBuilderTest, DoesNotAskForDiscountsOfAFreeTrial) {
 }
 
 TEST_F(EventBuilderTest, ReadsTheQuantityAThirdTimeForAPricedOffer) {
-  makeIntroductoryOffer("1.99", 1);
+  makeIntroductoryOffer(purchase, "1.99", 1);
   purchase.event();
   Asked expected = questionsOfEveryPurchase();
   expected.insert(expected.end(),

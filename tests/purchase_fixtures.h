@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -175,6 +176,28 @@ inline QELInAppPurchaseItem introductoryOffer(QELInAppPurchaseItem item) {
   return item;
 }
 
+// Changes one field of an entry.
+struct FieldChange {
+  const char* name;
+  void (*change)(QELInAppPurchaseItem&);
+  friend std::ostream& operator<<(std::ostream& out, const FieldChange& c) { return out << c.name; }
+};
+
+// Returns at least one change for each field. Each makes an entry differ from itself if it is a
+// period of "monthly" like firstMonth(): before April, under web order line item 77, at full price.
+inline std::vector<FieldChange> fieldChanges() {
+  using Item = QELInAppPurchaseItem;
+  return {{"ProductID", [](Item& item) { item.productID = "yearly"; }},
+          {"PurchaseDate", [](Item& item) { item.purchaseDateIA5String = kApril; }},
+          {"PurchaseType", [](Item& item) { item.purchaseType = kNonRenewing; }},
+          {"WebOrder", [](Item& item) { item.webOrderLineItemID = "78"; }},
+          {"WebOrderAbsent", [](Item& item) { item.webOrderLineItemID = std::nullopt; }},
+          {"TransactionID", [](Item& item) { item.transactionID = "2"; }},
+          {"OriginalTransactionID", [](Item& item) { item.originalTransactionID = "2"; }},
+          {"FreeTrial", [](Item& item) { item.isFreeTrial = true; }},
+          {"IntroductoryOffer", [](Item& item) { item.isIntroductoryOffer = true; }}};
+}
+
 // A list of references to `entries`, in their order. `entries` must outlive it.
 inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& entries) {
   return {entries.begin(), entries.end()};
@@ -185,7 +208,7 @@ inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& ent
 inline Decimal decimal(std::string_view text) { return Decimal::fromString(text).value(); }
 
 // All that the builder is given for one purchase, to be changed by the test: three packs of coins,
-// a consumable at 0.99 USD, which the receipt bears out. All records note in one list what they are
+// a consumable at 0.99 USD, which the receipt confirms. All records note in one log what they are
 // asked.
 class Purchase {
  public:
@@ -232,6 +255,31 @@ inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> en
 // The first period of "monthly": transaction 1000, web order line item 77, in March.
 inline QELInAppPurchaseItem firstMonth() {
   return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1000", "1000"), "77");
+}
+
+// Makes `purchase` the first period of "monthly", bought at an introductory offer.
+inline void makeIntroductoryOffer(Purchase& purchase, std::string_view price,
+                                  std::uint64_t paymentMode) {
+  makeMonthly(purchase, {introductoryOffer(firstMonth())});
+  purchase.offer.thePrice = decimal(price);
+  purchase.offer.thePaymentMode = paymentMode;
+  purchase.product.theIntroductoryPrice = &purchase.offer;
+}
+
+// What the store's records are asked before the receipt is read: from the checks to the
+// transaction's date, for a product with a price and a payment with a quantity.
+inline Asked questionsOfEveryPurchase() {
+  return {"product.productIdentifier",
+          "product.price",
+          "transaction.payment",
+          "payment.quantity",
+          "transaction.payment",
+          "payment.quantity",
+          "product.priceLocaleCurrencyCode",
+          "product.localizedTitle",
+          "transaction.transactionIdentifier",
+          "transaction.originalTransaction",
+          "transaction.transactionDate"};
 }
 
 // The deduplication identifier of firstMonth() and of every later period of the same subscription

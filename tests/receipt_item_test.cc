@@ -2,21 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 #include "purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {
 
-// Changes one field of an entry.
-struct FieldCase {
-  const char* name;
-  void (*change)(QELInAppPurchaseItem&);
-  friend std::ostream& operator<<(std::ostream& out, const FieldCase& c) { return out << c.name; }
-};
-
-class ReceiptItemFieldTest : public ::testing::TestWithParam<FieldCase> {};
+class ReceiptItemFieldTest : public ::testing::TestWithParam<FieldChange> {};
 
 TEST_P(ReceiptItemFieldTest, MakesEntriesDiffer) {
   QELInAppPurchaseItem changed = firstMonth();
@@ -24,24 +15,8 @@ TEST_P(ReceiptItemFieldTest, MakesEntriesDiffer) {
   EXPECT_NE(changed, firstMonth());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Fields, ReceiptItemFieldTest,
-    ::testing::Values(
-        FieldCase{"ProductID", [](QELInAppPurchaseItem& item) { item.productID = "yearly"; }},
-        FieldCase{"PurchaseDate",
-                  [](QELInAppPurchaseItem& item) { item.purchaseDateIA5String = kApril; }},
-        FieldCase{"PurchaseType",
-                  [](QELInAppPurchaseItem& item) { item.purchaseType = kNonRenewing; }},
-        FieldCase{"WebOrder", [](QELInAppPurchaseItem& item) { item.webOrderLineItemID = "78"; }},
-        FieldCase{"WebOrderAbsent",
-                  [](QELInAppPurchaseItem& item) { item.webOrderLineItemID = std::nullopt; }},
-        FieldCase{"TransactionID", [](QELInAppPurchaseItem& item) { item.transactionID = "2"; }},
-        FieldCase{"OriginalTransactionID",
-                  [](QELInAppPurchaseItem& item) { item.originalTransactionID = "2"; }},
-        FieldCase{"FreeTrial", [](QELInAppPurchaseItem& item) { item.isFreeTrial = true; }},
-        FieldCase{"IntroductoryOffer",
-                  [](QELInAppPurchaseItem& item) { item.isIntroductoryOffer = true; }}),
-    nameOfCase<FieldCase>);
+INSTANTIATE_TEST_SUITE_P(Fields, ReceiptItemFieldTest, ::testing::ValuesIn(fieldChanges()),
+                         nameOfCase<FieldChange>);
 
 TEST(ReceiptItemTest, EntriesWithTheSameFieldsAreEqual) { EXPECT_EQ(firstMonth(), firstMonth()); }
 

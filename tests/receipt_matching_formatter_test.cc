@@ -1,25 +1,26 @@
-// How often receipt matching makes a date formatter, and what it lets it parse.
+// How many date formatters receipt matching makes, and what they parse, in order.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <ostream>
+#include <string>
+#include <vector>
 
 #include "counting_date_formatter.h"
 #include "purchase_fixtures.h"
 #include "qel/receipt_matching.h"
+#include "qel/rfc3339.h"
 
 namespace qel::testing {
 namespace {
 
 using Parsed = std::vector<std::optional<std::string>>;
 
-class ReceiptMatchingFormatterTest : public ::testing::Test {
+class ReceiptMatchingFormatterTest : public DateFormatterCountsTest {
  protected:
-  ReceiptMatchingFormatterTest() { formatterCounts() = FormatterCounts(); }
-  ~ReceiptMatchingFormatterTest() override { EXPECT_EQ(formatterCounts().living, 0); }
-
   void addEntry(const char* productID, const std::optional<std::string>& date) {
     receipt.push_back(entryOf(kConsumable, productID, "", "1", "1"));
     receipt.back().purchaseDateIA5String = date;
@@ -140,37 +141,88 @@ TEST_F(ReceiptMatchingFormatterTest, OneMatchingEntryIsNotCompared) {
   EXPECT_EQ(parsedBySort(2), Parsed());
 }
 
-// --- A whole purchase ---
+// --- All calls, in order ---
 
-TEST_F(ReceiptMatchingFormatterTest, OneOffPurchaseIsMatchedOnce) {
-  const Purchase purchase;
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 1);
-  EXPECT_EQ(formatterCounts().parsed, Parsed({kMarch}));
+// Returns what a match by `productID` does with its formatter, by a plain run of the same
+// algorithm. Each entry is parsed once. Then the matching entries are checked for order, next for
+// reverse order, and otherwise sorted. Each comparison parses the date of its first entry, then
+// that of its second.
+Asked referenceCalls(const std::vector<QELInAppPurchaseItem>& receipt, const char* productID) {
+  Asked calls;
+  const auto parse = [&calls](const QELInAppPurchaseItem& item) {
+    calls.push_back(formatterParse(1, item.purchaseDateIA5String));
+    return parseRfc3339(item.purchaseDateIA5String.value_or(""));
+  };
+  const auto isDescending = [&parse](const QELInAppPurchaseItem& first,
+                                     const QELInAppPurchaseItem& second) {
+    const std::optional<Instant> firstDate = parse(first);
+    const std::optional<Instant> secondDate = parse(second);
+    // Absent is less than every date.
+    return firstDate > secondDate;
+  };
+  const auto goesBefore = [&isDescending](const auto& a, const auto& b) {
+    return isDescending(b, a);
+  };
+  const auto isOutOfReverse = [&goesBefore](const auto& a, const auto& b) {
+    return !goesBefore(b, a);
+  };
+
+  calls.push_back(formatterInit(1));
+  QELInAppPurchaseItems matching;
+  for (const QELInAppPurchaseItem& item : receipt) {
+    parse(item);
+    if (item.productID == productID) matching.emplace_back(item);
+  }
+  const bool isInOrder = std::is_sorted(matching.begin(), matching.end(), goesBefore);
+  const bool isInReverse = !isInOrder && std::adjacent_find(matching.begin(), matching.end(),
+                                                            isOutOfReverse) == matching.end();
+  if (!isInOrder && !isInReverse) std::stable_sort(matching.begin(), matching.end(), goesBefore);
+  calls.push_back(formatterEnd(1));
+  return calls;
 }
 
-TEST_F(ReceiptMatchingFormatterTest, SubscriptionIsMatchedByProductThenByDateAmongItsEntries) {
-  Purchase purchase;
-  makeMonthly(purchase, {firstMonth(), entryOf(kConsumable, "coins", kApril, "1", "1")});
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 2);
-  EXPECT_EQ(formatterCounts().parsed, Parsed({kMarch, kApril, kMarch}));
+// Returns `count` dates in no order. They fall on 17 days, so many are equal. One in nine is
+// absent.
+Parsed datesInNoOrder(std::size_t count) {
+  Parsed dates;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string day = std::to_string(10 + i * 11 % 17);
+    dates.push_back(i % 9 == 5 ? std::nullopt : std::optional("2019-03-" + day + "T09:26:53Z"));
+  }
+  return dates;
 }
 
-TEST_F(ReceiptMatchingFormatterTest, SubscriptionWithoutATransactionDateIsMatchedByProductOnly) {
-  Purchase purchase;
-  makeMonthly(purchase, {firstMonth()});
-  purchase.transaction.theTransactionDate = std::nullopt;
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 1);
+struct ReceiptCase {
+  const char* name;
+  Parsed dates;
+  friend std::ostream& operator<<(std::ostream& out, const ReceiptCase& c) { return out << c.name; }
+};
+
+class ReceiptMatchingCallsTest : public ReceiptMatchingFormatterTest,
+                                 public ::testing::WithParamInterface<ReceiptCase> {};
+
+TEST_P(ReceiptMatchingCallsTest, AreThoseOfAPlainRunByOneFormatter) {
+  addEntry("gold", kJanuary);
+  for (const std::optional<std::string>& date : GetParam().dates) addEntry("coins", date);
+  addEntry("gold", std::nullopt);
+  Asked calls;
+  formatterCounts().asked = &calls;
+  match("coins", std::nullopt);
+  EXPECT_EQ(calls, referenceCalls(receipt, "coins"));
 }
 
-TEST_F(ReceiptMatchingFormatterTest, RejectedPurchaseMakesNoFormatter) {
-  Purchase purchase;
-  purchase.product.theProductIdentifier = "";
-  purchase.event();
-  EXPECT_EQ(formatterCounts().created, 0);
-}
+INSTANTIATE_TEST_SUITE_P(
+    Receipts, ReceiptMatchingCallsTest,
+    ::testing::Values(ReceiptCase{"NoEntryOfTheProduct", {}}, ReceiptCase{"OneEntry", {kMarch}},
+                      ReceiptCase{"InOrder", {kJanuary, kMarch, kMarch, kApril}},
+                      ReceiptCase{"InReverse", {kApril, kMarch, kFebruary, kJanuary}},
+                      ReceiptCase{"InReverseButForEqualDates", {kApril, kMarch, kMarch, kJanuary}},
+                      ReceiptCase{"InNoOrder", {kMarch, kJanuary, kApril, kFebruary}},
+                      ReceiptCase{"WithUndatedEntries",
+                                  {kMarch, std::nullopt, "soon", kJanuary, "", kFebruary}},
+                      // Long enough for insertions and several merges.
+                      ReceiptCase{"LongInNoOrder", datesInNoOrder(100)}),
+    nameOfCase<ReceiptCase>);
 
 }  // namespace
 }  // namespace qel::testing

@@ -211,6 +211,13 @@ TEST_F(ReceiptMatchingTest, EntryWithoutAReadableDateIsNotTakenByDate) {
   EXPECT_EQ(match(std::nullopt, kMarchInstant), Places());
 }
 
+TEST_F(ReceiptMatchingTest, BareDateIsNotMidnight) {
+  constexpr Instant kMidnight = {.seconds = 1552521600};  // date -u -d 2019-03-14T00:00:00Z +%s
+  receipt = {purchaseOf("coins", "2019-03-14"), purchaseOf("coins", "2019-03-14T00:00:00Z")};
+  EXPECT_EQ(match("coins", kMidnight), Places({1}));
+  EXPECT_EQ(match(std::nullopt, kMidnight), Places({1}));
+}
+
 TEST_F(ReceiptMatchingTest, EntryWithoutAReadableDateIsTakenByIdentifier) {
   receipt = {purchaseOf("coins", "2019-03-14"), purchaseOf("gold", "2019-03-14"),
              purchaseWithoutDate("coins")};
@@ -267,14 +274,15 @@ TEST_F(ReceiptMatchingTest, EqualDatesKeepTheReceiptsOrder) {
 }
 
 TEST_F(ReceiptMatchingTest, EntriesWithoutADateComeFirstInTheReceiptsOrder) {
-  receipt = {purchaseOf("coins", kMarch), purchaseOf("coins", "soon"),
-             purchaseOf("coins", "0001-01-01T00:00:00Z"), purchaseWithoutDate("coins"),
-             purchaseOf("coins", "")};
-  EXPECT_EQ(match("coins", std::nullopt), Places({1, 3, 4, 2, 0}));
+  receipt = {purchaseOf("coins", kMarch),
+             purchaseOf("coins", "soon"),
+             purchaseOf("coins", "0001-01-01T00:00:00Z"),
+             purchaseWithoutDate("coins"),
+             purchaseOf("coins", ""),
+             purchaseOf("coins", "2019-04-14")};
+  EXPECT_EQ(match("coins", std::nullopt), Places({1, 3, 4, 5, 2, 0}));
 }
 
-// Receipts long enough for every strategy of a sort: dates of ten days in random order, and one
-// entry in eleven without a date. The seed is fixed.
 TEST_F(ReceiptMatchingTest, DatesWrittenAtAnyLengthAreSorted) {
   const std::string longText(300, '2');
   receipt = {purchaseOf("coins", "2019-03-14T10:26:55+01:00:00"),
@@ -288,6 +296,8 @@ TEST_F(ReceiptMatchingTest, DatesWrittenAtAnyLengthAreSorted) {
   EXPECT_EQ(match("coins", std::nullopt), Places({3, 4, 5, 6, 7, 1, 2, 0}));
 }
 
+// A receipt long enough for every strategy of a sort: dates of ten days in random order, and one
+// entry in eleven without a date. The seed is fixed.
 TEST_F(ReceiptMatchingTest, LongReceiptIsSortedStablyWithoutLosingAnEntry) {
   std::mt19937 random(20190314);
   std::vector<unsigned> days;

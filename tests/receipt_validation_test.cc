@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <vector>
 
 #include "purchase_fixtures.h"
 
@@ -445,6 +446,109 @@ TEST_F(ReceiptValidationTest, EntryWithoutADateIsNeverTheLatest) {
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}}),
                 {logged(40008)});
 }
+
+// An entry in March, the transaction's date, and another one that the receipt has before it, in
+// February, and after it, in April. `added` and `codes` are the outcome.
+struct EntryAtTheDateCase {
+  const char* name;
+  QELInAppPurchaseItem entry;
+  QELInAppPurchaseItem other;
+  Event added;
+  std::vector<int> codes;
+  friend std::ostream& operator<<(std::ostream& out, const EntryAtTheDateCase& c) {
+    return out << c.name;
+  }
+};
+
+class EntryAtTheDateTest : public ReceiptValidationTest,
+                           public ::testing::WithParamInterface<EntryAtTheDateCase> {};
+
+TEST_P(EntryAtTheDateTest, IsReportedByItsOwnFields) {
+  receipt = {GetParam().other, GetParam().entry, GetParam().other};
+  receipt[0].purchaseDateIA5String = kFebruary;
+  receipt[2].purchaseDateIA5String = kApril;
+  std::vector<Diagnostic> diagnostics;
+  for (const int code : GetParam().codes) diagnostics.push_back(logged(code));
+  expectOutcome(baseWith(GetParam().added), diagnostics);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Identifiers, EntryAtTheDateTest,
+    ::testing::Values(EntryAtTheDateCase{"OriginalTransactionOfANonRenewing",
+                                         oneOff(kNonRenewing),
+                                         entryOf(kNonRenewing, "monthly", kMarch, "5000", "5000"),
+                                         {{"_did", kDedupeIdOf1000monthly}, {"subscription", 1}},
+                                         {40025}},
+                      EntryAtTheDateCase{"OriginalTransactionOfAnAutoRenewable",
+                                         oneOff(kAutoRenewable),
+                                         entryOf(kAutoRenewable, "monthly", kMarch, "5000", "5000"),
+                                         {{"_did", kDedupeIdOf1000monthly}, {"subscription", 1}},
+                                         {40008}},
+                      EntryAtTheDateCase{"WebOrder",
+                                         firstMonth(),
+                                         withWebOrder(firstMonth(), "78"),
+                                         {{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}},
+                                         {40008}},
+                      EntryAtTheDateCase{"WebOrderThatOthersLack",
+                                         firstMonth(),
+                                         oneOff(kAutoRenewable),
+                                         {{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}},
+                                         {40008}},
+                      EntryAtTheDateCase{"AbsentWebOrder",
+                                         oneOff(kAutoRenewable),
+                                         firstMonth(),
+                                         {{"_did", kDedupeIdOf1000monthly}, {"subscription", 1}},
+                                         {40008}}),
+    nameOfCase<EntryAtTheDateCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, EntryAtTheDateTest,
+    ::testing::Values(
+        EntryAtTheDateCase{"FirstPurchaseAmongRenewals",
+                           firstMonth(),
+                           renewalInMarch(),
+                           {{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}},
+                           {40008}},
+        EntryAtTheDateCase{"RenewalAmongFirstPurchases",
+                           renewalInMarch(),
+                           firstMonth(),
+                           {{"_did", kDedupeIdOf100077monthly}, {"sub_renew", 1}},
+                           {40008}},
+        EntryAtTheDateCase{
+            "FreeTrialAmongPaidPeriods",
+            freeTrial(firstMonth()),
+            firstMonth(),
+            {{"_did", kDedupeIdOf100077monthly}, {"free_trial", 1}, {"subscription", 1}},
+            {40009, 40010}},
+        EntryAtTheDateCase{"PaidPeriodAmongFreeTrials",
+                           firstMonth(),
+                           freeTrial(firstMonth()),
+                           {{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}},
+                           {40008}},
+        EntryAtTheDateCase{
+            "OfferAmongPaidPeriods",
+            introductoryOffer(firstMonth()),
+            firstMonth(),
+            {{"_did", kDedupeIdOf100077monthly}, {"price_is_discounted", 1}, {"subscription", 1}},
+            {40018, 40010}},
+        EntryAtTheDateCase{"PaidPeriodAmongOffers",
+                           firstMonth(),
+                           introductoryOffer(firstMonth()),
+                           {{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}},
+                           {40008}},
+        EntryAtTheDateCase{
+            "FreeTrialAmongOffers",
+            freeTrial(firstMonth()),
+            introductoryOffer(firstMonth()),
+            {{"_did", kDedupeIdOf100077monthly}, {"free_trial", 1}, {"subscription", 1}},
+            {40009, 40010}},
+        EntryAtTheDateCase{
+            "OfferAmongFreeTrials",
+            introductoryOffer(firstMonth()),
+            freeTrial(firstMonth()),
+            {{"_did", kDedupeIdOf100077monthly}, {"price_is_discounted", 1}, {"subscription", 1}},
+            {40018, 40010}}),
+    nameOfCase<EntryAtTheDateCase>);
 
 // --- Non-renewing subscriptions ---
 

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "asked.h"
 #include "qel/measurement.h"
 
 namespace qel::testing {
@@ -27,8 +28,14 @@ struct Diagnostic {
   friend bool operator==(const Diagnostic&, const Diagnostic&) = default;
 };
 
+// What a recording monitor notes in its log when it receives the message `code`.
+inline std::string monitorCall(int code) { return "monitor.logWithLevel " + std::to_string(code); }
+
+// Keeps the messages. Notes each in a log too, if there is one.
 class RecordingMonitor : public DiagnosticsMonitor {
  public:
+  explicit RecordingMonitor(Asked* asked = nullptr) : asked_(asked) {}
+
   void logWithLevel(int level, int messageCode, std::string_view message) override {
     record(level, messageCode, message, {});
   }
@@ -52,16 +59,21 @@ class RecordingMonitor : public DiagnosticsMonitor {
 
   void record(int level, int code, std::string_view message,
               std::vector<Diagnostic::Context> context) {
+    if (asked_ != nullptr) asked_->note(monitorCall(code));
     diagnostics_.push_back({level, code, std::string(message), std::move(context)});
   }
 
+  Asked* asked_;
   std::vector<Diagnostic> diagnostics_;
 };
 
 // Installs a recording monitor for as long as it lives.
 class ScopedRecordingMonitor {
  public:
-  ScopedRecordingMonitor() { QELMeasurement::setMonitor(monitor_); }
+  explicit ScopedRecordingMonitor(Asked* asked = nullptr)
+      : monitor_(std::make_shared<RecordingMonitor>(asked)) {
+    QELMeasurement::setMonitor(monitor_);
+  }
   ~ScopedRecordingMonitor() { QELMeasurement::setMonitor(nullptr); }
   ScopedRecordingMonitor(const ScopedRecordingMonitor&) = delete;
   ScopedRecordingMonitor& operator=(const ScopedRecordingMonitor&) = delete;
@@ -69,7 +81,7 @@ class ScopedRecordingMonitor {
   RecordingMonitor* operator->() const { return monitor_.get(); }
 
  private:
-  std::shared_ptr<RecordingMonitor> monitor_ = std::make_shared<RecordingMonitor>();
+  std::shared_ptr<RecordingMonitor> monitor_;
 };
 
 }  // namespace qel::testing

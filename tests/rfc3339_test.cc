@@ -29,6 +29,11 @@ TEST_P(ReadableDateTest, IsTheInstant) {
   EXPECT_EQ(parseRfc3339(GetParam().text), (Instant{GetParam().seconds, 0}));
 }
 
+TEST_P(ReadableDateTest, IsTheInstantToTheDateFormatterToo) {
+  const DateFormatter formatter;
+  EXPECT_EQ(formatter.dateFromString(GetParam().text), (Instant{GetParam().seconds, 0}));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Moments, ReadableDateTest,
     ::testing::Values(DateCase{"Epoch", "1970-01-01T00:00:00Z", 0},
@@ -85,6 +90,11 @@ struct TextCase {
 class UnreadableDateTest : public ::testing::TestWithParam<TextCase> {};
 
 TEST_P(UnreadableDateTest, GivesNothing) { EXPECT_EQ(parseRfc3339(GetParam().text), std::nullopt); }
+
+TEST_P(UnreadableDateTest, GivesNothingToTheDateFormatterEither) {
+  const DateFormatter formatter;
+  EXPECT_EQ(formatter.dateFromString(GetParam().text), std::nullopt);
+}
 
 INSTANTIATE_TEST_SUITE_P(Fields, UnreadableDateTest,
                          ::testing::Values(TextCase{"YearZero", "0000-01-01T00:00:00Z"},

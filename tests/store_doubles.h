@@ -6,22 +6,13 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "asked.h"
 #include "qel/store_records.h"
 
 namespace qel::testing {
-
-// The operations that were called on the records that share this log, such as "product.price".
-struct Asked : std::vector<std::string> {
-  using std::vector<std::string>::vector;
-
-  // Throws instead of returning; none when empty.
-  std::string throwingOperation;
-};
 
 // Appends each call of an operation of the record `name` to a log, if there is one.
 class Questioned {
@@ -30,9 +21,7 @@ class Questioned {
 
  protected:
   void note(const char* operation) const {
-    if (asked_ == nullptr) return;
-    asked_->push_back(name_ + "." + operation);
-    if (asked_->back() == asked_->throwingOperation) throw std::runtime_error(asked_->back());
+    if (asked_ != nullptr) asked_->note(name_ + "." + operation);
   }
 
  private:

@@ -110,7 +110,8 @@ TEST_F(SubscriptionFlagsTest, TwoEmptyIdentifiersAreEqual) {
   EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"}}));
 }
 
-// With X a free trial, stopping at the second of the equal entries would give a conversion.
+// The entry before the second of the equal entries is b, a free trial: stopping at the second would
+// give a conversion.
 TEST_F(SubscriptionFlagsTest, SearchStopsAtTheFirstOfTwoEqualEntries) {
   b.isFreeTrial = true;
   const QELInAppPurchaseItem equalToB = b;
@@ -124,6 +125,23 @@ TEST_F(SubscriptionFlagsTest, FirstOfTwoEqualEntriesAfterATrialIsAConversion) {
   markPurchase({a, b, equalToB}, equalToB);
   EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"}, {"sub_convert", 1}}));
 }
+
+class EntryThatDiffersInOneFieldTest : public SubscriptionFlagsTest,
+                                       public ::testing::WithParamInterface<FieldChange> {};
+
+// A search that stopped at `other` would take the answer from a, which is the opposite one.
+TEST_P(EntryThatDiffersInOneFieldTest, IsNotTheEntrySearchedFor) {
+  const QELInAppPurchaseItem item = withWebOrder(b, "77");
+  QELInAppPurchaseItem other = item;
+  GetParam().change(other);
+  a.isFreeTrial = !other.isFreeTrial;
+  markPurchase({a, other, item}, item);
+  EXPECT_TRUE(isEvent(parameters, {{"product_id", "monthly"},
+                                   {other.isFreeTrial ? "sub_convert" : "sub_renew", 1}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, EntryThatDiffersInOneFieldTest,
+                         ::testing::ValuesIn(fieldChanges()), nameOfCase<FieldChange>);
 
 TEST_F(SubscriptionFlagsTest, ConversionLeavesAnEarlierRenewalFlagInPlace) {
   parameters.set(ParameterKey::kSubRenew, QELValue::initWithInt64(7));

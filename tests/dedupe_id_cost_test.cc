@@ -27,7 +27,7 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 namespace qel::testing {
 namespace {
 
-TEST(MicrosAndDedupeIdBoundaryTest, PiecesAreJoinedInOneAllocation) {
+TEST(DedupeIdCostTest, PiecesAreJoinedInOneAllocation) {
   // Longer than what a string holds in itself.
   const std::string originalTransactionID(100, '1');
   const std::string productID(200, 'p');

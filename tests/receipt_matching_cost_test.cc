@@ -19,10 +19,8 @@ namespace {
 constexpr std::size_t kEntries = 20;
 constexpr std::size_t kNeighbours = kEntries - 1;
 
-class ReceiptMatchingBoundaryTest : public ::testing::Test {
+class ReceiptMatchingCostTest : public DateFormatterCountsTest {
  protected:
-  ReceiptMatchingBoundaryTest() { formatterCounts() = FormatterCounts(); }
-
   // Adds an entry bought on this day of March.
   void addEntryOfDay(std::size_t day) {
     const std::string twoDigits = (day < 10 ? "0" : "") + std::to_string(day);
@@ -40,7 +38,7 @@ class ReceiptMatchingBoundaryTest : public ::testing::Test {
   std::vector<QELInAppPurchaseItem> receipt_;
 };
 
-TEST_F(ReceiptMatchingBoundaryTest, ReceiptInOrderTakesOneComparisonForEachPairOfNeighbours) {
+TEST_F(ReceiptMatchingCostTest, ReceiptInOrderTakesOneComparisonForEachPairOfNeighbours) {
   for (std::size_t day = 1; day <= kEntries; ++day) addEntryOfDay(day);
   const QELInAppPurchaseItems matching = match();
   EXPECT_EQ(comparisons(), kNeighbours);
@@ -48,7 +46,7 @@ TEST_F(ReceiptMatchingBoundaryTest, ReceiptInOrderTakesOneComparisonForEachPairO
   EXPECT_EQ(&matching.back().get(), &receipt_.back());
 }
 
-TEST_F(ReceiptMatchingBoundaryTest, ReceiptInReverseTakesOneComparisonMore) {
+TEST_F(ReceiptMatchingCostTest, ReceiptInReverseTakesOneComparisonMore) {
   for (std::size_t day = kEntries; day >= 1; --day) addEntryOfDay(day);
   const QELInAppPurchaseItems matching = match();
   EXPECT_EQ(comparisons(), 1 + kNeighbours);
@@ -56,7 +54,7 @@ TEST_F(ReceiptMatchingBoundaryTest, ReceiptInReverseTakesOneComparisonMore) {
   EXPECT_EQ(&matching.back().get(), &receipt_.front());
 }
 
-TEST_F(ReceiptMatchingBoundaryTest, ListHasRoomForTheWholeReceiptFromTheStart) {
+TEST_F(ReceiptMatchingCostTest, ListHasRoomForTheWholeReceiptFromTheStart) {
   for (std::size_t day = 1; day <= kEntries + 1; ++day) addEntryOfDay(day);
   EXPECT_EQ(match().capacity(), kEntries + 1);
 }
