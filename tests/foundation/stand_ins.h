@@ -48,6 +48,14 @@
                          asked:(qel::testing::Asked*)asked;
 @end
 
+// A number that answers stringValue, with any text or nil, and raises when it is asked anything
+// else.
+@interface StandInNumber : NSNumber {
+  NSString* text_;
+}
+- (instancetype)initWithText:(NSString*)text;
+@end
+
 // Keeps the messages it is told.
 @interface StandInMonitor : NSObject <QELDiagnosticsMonitor> {
   std::vector<qel::testing::Diagnostic>* diagnostics_;

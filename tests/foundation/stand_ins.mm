@@ -213,7 +213,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 - (NSNumber*)webOrderLineItemID {
   note(asked_, "entry.webOrderLineItemID");
-  return liveDecimal(values_->webOrderLineItemID);
+  if (!values_->webOrderLineItemID.has_value()) return nil;
+  // The platform writes some decimal numbers in another way than they were read.
+  NSString* const text = liveString(values_->webOrderLineItemID);
+  return [[[StandInNumber alloc] initWithText:text] autorelease];
 }
 - (NSString*)transactionID {
   note(asked_, "entry.transactionID");
@@ -230,6 +233,20 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 - (BOOL)isIntroductoryOffer {
   note(asked_, "entry.isIntroductoryOffer");
   return values_->isIntroductoryOffer;
+}
+@end
+
+@implementation StandInNumber
+- (instancetype)initWithText:(NSString*)text {
+  if ((self = [super init]) != nil) text_ = [text copy];
+  return self;
+}
+- (void)dealloc {
+  [text_ release];
+  [super dealloc];
+}
+- (NSString*)stringValue {
+  return text_;
 }
 @end
 

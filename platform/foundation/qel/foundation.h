@@ -35,7 +35,9 @@ NS_SWIFT_NAME(InAppPurchaseItem)
 // with intValue; nil reads 0.
 - (nullable NSNumber*)purchaseType;
 
-// A signed 64-bit integer on the entries of subscriptions, otherwise nil.
+// Any number on the entries of subscriptions, otherwise nil. Only its presence and its stringValue
+// are used, so that a number of any size enters the deduplication identifier unchanged. A nil
+// stringValue counts as an empty one.
 - (nullable NSNumber*)webOrderLineItemID;
 
 - (nullable NSString*)transactionID;
