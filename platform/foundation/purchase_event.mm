@@ -63,7 +63,7 @@ std::optional<EventParameters> eventOf(id product, id transaction,
 }  // namespace
 }  // namespace qel::foundation
 
-NSDictionary<NSString*, id>* QELInAppPurchaseEventParameters(
+NSDictionary<NSString*, id>* QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receiptItems) {
   qel::foundation::Strong<NSDictionary*> result;

@@ -55,7 +55,7 @@ namespace {
 std::string raisedFor(NSArray* receipt) {
   std::string name;
   @try {
-    QELInAppPurchaseEventParameters(nil, nil, receipt);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, receipt);
   } @catch (NSException* exception) {
     name = textOfLiveString([exception name]);
   }
@@ -114,7 +114,7 @@ void callAndCatch(id product, id transaction) {
     std::_Exit(kTerminated);
   });
   @try {
-    QELInAppPurchaseEventParameters(product, transaction, nil);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil);
   } @catch (id) {
   }
 }

@@ -91,7 +91,7 @@ TEST(PurchaseEventTest, AsksEachEntryEachOfItsOperationsOnce) {
     Asked asked;
     id const entry = [[[StandInEntry alloc] initWithValues:&purchase.receipt[0]
                                                      asked:&asked] autorelease];
-    QELInAppPurchaseEventParameters(nil, nil, @[ entry ]);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, @[ entry ]);
     EXPECT_EQ(asked, (Asked{"entry.productID", "entry.purchaseDateIA5String", "entry.purchaseType",
                             "entry.webOrderLineItemID", "entry.transactionID",
                             "entry.originalTransactionID", "entry.isFreeTrial",
@@ -112,7 +112,8 @@ TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {
       for (const QELInAppPurchaseItem& item : purchase.receipt) {
         [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
       }
-      event = [QELInAppPurchaseEventParameters(product, transaction, receipt) retain];
+      event = [QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction,
+                                                                          receipt) retain];
     }
     EXPECT_EQ([event count], kRenewalEvent.size());
     EXPECT_TRUE([[event objectForKey:@"product_id"] isEqual:@"monthly"]);
@@ -157,9 +158,11 @@ TEST(PurchaseEventTest, TakesANilReceiptForAnEmptyOne) {
                                                          asked:nullptr] autorelease];
     id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
                                                                  asked:nullptr] autorelease];
-    NSDictionary* const event = QELInAppPurchaseEventParameters(product, transaction, nil);
+    NSDictionary* const event =
+        QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil);
     EXPECT_EQ([[event objectForKey:(::kQELParameterInAppPurchaseInvalid)] longLongValue], 1);
-    EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParameters(product, transaction, @[])]);
+    EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+                                   product, transaction, @[])]);
   }
 }
 
@@ -200,7 +203,7 @@ TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
     EXPECT_GT([monitor retainCount], before);
     QELSetDiagnosticsMonitor(nil);
     EXPECT_EQ([monitor retainCount], before);
-    QELInAppPurchaseEventParameters(nil, nil, nil);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, nil);
     EXPECT_TRUE(diagnostics.empty());
     [monitor release];
   }

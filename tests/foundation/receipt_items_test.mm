@@ -49,7 +49,8 @@ NSDictionary* eventWithWebOrder(NSNumber* webOrder) {
   id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
                                                                asked:nullptr] autorelease];
   id const entry = [[[EntryOfWebOrder alloc] initWithValues:&item webOrder:webOrder] autorelease];
-  return QELInAppPurchaseEventParameters(product, transaction, @[ entry ]);
+  return QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction,
+                                                                    @[ entry ]);
 }
 
 std::uint64_t identifierWithWebOrder(NSNumber* webOrder) {

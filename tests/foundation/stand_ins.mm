@@ -381,7 +381,7 @@ Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
         [[[StandInMonitor alloc] initWithList:&outcome.diagnostics] autorelease]);
 
     NSDictionary<NSString*, id>* const event =
-        QELInAppPurchaseEventParameters(product, transaction, receipt);
+        QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
 
     QELSetDiagnosticsMonitor(nil);
     askedOfDiscountClass = nullptr;

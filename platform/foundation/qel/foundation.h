@@ -96,10 +96,11 @@ FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 // program.
 //
 // Threads: any, several calls at once, each with its own arguments.
-FOUNDATION_EXPORT NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParameters(
-    SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
-    NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
-    NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+FOUNDATION_EXPORT
+    NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
+        NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
+        NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
 
 // Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
 // that. The one before may still receive the messages that are under way.

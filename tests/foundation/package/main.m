@@ -106,7 +106,7 @@
 int main(void) {
   @autoreleasepool {
     QELSetDiagnosticsMonitor([[[Monitor alloc] init] autorelease]);
-    NSDictionary<NSString*, id>* event = QELInAppPurchaseEventParameters(
+    NSDictionary<NSString*, id>* event = QELInAppPurchaseEventParametersFromProductAndTransactionV2(
         [[[SKProduct alloc] init] autorelease], [[[SKPaymentTransaction alloc] init] autorelease],
         [NSArray arrayWithObject:[[[Entry alloc] init] autorelease]]);
     QELSetDiagnosticsMonitor(nil);
