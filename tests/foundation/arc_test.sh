@@ -8,7 +8,7 @@ set -euo pipefail
 source=$1
 shift
 clang=("$@" -fsyntax-only -Wall -Wextra -I "$source/include" -I "$source/platform"
-  -I "$source/platform/foundation" -I "$source/tests/foundation/store_headers")
+  -I "$source/platform/foundation" -I "$source/src" -I "$source/tests/foundation/store_headers")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

@@ -53,9 +53,15 @@ namespace {
 
 // The name of the exception that the entry point lets through for `receipt`; empty for none.
 std::string raisedFor(NSArray* receipt) {
+  const ProductValues productValues = {.identifier = "monthly"};
+  const TransactionValues transactionValues;
+  id const product = [[[StandInProduct alloc] initWithValues:&productValues
+                                                       asked:nullptr] autorelease];
+  id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
+                                                               asked:nullptr] autorelease];
   std::string name;
   @try {
-    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, receipt);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
   } @catch (NSException* exception) {
     name = textOfLiveString([exception name]);
   }

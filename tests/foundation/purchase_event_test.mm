@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -85,18 +87,70 @@ TEST(PurchaseEventTest, AsksNothingOfATransactionWhoseProductHasNoIdentifier) {
   EXPECT_EQ(outcomeOfLiveObjects(purchase).asked, (Asked{"product.productIdentifier"}));
 }
 
-TEST(PurchaseEventTest, AsksEachEntryEachOfItsOperationsOnce) {
+TEST(PurchaseEventTest, AsksEachEntryOnceBetweenTheInputChecksAndTheRest) {
   @autoreleasepool {
     const PurchaseValues purchase = renewal();
     Asked asked;
-    id const entry = [[[StandInEntry alloc] initWithValues:&purchase.receipt[0]
-                                                     asked:&asked] autorelease];
-    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, @[ entry ]);
-    EXPECT_EQ(asked, (Asked{"entry.productID", "entry.purchaseDateIA5String", "entry.purchaseType",
-                            "entry.webOrderLineItemID", "entry.transactionID",
-                            "entry.originalTransactionID", "entry.isFreeTrial",
-                            "entry.isIntroductoryOffer"}));
+    id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
+                                                         asked:&asked] autorelease];
+    id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
+                                                                 asked:&asked] autorelease];
+    NSMutableArray* const receipt = [NSMutableArray array];
+    for (const QELInAppPurchaseItem& item : purchase.receipt) {
+      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:&asked] autorelease]];
+    }
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
+
+    const Asked ofEntry = {"entry.productID",     "entry.purchaseDateIA5String",
+                           "entry.purchaseType",  "entry.webOrderLineItemID",
+                           "entry.transactionID", "entry.originalTransactionID",
+                           "entry.isFreeTrial",   "entry.isIntroductoryOffer"};
+    Asked expected = {"product.productIdentifier"};
+    expected.insert(expected.end(), ofEntry.begin(), ofEntry.end());
+    expected.insert(expected.end(), ofEntry.begin(), ofEntry.end());
+    ASSERT_GT(asked.size(), expected.size());
+    EXPECT_EQ(Asked(asked.begin(), asked.begin() + std::ssize(expected)), expected);
+    EXPECT_EQ(asked[expected.size()], "product.price");
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), "product.productIdentifier"), 1);
   }
+}
+
+// Checks that `purchase` is rejected with the one message `code`, and that the receipt is not read.
+void expectRejectedBeforeTheReceipt(const PurchaseValues& purchase, int code) {
+  @autoreleasepool {
+    // Neither is a list nor an entry: each raises an exception when it is asked for anything.
+    id const noList = @"no list";
+    for (NSArray* receipt : { static_cast<NSArray*>(noList), @[ @"no entry" ] }) {
+      const Outcome outcome = outcomeWithReceipt(purchase, receipt);
+      EXPECT_EQ(outcome.event, std::nullopt);
+      ASSERT_EQ(outcome.diagnostics.size(), 1u) << outcome;
+      EXPECT_EQ(outcome.diagnostics[0].code, code);
+    }
+  }
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProduct) {
+  PurchaseValues purchase = renewal();
+  purchase.product.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40026);
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40026);
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProductIdentifier) {
+  PurchaseValues purchase = renewal();
+  purchase.product->identifier = "";
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+  purchase.product->identifier.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutATransaction) {
+  PurchaseValues purchase = renewal();
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40028);
 }
 
 TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {

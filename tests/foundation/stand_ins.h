@@ -81,6 +81,9 @@ std::string textOfLiveString(NSString* string);
 // What the entry point makes of `purchase` when its records are live objects.
 Outcome outcomeOfLiveObjects(const PurchaseValues& purchase);
 
+// The same with `receipt` in place of the purchase's own.
+Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt);
+
 }  // namespace qel::testing
 
 #endif  // QEL_TESTS_FOUNDATION_STAND_INS_H_

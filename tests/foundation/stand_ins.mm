@@ -359,6 +359,16 @@ std::string textOfLiveString(NSString* string) {
 }
 
 Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
+  @autoreleasepool {
+    NSMutableArray* const receipt = [NSMutableArray array];
+    for (const QELInAppPurchaseItem& item : purchase.receipt) {
+      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
+    }
+    return outcomeWithReceipt(purchase, receipt);
+  }
+}
+
+Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt) {
   Outcome outcome;
   @autoreleasepool {
     id product = nil;
@@ -371,10 +381,6 @@ Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
     if (const auto& values = purchase.transaction) {
       transaction = [[[StandInTransaction alloc] initWithValues:&*values
                                                           asked:&outcome.asked] autorelease];
-    }
-    NSMutableArray* const receipt = [NSMutableArray array];
-    for (const QELInAppPurchaseItem& item : purchase.receipt) {
-      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
     }
     askedOfDiscountClass = &outcome.asked;
     QELSetDiagnosticsMonitor(

@@ -86,10 +86,14 @@ FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 // sound event. Names are NSString; identifiers are NSString too, except "_did"; everything else is
 // an NSNumber of a signed 64-bit integer (longLongValue), amounts in micros of the currency.
 //
-// Each entry is asked each of its operations once, in the order of the protocol, before the store's
-// objects are asked anything. These are asked during the call only, each operation when its answer
-// is needed. The store's record of an introductory offer is looked up by name, so that an app may
-// run where the store does not have it yet.
+// Asks the product for its identifier first. Reports a rejection to the monitor and returns nil if
+// the product is nil, its identifier is nil or empty, or the transaction is nil; then neither the
+// list nor an entry is asked anything. A nil list counts as an empty one.
+//
+// Otherwise asks each entry, from first to last, each of its operations once, in the order of the
+// protocol. After the last entry, asks the store's objects, each operation when its answer is
+// needed. Nothing is asked after the call. The store's record of an introductory offer is looked up
+// by name, so that an app may run where the store does not have it yet.
 //
 // An exception that the list or an entry raises, the one for a list that is changed while it is
 // read included, goes through to the caller. One that an object of the store raises ends the
@@ -97,10 +101,10 @@ FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 //
 // Threads: any, several calls at once, each with its own arguments.
 FOUNDATION_EXPORT
-    NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-        SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
-        NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
-        NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+    SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
+    NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
+    NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
 
 // Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
 // that. The one before may still receive the messages that are under way.
