@@ -8,6 +8,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "qel/export.h"
+
 #ifndef NS_SWIFT_NAME
 #define NS_SWIFT_NAME(name)
 #endif
@@ -78,9 +80,9 @@ NS_SWIFT_NAME(DiagnosticsMonitor)
 @end
 
 // Keys of an event that the rest of an app looks up: "invalid", "sub_convert" and "sub_renew".
-FOUNDATION_EXPORT NSString* const kQELParameterInAppPurchaseInvalid;
-FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionConversion;
-FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterInAppPurchaseInvalid;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionConversion;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 
 // Returns the parameters of the event for one purchase, or nil when the records cannot yield a
 // sound event. Names are NSString; identifiers are NSString too, except "_did"; everything else is
@@ -100,18 +102,18 @@ FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 // program.
 //
 // Threads: any, several calls at once, each with its own arguments.
-FOUNDATION_EXPORT
-NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-    SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
-    NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
-    NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+FOUNDATION_EXPORT QEL_EXPORT
+    NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
+        NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
+        NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
 
 // Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
 // that. The one before may still receive the messages that are under way.
 //
 // Threads: safe from any thread, also while purchases are reported.
-FOUNDATION_EXPORT void QELSetDiagnosticsMonitor(id<QELDiagnosticsMonitor> _Nullable monitor)
-    NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
+FOUNDATION_EXPORT QEL_EXPORT void QELSetDiagnosticsMonitor(
+    id<QELDiagnosticsMonitor> _Nullable monitor) NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
 
 #ifdef __cplusplus
 }  // extern "C"
