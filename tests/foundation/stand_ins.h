@@ -75,6 +75,13 @@ NSString* liveString(const std::optional<std::string>& text);
 // A decimal number of `text`; nil for absent.
 NSDecimalNumber* liveDecimal(const std::optional<std::string>& text);
 
+// A date of `instant`; nil for absent.
+NSDate* liveDate(const std::optional<Instant>& instant);
+
+// A date `time` seconds after 2001 began: any time, also one that no calendar has or that is not a
+// number.
+NSDate* dateOfTime(double time);
+
 // The text of `string`, read unit by unit.
 std::string textOfLiveString(NSString* string);
 

@@ -8,6 +8,7 @@
 using qel::testing::Asked;
 using qel::testing::Diagnostic;
 using qel::testing::DiscountValues;
+using qel::testing::liveDate;
 using qel::testing::liveDecimal;
 using qel::testing::liveString;
 using qel::testing::ProductValues;
@@ -21,14 +22,6 @@ void note(Asked* asked, const char* operation) {
 
 NSNumber* liveInteger(const std::optional<std::int64_t>& integer) {
   return integer.has_value() ? [NSNumber numberWithLongLong:*integer] : nil;
-}
-
-NSDate* liveDate(const std::optional<qel::Instant>& instant) {
-  if (!instant.has_value()) return nil;
-  constexpr std::int64_t kReferenceDate = 978307200;
-  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
-                                                                            kReferenceDate) +
-                                                        instant->nanoseconds * 1e-9];
 }
 
 }  // namespace
@@ -250,6 +243,21 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
+@interface DateOfAnyTime : NSDate {
+  double time_;
+}
+@end
+
+@implementation DateOfAnyTime
+- (instancetype)initWithTimeIntervalSinceReferenceDate:(NSTimeInterval)time {
+  time_ = time;
+  return self;
+}
+- (NSTimeInterval)timeIntervalSinceReferenceDate {
+  return time_;
+}
+@end
+
 @implementation StandInMonitor
 - (instancetype)initWithList:(std::vector<Diagnostic>*)diagnostics {
   if ((self = [super init]) != nil) diagnostics_ = diagnostics;
@@ -336,6 +344,18 @@ NSDecimalNumber* liveDecimal(const std::optional<std::string>& text) {
   if (!text.has_value()) return nil;
   if (*text == "NaN") return [NSDecimalNumber notANumber];
   return [NSDecimalNumber decimalNumberWithString:liveString(text)];
+}
+
+NSDate* liveDate(const std::optional<Instant>& instant) {
+  if (!instant.has_value()) return nil;
+  constexpr std::int64_t kReferenceDate = 978307200;
+  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
+                                                                            kReferenceDate) +
+                                                        instant->nanoseconds * 1e-9];
+}
+
+NSDate* dateOfTime(double time) {
+  return [[[DateOfAnyTime alloc] initWithTimeIntervalSinceReferenceDate:time] autorelease];
 }
 
 std::string textOfLiveString(NSString* string) {
