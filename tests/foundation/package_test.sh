@@ -58,6 +58,7 @@ run_apps "$work/shared"
 diff - <(nm --dynamic --defined-only "$work/shared/installed/lib/libqel-foundation.so" |
   awk '$3 ~ /^k?QEL/ { print $3 }' | LC_ALL=C sort) <<'EXPECTED'
 QELInAppPurchaseEventParametersFromProductAndTransactionV2
+QELMatchingInAppPurchaseItems
 QELSetDiagnosticsMonitor
 kQELParameterInAppPurchaseInvalid
 kQELParameterIsSubscriptionConversion
