@@ -41,7 +41,7 @@ void measureRenewal(benchmark::State& state, EntryPoint entryPoint, bool readsTe
 }
 
 void BM_EventFoundation(benchmark::State& state) {
-  measureRenewal(state, QELInAppPurchaseEventParameters, false);
+  measureRenewal(state, QELInAppPurchaseEventParametersFromProductAndTransactionV2, false);
 }
 BENCHMARK(BM_EventFoundation)->Name("BM_EventFoundation/renewal");
 

@@ -9,7 +9,8 @@
 
 namespace qel::bench {
 
-// QELInAppPurchaseEventParameters, as a build with QEL_DATE_FORMATTER=foundation has it.
+// QELInAppPurchaseEventParametersFromProductAndTransactionV2, as a build with
+// QEL_DATE_FORMATTER=foundation has it.
 NSDictionary<NSString*, id>* eventThroughPlatformFormatter(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receipt);

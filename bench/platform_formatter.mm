@@ -3,5 +3,5 @@
 NSDictionary<NSString*, id>* qel::bench::eventThroughPlatformFormatter(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receipt) {
-  return QELInAppPurchaseEventParameters(product, transaction, receipt);
+  return QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
 }

@@ -4,10 +4,14 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "qel/purchase_event.h"
+#include "event_builder.h"
+#include "qel/event_parameters.h"
+#include "qel/receipt_item.h"
+#include "qel/value.h"
 #include "receipt_items.h"
 #include "store_adapters.h"
 #include "strong.h"
@@ -50,20 +54,22 @@ Strong<NSDictionary*> dictionaryOf(const EventParameters& parameters) {
 
 std::optional<EventParameters> eventOf(id product, id transaction,
                                        NSArray<id<QELInAppPurchaseItem>>* receiptItems) {
-  // The list is walked here and not by the component, which lets no exception through.
-  const std::vector<QELInAppPurchaseItem> items = receiptItemsFrom(receiptItems);
-  const QELInAppPurchaseItems references(items.begin(), items.end());
   const FoundationProduct productRecord(product);
   const FoundationTransaction transactionRecord(transaction);
-  return QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-      product != nil ? &productRecord : nullptr, transaction != nil ? &transactionRecord : nullptr,
-      references);
+  const std::optional<std::string_view> productIdentifier = checkInputs(
+      product != nil ? &productRecord : nullptr, transaction != nil ? &transactionRecord : nullptr);
+  if (!productIdentifier.has_value()) return std::nullopt;
+
+  // The list is read here and not inside the component, which lets no exception through.
+  const std::vector<QELInAppPurchaseItem> items = receiptItemsFrom(receiptItems);
+  const QELInAppPurchaseItems references(items.begin(), items.end());
+  return buildEvent(*productIdentifier, productRecord, transactionRecord, references);
 }
 
 }  // namespace
 }  // namespace qel::foundation
 
-NSDictionary<NSString*, id>* QELInAppPurchaseEventParameters(
+NSDictionary<NSString*, id>* QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receiptItems) {
   qel::foundation::Strong<NSDictionary*> result;

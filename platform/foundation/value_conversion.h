@@ -17,7 +17,8 @@ namespace qel::foundation {
 // The decimal that `number` holds, digit by digit and whatever the locale; absent for nil.
 std::optional<Decimal> decimalFrom(NSDecimalNumber* number);
 
-// The instant of `date`; absent for nil, and for a date whose time is not a number.
+// The instant of `date`; absent for nil. A date whose time is not a number gives an instant with a
+// fraction of a second, which no purchase date equals.
 //
 // A date on a whole second gives exactly that second, and no other date does: a fraction below or
 // just above a nanosecond gives the nearest nanosecond that is not a whole second. Dates beyond

@@ -39,7 +39,8 @@ std::optional<Decimal> decimalFrom(NSDecimalNumber* number) {
 std::optional<Instant> instantFrom(NSDate* date) {
   if (date == nil) return std::nullopt;
   const double time = [date timeIntervalSinceReferenceDate];
-  if (std::isnan(time)) return std::nullopt;
+  // On the platform such a date equals no other. Purchase dates have no fraction of a second.
+  if (std::isnan(time)) return Instant{std::numeric_limits<std::int64_t>::max(), 1};
 
   // 2^62 seconds are far beyond any calendar, and leave room for the shift to 1970.
   constexpr double kBeyondInstants = 4611686018427387904.0;

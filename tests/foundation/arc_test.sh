@@ -8,7 +8,7 @@ set -euo pipefail
 source=$1
 shift
 clang=("$@" -fsyntax-only -Wall -Wextra -I "$source/include" -I "$source/platform"
-  -I "$source/platform/foundation" -I "$source/tests/foundation/store_headers")
+  -I "$source/platform/foundation" -I "$source/src" -I "$source/tests/foundation/store_headers")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -45,7 +45,7 @@ expect_no_fault "the header in Objective-C without reference counting" \
 # The first Objective-C that the document shows.
 # shellcheck disable=SC2016  # The backquotes are the document's.
 sed -n '/^```objc$/,/^```$/{/^```objc$/d;/^```$/q;p}' "$source/docs/foundation.md" >"$work/example.m"
-grep -q QELInAppPurchaseEventParameters "$work/example.m"
+grep -q QELInAppPurchaseEventParametersFromProductAndTransactionV2 "$work/example.m"
 expect_no_fault "the example of docs/foundation.md" -x objective-c "$work/example.m"
 
 # What each of the checks above is for.

@@ -10,24 +10,6 @@
 
 #import "stand_ins.h"
 
-// An entry that adds itself to the list that it stands in, when it is asked for its product.
-@interface EntryThatGrowsItsList : StandInEntry {
-  NSMutableArray* list_;
-}
-- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
-@end
-
-@implementation EntryThatGrowsItsList
-- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
-  if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
-  return self;
-}
-- (NSString*)productID {
-  [list_ addObject:self];
-  return [super productID];
-}
-@end
-
 // A product of the store that has gone away.
 @interface ProductThatRaises : StandInProduct
 @end
@@ -53,18 +35,21 @@ namespace {
 
 // The name of the exception that the entry point lets through for `receipt`; empty for none.
 std::string raisedFor(NSArray* receipt) {
-  std::string name;
-  @try {
-    QELInAppPurchaseEventParameters(nil, nil, receipt);
-  } @catch (NSException* exception) {
-    name = textOfLiveString([exception name]);
-  }
-  return name;
+  const ProductValues productValues = {.identifier = "monthly"};
+  const TransactionValues transactionValues;
+  id const product = [[[StandInProduct alloc] initWithValues:&productValues
+                                                       asked:nullptr] autorelease];
+  id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
+                                                               asked:nullptr] autorelease];
+  return raisedBy([&] {
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
+  });
 }
 
 NSMutableArray* listThatGrows(const QELInAppPurchaseItem& item) {
   NSMutableArray* const list = [NSMutableArray array];
-  [list addObject:[[[EntryThatGrowsItsList alloc] initWithValues:&item list:list] autorelease]];
+  [list addObject:[[[StandInEntryThatGrowsItsList alloc] initWithValues:&item
+                                                                   list:list] autorelease]];
   return list;
 }
 
@@ -92,8 +77,8 @@ TEST(FailureTest, WorksOnAfterAFailure) {
 TEST(FailureTest, KeepsNothingOfAListThatWasChanged) {
   const QELInAppPurchaseItem item;
   NSMutableArray* const list = [[NSMutableArray alloc] init];
-  EntryThatGrowsItsList* const entry = [[EntryThatGrowsItsList alloc] initWithValues:&item
-                                                                                list:list];
+  StandInEntryThatGrowsItsList* const entry =
+      [[StandInEntryThatGrowsItsList alloc] initWithValues:&item list:list];
   [list addObject:entry];
   @autoreleasepool {
     EXPECT_EQ(raisedFor(list), "NSGenericException");
@@ -114,7 +99,7 @@ void callAndCatch(id product, id transaction) {
     std::_Exit(kTerminated);
   });
   @try {
-    QELInAppPurchaseEventParameters(product, transaction, nil);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil);
   } @catch (id) {
   }
 }

@@ -37,7 +37,7 @@ struct LivePurchase {
 
   // What the entry point makes of it.
   NSDictionary<NSString*, id>* event() const {
-    return QELInAppPurchaseEventParameters(
+    return QELInAppPurchaseEventParametersFromProductAndTransactionV2(
         static_cast<SKProduct*>(product), static_cast<SKPaymentTransaction*>(transaction), receipt);
   }
 

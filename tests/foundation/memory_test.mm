@@ -57,7 +57,9 @@ TEST(MemoryTest, MessagesToTheMonitorLeaveNothingBehind) {
   StandInMonitor* const monitor = [[StandInMonitor alloc] initWithList:&diagnostics];
   QELSetDiagnosticsMonitor(monitor);
   const auto callThrice = [&] {
-    for (int i = 0; i < 3; ++i) QELInAppPurchaseEventParameters(nil, nil, nil);
+    for (int i = 0; i < 3; ++i) {
+      QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, nil);
+    }
     diagnostics.clear();
   };
   callThrice();

@@ -4,13 +4,42 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "own_process.h"
 #include "purchase_values.h"
+#include "qel/measurement.h"
 #include "qel/purchase_event.h"
 #import "stand_ins.h"
+
+// Keeps the contexts of the messages it receives.
+@interface MonitorOfContexts : StandInMonitor {
+ @public
+  NSMutableArray* contexts_;
+}
+@end
+
+@implementation MonitorOfContexts
+- (void)logWithLevel:(NSInteger)level
+         messageCode:(NSInteger)code
+             message:(NSString*)message
+             context:(id)context {
+  [contexts_ addObject:context];
+}
+- (void)logWithLevel:(NSInteger)level
+         messageCode:(NSInteger)code
+             message:(NSString*)message
+             context:(id)context1
+             context:(id)context2 {
+  [contexts_ addObject:context1];
+  [contexts_ addObject:context2];
+}
+@end
 
 namespace qel::testing {
 namespace {
@@ -85,18 +114,70 @@ TEST(PurchaseEventTest, AsksNothingOfATransactionWhoseProductHasNoIdentifier) {
   EXPECT_EQ(outcomeOfLiveObjects(purchase).asked, (Asked{"product.productIdentifier"}));
 }
 
-TEST(PurchaseEventTest, AsksEachEntryEachOfItsOperationsOnce) {
+TEST(PurchaseEventTest, AsksEachEntryOnceBetweenTheInputChecksAndTheRest) {
   @autoreleasepool {
     const PurchaseValues purchase = renewal();
     Asked asked;
-    id const entry = [[[StandInEntry alloc] initWithValues:&purchase.receipt[0]
-                                                     asked:&asked] autorelease];
-    QELInAppPurchaseEventParameters(nil, nil, @[ entry ]);
-    EXPECT_EQ(asked, (Asked{"entry.productID", "entry.purchaseDateIA5String", "entry.purchaseType",
-                            "entry.webOrderLineItemID", "entry.transactionID",
-                            "entry.originalTransactionID", "entry.isFreeTrial",
-                            "entry.isIntroductoryOffer"}));
+    id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
+                                                         asked:&asked] autorelease];
+    id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
+                                                                 asked:&asked] autorelease];
+    NSMutableArray* const receipt = [NSMutableArray array];
+    for (const QELInAppPurchaseItem& item : purchase.receipt) {
+      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:&asked] autorelease]];
+    }
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
+
+    const Asked ofEntry = {"entry.productID",     "entry.purchaseDateIA5String",
+                           "entry.purchaseType",  "entry.webOrderLineItemID",
+                           "entry.transactionID", "entry.originalTransactionID",
+                           "entry.isFreeTrial",   "entry.isIntroductoryOffer"};
+    Asked expected = {"product.productIdentifier"};
+    expected.insert(expected.end(), ofEntry.begin(), ofEntry.end());
+    expected.insert(expected.end(), ofEntry.begin(), ofEntry.end());
+    ASSERT_GT(asked.size(), expected.size());
+    EXPECT_EQ(Asked(asked.begin(), asked.begin() + std::ssize(expected)), expected);
+    EXPECT_EQ(asked[expected.size()], "product.price");
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), "product.productIdentifier"), 1);
   }
+}
+
+// Checks that `purchase` is rejected with the one message `code`, and that the receipt is not read.
+void expectRejectedBeforeTheReceipt(const PurchaseValues& purchase, int code) {
+  @autoreleasepool {
+    // Neither is a list nor an entry: each raises an exception when it is asked for anything.
+    id const noList = @"no list";
+    for (NSArray* receipt : { static_cast<NSArray*>(noList), @[ @"no entry" ] }) {
+      const Outcome outcome = outcomeWithReceipt(purchase, receipt);
+      EXPECT_EQ(outcome.event, std::nullopt);
+      ASSERT_EQ(outcome.diagnostics.size(), 1u) << outcome;
+      EXPECT_EQ(outcome.diagnostics[0].code, code);
+    }
+  }
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProduct) {
+  PurchaseValues purchase = renewal();
+  purchase.product.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40026);
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40026);
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProductIdentifier) {
+  PurchaseValues purchase = renewal();
+  purchase.product->identifier = "";
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+  purchase.product->identifier.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40027);
+}
+
+TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutATransaction) {
+  PurchaseValues purchase = renewal();
+  purchase.transaction.reset();
+  expectRejectedBeforeTheReceipt(purchase, 40028);
 }
 
 TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {
@@ -112,7 +193,8 @@ TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {
       for (const QELInAppPurchaseItem& item : purchase.receipt) {
         [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
       }
-      event = [QELInAppPurchaseEventParameters(product, transaction, receipt) retain];
+      event = [QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction,
+                                                                          receipt) retain];
     }
     EXPECT_EQ([event count], kRenewalEvent.size());
     EXPECT_TRUE([[event objectForKey:@"product_id"] isEqual:@"monthly"]);
@@ -157,9 +239,11 @@ TEST(PurchaseEventTest, TakesANilReceiptForAnEmptyOne) {
                                                          asked:nullptr] autorelease];
     id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
                                                                  asked:nullptr] autorelease];
-    NSDictionary* const event = QELInAppPurchaseEventParameters(product, transaction, nil);
+    NSDictionary* const event =
+        QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil);
     EXPECT_EQ([[event objectForKey:(::kQELParameterInAppPurchaseInvalid)] longLongValue], 1);
-    EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParameters(product, transaction, @[])]);
+    EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+                                   product, transaction, @[])]);
   }
 }
 
@@ -191,6 +275,27 @@ TEST(PurchaseEventTest, TellsTheMonitorWhatAMessageIsAbout) {
                                       {*purchase.product->identifier}}}));
 }
 
+// GNUstep hands out a small number as an int, however it was made; the largest shows its type.
+TEST(MonitorTest, ReceivesACountAsAnUnsignedNumber) {
+  @autoreleasepool {
+    MonitorOfContexts* const monitor = [[[MonitorOfContexts alloc] init] autorelease];
+    monitor->contexts_ = [NSMutableArray array];
+    QELSetDiagnosticsMonitor(monitor);
+    constexpr std::uint64_t kCount = std::numeric_limits<std::uint64_t>::max();
+    QELMeasurement::monitor()->logWithLevel(8, 40020, "message", kCount);
+    QELMeasurement::monitor()->logWithLevel(8, 40024, "message", "monthly", kCount);
+    QELSetDiagnosticsMonitor(nil);
+
+    ASSERT_EQ([monitor->contexts_ count], 3u);
+    EXPECT_TRUE([[monitor->contexts_ objectAtIndex:1] isEqual:@"monthly"]);
+    for (NSUInteger i : {0u, 2u}) {
+      NSNumber* const count = [monitor->contexts_ objectAtIndex:i];
+      EXPECT_STREQ([count objCType], @encode(unsigned long long));
+      EXPECT_EQ([count unsignedLongLongValue], kCount);
+    }
+  }
+}
+
 TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
   @autoreleasepool {
     std::vector<Diagnostic> diagnostics;
@@ -200,7 +305,7 @@ TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
     EXPECT_GT([monitor retainCount], before);
     QELSetDiagnosticsMonitor(nil);
     EXPECT_EQ([monitor retainCount], before);
-    QELInAppPurchaseEventParameters(nil, nil, nil);
+    QELInAppPurchaseEventParametersFromProductAndTransactionV2(nil, nil, nil);
     EXPECT_TRUE(diagnostics.empty());
     [monitor release];
   }
@@ -222,6 +327,29 @@ TEST(IntroductoryOfferTest, IsReadByNameWhereThePlatformHasIt) {
               (Asked{"product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
                      "product.introductoryPrice", "discount.paymentMode", "discount.price",
                      "transaction.payment", "payment.quantity"}));
+  });
+}
+
+// An app may be built where the store's class is not known, so two operations go by name. The
+// payment mode is a number, which performSelector: cannot return.
+TEST(IntroductoryOfferTest, IsSentItsOperationsByNameButThePaymentMode) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    Asked performed;
+    const Outcome outcome = outcomeOfLiveObjects(introductoryOffer(), &performed);
+    EXPECT_EQ(performed, (Asked{"introductoryPrice", "price"}));
+    EXPECT_EQ(std::count(outcome.asked.begin(), outcome.asked.end(), "discount.paymentMode"), 1);
+  });
+}
+
+TEST(IntroductoryOfferTest, IsNoFreeTrialBy32BitsOfItsPaymentMode) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->introductoryPrice->paymentMode = (std::uint64_t{1} << 32) + 2;
+    const Outcome outcome = outcomeOfLiveObjects(purchase);
+    ASSERT_TRUE(outcome.event.has_value());
+    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(1990000));
   });
 }
 

@@ -129,12 +129,20 @@ TransactionValues transaction(Random& random) {
   return values;
 }
 
+// The string form of a number: mostly a small one, now and then one beyond 64 bits or no integer.
+std::string webOrderLineItemID(Random& random) {
+  static const std::vector<std::string> kUnusual = {
+      "18446744073709551615", "340282366920938463463374607431768211456", "1.5", ""};
+  if (oneIn(random, 8)) return oneOf(random, kUnusual);
+  return std::to_string(integer(random, 100));
+}
+
 QELInAppPurchaseItem entry(Random& random) {
   QELInAppPurchaseItem item;
   if (!oneIn(random, 15)) item.productID = identifier(random);
   item.purchaseDateIA5String = writtenDate(random);
   if (!oneIn(random, 12)) item.purchaseType = integer(random, 5);
-  if (oneIn(random, 3)) item.webOrderLineItemID = std::to_string(integer(random, 100));
+  if (oneIn(random, 3)) item.webOrderLineItemID = webOrderLineItemID(random);
   item.transactionID = transactionIdentifier(random);
   item.originalTransactionID = transactionIdentifier(random);
   item.isFreeTrial = oneIn(random, 3);

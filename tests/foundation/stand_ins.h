@@ -48,6 +48,21 @@
                          asked:(qel::testing::Asked*)asked;
 @end
 
+// An entry that adds itself to the list that it stands in, when it is asked for its product.
+@interface StandInEntryThatGrowsItsList : StandInEntry {
+  NSMutableArray* list_;
+}
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
+@end
+
+// A number that answers stringValue, with any text or nil, and raises when it is asked anything
+// else.
+@interface StandInNumber : NSNumber {
+  NSString* text_;
+}
+- (instancetype)initWithText:(NSString*)text;
+@end
+
 // Keeps the messages it is told.
 @interface StandInMonitor : NSObject <QELDiagnosticsMonitor> {
   std::vector<qel::testing::Diagnostic>* diagnostics_;
@@ -67,11 +82,35 @@ NSString* liveString(const std::optional<std::string>& text);
 // A decimal number of `text`; nil for absent.
 NSDecimalNumber* liveDecimal(const std::optional<std::string>& text);
 
+// A date of `instant`; nil for absent.
+NSDate* liveDate(const std::optional<Instant>& instant);
+
+// A date `time` seconds after 2001 began: any time, also one that no calendar has or that is not a
+// number.
+NSDate* dateOfTime(double time);
+
 // The text of `string`, read unit by unit.
 std::string textOfLiveString(NSString* string);
 
-// What the entry point makes of `purchase` when its records are live objects.
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase);
+// The name of the exception that `body` lets through; empty for none.
+template <typename Body>
+std::string raisedBy(Body body) {
+  std::string name;
+  @try {
+    body();
+  } @catch (NSException* exception) {
+    name = textOfLiveString([exception name]);
+  }
+  return name;
+}
+
+// What the entry point makes of `purchase` when its records are live objects. Appends to
+// `performed`, if not null, the operations that the product and its offer are sent by
+// performSelector:.
+Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed = nullptr);
+
+// The same with `receipt` in place of the purchase's own.
+Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt);
 
 }  // namespace qel::testing
 

@@ -8,6 +8,7 @@
 using qel::testing::Asked;
 using qel::testing::Diagnostic;
 using qel::testing::DiscountValues;
+using qel::testing::liveDate;
 using qel::testing::liveDecimal;
 using qel::testing::liveString;
 using qel::testing::ProductValues;
@@ -23,13 +24,8 @@ NSNumber* liveInteger(const std::optional<std::int64_t>& integer) {
   return integer.has_value() ? [NSNumber numberWithLongLong:*integer] : nil;
 }
 
-NSDate* liveDate(const std::optional<qel::Instant>& instant) {
-  if (!instant.has_value()) return nil;
-  constexpr std::int64_t kReferenceDate = 978307200;
-  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
-                                                                            kReferenceDate) +
-                                                        instant->nanoseconds * 1e-9];
-}
+// The list that operations sent by performSelector: are noted in.
+Asked* performedOperations = nullptr;
 
 }  // namespace
 
@@ -84,6 +80,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
   }
   return [super instancesRespondToSelector:selector];
 }
+- (id)performSelector:(SEL)selector {
+  note(performedOperations, sel_getName(selector));
+  return [super performSelector:selector];
+}
 @end
 
 @implementation StandInProduct
@@ -116,6 +116,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
     note(asked_, "product.answersIntroductoryPrice");
   }
   return [super respondsToSelector:selector];
+}
+- (id)performSelector:(SEL)selector {
+  note(performedOperations, sel_getName(selector));
+  return [super performSelector:selector];
 }
 @end
 
@@ -213,7 +217,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 - (NSNumber*)webOrderLineItemID {
   note(asked_, "entry.webOrderLineItemID");
-  return liveDecimal(values_->webOrderLineItemID);
+  if (!values_->webOrderLineItemID.has_value()) return nil;
+  // The platform writes some decimal numbers in another way than they were read.
+  NSString* const text = liveString(values_->webOrderLineItemID);
+  return [[[StandInNumber alloc] initWithText:text] autorelease];
 }
 - (NSString*)transactionID {
   note(asked_, "entry.transactionID");
@@ -230,6 +237,46 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 - (BOOL)isIntroductoryOffer {
   note(asked_, "entry.isIntroductoryOffer");
   return values_->isIntroductoryOffer;
+}
+@end
+
+@implementation StandInEntryThatGrowsItsList
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
+  if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
+  return self;
+}
+- (NSString*)productID {
+  [list_ addObject:self];
+  return [super productID];
+}
+@end
+
+@implementation StandInNumber
+- (instancetype)initWithText:(NSString*)text {
+  if ((self = [super init]) != nil) text_ = [text copy];
+  return self;
+}
+- (void)dealloc {
+  [text_ release];
+  [super dealloc];
+}
+- (NSString*)stringValue {
+  return text_;
+}
+@end
+
+@interface DateOfAnyTime : NSDate {
+  double time_;
+}
+@end
+
+@implementation DateOfAnyTime
+- (instancetype)initWithTimeIntervalSinceReferenceDate:(NSTimeInterval)time {
+  time_ = time;
+  return self;
+}
+- (NSTimeInterval)timeIntervalSinceReferenceDate {
+  return time_;
 }
 @end
 
@@ -321,6 +368,18 @@ NSDecimalNumber* liveDecimal(const std::optional<std::string>& text) {
   return [NSDecimalNumber decimalNumberWithString:liveString(text)];
 }
 
+NSDate* liveDate(const std::optional<Instant>& instant) {
+  if (!instant.has_value()) return nil;
+  constexpr std::int64_t kReferenceDate = 978307200;
+  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
+                                                                            kReferenceDate) +
+                                                        instant->nanoseconds * 1e-9];
+}
+
+NSDate* dateOfTime(double time) {
+  return [[[DateOfAnyTime alloc] initWithTimeIntervalSinceReferenceDate:time] autorelease];
+}
+
 std::string textOfLiveString(NSString* string) {
   std::string text;
   for (NSUInteger i = 0; i < [string length]; ++i) {
@@ -341,7 +400,20 @@ std::string textOfLiveString(NSString* string) {
   return text;
 }
 
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
+Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed) {
+  @autoreleasepool {
+    NSMutableArray* const receipt = [NSMutableArray array];
+    for (const QELInAppPurchaseItem& item : purchase.receipt) {
+      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
+    }
+    performedOperations = performed;
+    Outcome outcome = outcomeWithReceipt(purchase, receipt);
+    performedOperations = nullptr;
+    return outcome;
+  }
+}
+
+Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt) {
   Outcome outcome;
   @autoreleasepool {
     id product = nil;
@@ -355,16 +427,12 @@ Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
       transaction = [[[StandInTransaction alloc] initWithValues:&*values
                                                           asked:&outcome.asked] autorelease];
     }
-    NSMutableArray* const receipt = [NSMutableArray array];
-    for (const QELInAppPurchaseItem& item : purchase.receipt) {
-      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
-    }
     askedOfDiscountClass = &outcome.asked;
     QELSetDiagnosticsMonitor(
         [[[StandInMonitor alloc] initWithList:&outcome.diagnostics] autorelease]);
 
     NSDictionary<NSString*, id>* const event =
-        QELInAppPurchaseEventParameters(product, transaction, receipt);
+        QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
 
     QELSetDiagnosticsMonitor(nil);
     askedOfDiscountClass = nullptr;

@@ -8,6 +8,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "qel/export.h"
+
 #ifndef NS_SWIFT_NAME
 #define NS_SWIFT_NAME(name)
 #endif
@@ -22,7 +24,8 @@ NS_ASSUME_NONNULL_BEGIN
 extern "C" {
 #endif
 
-// One in-app purchase entry of an app's receipt, as the app's receipt parser reads it.
+// One in-app purchase entry of an app's receipt, as the app's receipt parser reads it. The
+// functions below state which operations they ask, and when.
 NS_SWIFT_NAME(InAppPurchaseItem)
 @protocol QELInAppPurchaseItem <NSObject>
 
@@ -35,7 +38,9 @@ NS_SWIFT_NAME(InAppPurchaseItem)
 // with intValue; nil reads 0.
 - (nullable NSNumber*)purchaseType;
 
-// A signed 64-bit integer on the entries of subscriptions, otherwise nil.
+// Any number on the entries of subscriptions, otherwise nil. Only its presence and its stringValue
+// are used, so that a number of any size enters the deduplication identifier unchanged. A nil
+// stringValue counts as an empty one.
 - (nullable NSNumber*)webOrderLineItemID;
 
 - (nullable NSString*)transactionID;
@@ -76,35 +81,65 @@ NS_SWIFT_NAME(DiagnosticsMonitor)
 @end
 
 // Keys of an event that the rest of an app looks up: "invalid", "sub_convert" and "sub_renew".
-FOUNDATION_EXPORT NSString* const kQELParameterInAppPurchaseInvalid;
-FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionConversion;
-FOUNDATION_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterInAppPurchaseInvalid;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionConversion;
+FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 
 // Returns the parameters of the event for one purchase, or nil when the records cannot yield a
 // sound event. Names are NSString; identifiers are NSString too, except "_did"; everything else is
 // an NSNumber of a signed 64-bit integer (longLongValue), amounts in micros of the currency.
 //
-// Each entry is asked each of its operations once, in the order of the protocol, before the store's
-// objects are asked anything. These are asked during the call only, each operation when its answer
-// is needed. The store's record of an introductory offer is looked up by name, so that an app may
-// run where the store does not have it yet.
+// Asks the product for its identifier first. Reports a rejection to the monitor and returns nil if
+// the product is nil, its identifier is nil or empty, or the transaction is nil; then neither the
+// list nor an entry is asked anything. A nil list counts as an empty one.
+//
+// Otherwise asks each entry, from first to last, each of its operations once, in the order of the
+// protocol. After the last entry, asks the store's objects, each operation when its answer is
+// needed. Nothing is asked after the call. The store's record of an introductory offer is looked up
+// by name, so that an app may run where the store does not have it yet.
 //
 // An exception that the list or an entry raises, the one for a list that is changed while it is
 // read included, goes through to the caller. One that an object of the store raises ends the
 // program.
 //
 // Threads: any, several calls at once, each with its own arguments.
-FOUNDATION_EXPORT NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParameters(
-    SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
-    NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
-    NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+FOUNDATION_EXPORT QEL_EXPORT
+    NSDictionary<NSString*, id>* _Nullable QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
+        NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
+        NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+
+// Returns the entries of `items` that are for the product `productIdentifier` and were bought at
+// exactly `date`, earliest first; the last is the latest purchase. Without a date, only the product
+// counts; with a nil or empty identifier, only the date. Entries of equal date keep their order in
+// `items`.
+//
+// A date with a fraction of a second matches no entry. An entry without a readable purchase date
+// matches no date; where only the product counts, it comes before all dated entries.
+//
+// The result is a new array of the caller's own entry objects; it is empty if no entry matches. An
+// entry that stands twice in `items` is returned twice. Returns nil if `items` is nil or empty, or
+// if there is neither an identifier that is not empty nor a date; then no entry is asked anything.
+//
+// Asks each entry, from first to last, for its purchaseDateIA5String and then for its productID,
+// and for nothing else. Nothing is asked after the call.
+//
+// An exception that the list or an entry raises, the one for a list that is changed while it is
+// read included, goes through to the caller.
+//
+// Threads: any, several calls at once, each with its own list.
+FOUNDATION_EXPORT QEL_EXPORT
+    NSArray<id<QELInAppPurchaseItem>>* _Nullable QELMatchingInAppPurchaseItems(
+        NSArray<id<QELInAppPurchaseItem>>* _Nullable items, NSString* _Nullable productIdentifier,
+        NSDate* _Nullable date)
+        NS_SWIFT_NAME(matchingInAppPurchaseItems(_:productIdentifier:date:));
 
 // Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
 // that. The one before may still receive the messages that are under way.
 //
 // Threads: safe from any thread, also while purchases are reported.
-FOUNDATION_EXPORT void QELSetDiagnosticsMonitor(id<QELDiagnosticsMonitor> _Nullable monitor)
-    NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
+FOUNDATION_EXPORT QEL_EXPORT void QELSetDiagnosticsMonitor(
+    id<QELDiagnosticsMonitor> _Nullable monitor) NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
 
 #ifdef __cplusplus
 }  // extern "C"
