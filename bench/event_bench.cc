@@ -1,4 +1,4 @@
-// What one event costs, through the exported function.
+// The cost of an event, through the exported function.
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +21,7 @@ void measureEvents(benchmark::State& state, const Purchases& purchases) {
   auto purchase = purchases.begin();
   for (auto _ : state) {
     benchmark::DoNotOptimize(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-        &purchase->product, &purchase->transaction, purchase->receipt));
+        &purchase->productRecord, &purchase->transactionRecord, purchase->receipt));
     if (++purchase == purchases.end()) purchase = purchases.begin();
   }
   state.counters["allocs"] = benchmark::Counter(
@@ -57,17 +57,16 @@ void BM_EventIntroductoryOffer(benchmark::State& state) {
 }
 BENCHMARK(BM_EventIntroductoryOffer)->Name("BM_Event/introductory_offer");
 
-// A subscription that the receipt does not hold at the transaction's date.
+// A subscription without an entry at the transaction's date.
 void BM_EventInvalid(benchmark::State& state) {
   SamplePurchase purchase(2);
-  ++purchase.transaction.date->seconds;
+  ++purchase.transaction.transactionDate->seconds;
   measureEvent(state, purchase);
 }
 BENCHMARK(BM_EventInvalid)->Name("BM_Event/invalid");
 
-// As in life, each receipt is new to the caches and to the branch predictor: many of the same size
-// take turns, 100000 entries in all where they are large. Otherwise the growth would be that of the
-// caches.
+// Many receipts of the same size take turns, 100000 entries in all for the large ones, so that each
+// is new to the caches and to the branch predictor, as in production.
 void BM_EventReceipt(benchmark::State& state, ReceiptOrder order) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const std::size_t count = std::min<std::size_t>(100000 / size, 1000);

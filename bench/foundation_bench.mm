@@ -18,7 +18,7 @@ bool findsEntryWithTextAfterTheEnd(EntryPoint entryPoint, const char* text) {
   *sample.entries[1].purchaseDateIA5String += text;
   const LivePurchase purchase = livePurchaseOf(sample);
   NSDictionary* const event = entryPoint(purchase.product, purchase.transaction, purchase.receipt);
-  return [event count] > 0 && [event objectForKey:kQELParameterInAppPurchaseInvalid] == nil;
+  return [event count] > 0 && [event objectForKey:(::kQELParameterInAppPurchaseInvalid)] == nil;
 }
 
 // Measures a renewal. Text after the end of a date tells the readers apart, so that neither is

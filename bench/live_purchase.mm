@@ -116,22 +116,22 @@ NSDate* dateOf(const Instant& instant) {
   return [[NSDate alloc] initWithTimeIntervalSince1970:static_cast<double>(instant.seconds)];
 }
 
-BenchProduct* productOf(const SampleProduct& sample) {
+BenchProduct* productOf(const PlainProduct& sample) {
   BenchProduct* const product = [[BenchProduct alloc] init];
-  product->productIdentifier_ = stringOf(sample.productIdentifier());
+  product->productIdentifier_ = stringOf(sample.productIdentifier);
   product->price_ = [[NSDecimalNumber alloc] initWithMantissa:499 exponent:-2 isNegative:NO];
   product->priceLocale_ = [[NSLocale alloc] initWithLocaleIdentifier:@"de_DE"];
-  product->localizedTitle_ = stringOf(sample.localizedTitle());
+  product->localizedTitle_ = stringOf(sample.localizedTitle);
   return product;
 }
 
-BenchTransaction* transactionOf(const SampleTransaction& sample) {
+BenchTransaction* transactionOf(const PlainTransaction& sample) {
   BenchTransaction* const transaction = [[BenchTransaction alloc] init];
-  transaction->transactionIdentifier_ = stringOf(sample.identifier);
+  transaction->transactionIdentifier_ = stringOf(sample.transactionIdentifier);
   transaction->originalTransaction_ = [[BenchTransaction alloc] init];
   transaction->originalTransaction_->transactionIdentifier_ =
-      stringOf(sample.original->transactionIdentifier());
-  transaction->transactionDate_ = dateOf(*sample.date);
+      stringOf(sample.originalTransaction->transactionIdentifier);
+  transaction->transactionDate_ = dateOf(*sample.transactionDate);
   transaction->payment_ = [[BenchPayment alloc] init];
   return transaction;
 }

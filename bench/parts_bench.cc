@@ -1,4 +1,4 @@
-// What the parts of an event cost, each alone.
+// The cost of the parts of an event, each alone.
 
 #include <benchmark/benchmark.h>
 
@@ -44,7 +44,7 @@ BENCHMARK(BM_Digest);
 
 void BM_Matching(benchmark::State& state) {
   const SamplePurchase purchase(static_cast<std::size_t>(state.range(0)));
-  const OptionalText identifier = purchase.product.productIdentifier();
+  const OptionalText identifier = purchase.product.productIdentifier;
   for (auto _ : state) {
     benchmark::DoNotOptimize(
         QELMatchingInAppPurchaseItems(purchase.receipt, identifier, std::nullopt));

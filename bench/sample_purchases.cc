@@ -38,9 +38,14 @@ SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned se
   if (order == ReceiptOrder::kReversed) std::reverse(hours.begin(), hours.end());
   if (order == ReceiptOrder::kRandom) std::shuffle(hours.begin(), hours.end(), std::mt19937(seed));
 
+  product = {.productIdentifier = "com.example.app.monthly",
+             .price = Decimal::fromString("4.99"),
+             .priceLocaleCurrencyCode = "EUR",
+             .localizedTitle = "Monthly plan",
+             .introductoryPrice = PlainDiscount{.price = Decimal::fromString("1.99")}};
   for (const int hour : hours) {
     QELInAppPurchaseItem& entry = entries.emplace_back();
-    entry.productID = product.productIdentifier();
+    entry.productID = product.productIdentifier;
     entry.purchaseDateIA5String = writtenHour(start + std::chrono::hours(hour));
     entry.purchaseType = 3;
     entry.webOrderLineItemID = std::to_string(kFirstLineItem + hour);
@@ -50,13 +55,10 @@ SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned se
   receipt.assign(entries.begin(), entries.end());
 
   const int latest = static_cast<int>(size) - 1;
-  originalIdentifier = std::to_string(kFirstIdentifier);
-  original.identifier = originalIdentifier;
-  latestIdentifier = std::to_string(kFirstIdentifier + latest);
-  transaction.identifier = latestIdentifier;
-  transaction.original = &original;
   const std::chrono::sys_seconds date = start + std::chrono::hours(latest);
-  transaction.date = Instant{.seconds = date.time_since_epoch().count()};
+  transaction = {.transactionIdentifier = std::to_string(kFirstIdentifier + latest),
+                 .originalTransaction = PlainOriginalTransaction{std::to_string(kFirstIdentifier)},
+                 .transactionDate = Instant{.seconds = date.time_since_epoch().count()}};
 }
 
 }  // namespace qel::bench

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base_parameters.h"
 #include "event_builder.h"
 #include "qel/event_parameters.h"
 #include "qel/receipt_item.h"

@@ -1,5 +1,3 @@
-#include "receipt_matching.h"
-
 #import "qel/foundation.h"
 
 #include <cstddef>
@@ -8,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "match_criterion.h"
 #include "qel/receipt_matching.h"
 #include "strong.h"
 #include "text_conversion.h"
