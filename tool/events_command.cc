@@ -38,11 +38,11 @@ struct Counts {
   }
 };
 
-// A block of lines on its way through the stages, and what came of it.
+// A block of lines and its results.
 struct Work {
   LineBlock block;
   TextBuffer output;
-  // Of the line that is worked on.
+  // Diagnostics of the line in progress.
   TextBuffer diagnostics;
   Counts counts;
 };
@@ -85,7 +85,7 @@ void complain(const std::string& what, const std::error_code& error) {
   std::fprintf(stderr, "qel-purchase: %s: %s\n", what.c_str(), error.message().c_str());
 }
 
-// The input's descriptor, closed at the end unless it is standard input.
+// The descriptor of the input. Closed at the end unless it is standard input.
 class Input {
  public:
   explicit Input(const std::string& path)
@@ -101,7 +101,7 @@ class Input {
 
   int descriptor() const { return descriptor_; }
 
-  // The size in bytes, where it is known.
+  // Returns the size in bytes, or std::nullopt if it is not known.
   std::optional<std::uint64_t> size() const {
     struct stat status = {};
     if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
@@ -113,7 +113,7 @@ class Input {
   const int descriptor_;
 };
 
-// One run over one input: reads blocks, works on several at once, writes them in their order.
+// One run over one input: reads blocks, processes several in parallel, writes them in order.
 class Run {
  public:
   Run(const EventsOptions& options, const Input& input)
@@ -124,7 +124,7 @@ class Run {
           return std::make_unique<PurchaseReader>(
               options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors);
         }),
-        // A block waits for its turn while others are worked on.
+        // One block waits to be processed and one to be written while the others are processed.
         works_(static_cast<std::size_t>(options.jobs) + 2) {}
 
   void execute() {
@@ -149,21 +149,21 @@ class Run {
     progress_.erase();
   }
 
-  // What came of the lines that were read.
+  // Number of lines that were processed.
   const Counts& counts() const { return counts_; }
 
-  // How many lines of results were written.
+  // Number of lines of results that were written.
   std::uint64_t writtenLines() const { return writtenLines_; }
 
-  // The failures of the two ends; no error where there was none.
+  // Failure of the input, and of the output. No error if there was none.
   const std::error_code& readError() const { return readError_; }
   const std::error_code& writeError() const { return writeError_; }
 
  private:
-  // The next block to work on; null at the end of the run.
+  // Returns the next block to process, or null at the end of the run.
   Work* readNext() {
     if (hasWriteFailed_ || isInterrupted()) return nullptr;
-    // Blocks leave in the order in which they came, so the oldest one is free again.
+    // Blocks are written in the order in which they were read, so the oldest one is free again.
     Work& work = works_[nextWork_++ % works_.size()];
     try {
       return reader_.next(work.block) ? &work : nullptr;
@@ -199,7 +199,7 @@ class Run {
   std::uint64_t doneBytes_ = 0;
   std::error_code readError_;
   std::error_code writeError_;
-  // Tells the reading end of the writing end's failure.
+  // Stops reading after writing has failed.
   std::atomic<bool> hasWriteFailed_ = false;
 };
 

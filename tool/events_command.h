@@ -1,4 +1,4 @@
-// The subcommand `events`: purchases in, events out.
+// The subcommand `events`: reads purchases, writes events.
 
 #ifndef QEL_TOOL_EVENTS_COMMAND_H_
 #define QEL_TOOL_EVENTS_COMMAND_H_
@@ -15,24 +15,24 @@ enum ExitStatus : int {
   kAllRead = 0,
   kSomeRejected = 1,
   kFailed = 2,        // wrong usage, or input or output that fails
-  kInterrupted = 130  // as a shell reports the end by SIGINT
+  kInterrupted = 130  // what a shell reports for a program that SIGINT ended
 };
 
 struct EventsOptions {
   // Path of the input; - is standard input.
   std::string input = "-";
-  // The number of the input's first line: more than 1 when it is a part of a larger input.
+  // Number of the first line of the input. More than 1 if it is a part of a larger input.
   std::uint64_t firstLineNumber = 1;
   bool ignoresUnknownKeys = false;
   Int64Form int64Form = Int64Form::kNumber;
-  // Threads to work on; at least 1.
+  // Number of threads, at least 1.
   int jobs = 1;
   bool showsProgress = true;
 };
 
-// Reads JSON Lines from the input and writes one line for each, in the same order, to standard
-// output. Tells on standard error what went wrong, and at the end how many purchases were read and
-// rejected.
+// Reads JSON Lines from the input and writes one line for each to standard output, in the same
+// order. Writes errors, and at the end the number of purchases read and rejected, to standard
+// error.
 ExitStatus runEvents(const EventsOptions& options);
 
 }  // namespace qel::tool

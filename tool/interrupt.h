@@ -1,19 +1,19 @@
-// The interrupt from the keyboard, as something that a wait can see.
+// SIGINT, as a flag and as a file descriptor that poll() can wait for.
 
 #ifndef QEL_TOOL_INTERRUPT_H_
 #define QEL_TOOL_INTERRUPT_H_
 
 namespace qel::tool {
 
-// From now on, unless SIGINT is ignored, the first only makes `isInterrupted` true and
-// `interruptDescriptor` readable; the second ends the program as ever. Called once, before other
+// Catches the first SIGINT: it makes `isInterrupted` true and `interruptDescriptor` readable. The
+// second one ends the program. Does nothing if SIGINT is ignored. Must be called once, before other
 // threads start. Throws std::system_error.
 void catchInterrupt();
 
-// Whether a SIGINT has come.
+// Returns whether a SIGINT was received.
 bool isInterrupted();
 
-// A file descriptor that becomes, and stays, readable when a SIGINT comes.
+// Returns a file descriptor that becomes readable with the first SIGINT, and stays so.
 int interruptDescriptor();
 
 }  // namespace qel::tool

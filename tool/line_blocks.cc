@@ -14,10 +14,10 @@
 namespace qel::tool {
 namespace {
 
-// Large enough that a read costs little, small enough for a few blocks to stay in the caches.
+// Large enough to make read() cheap, small enough for a few blocks to stay in the caches.
 constexpr std::size_t kReadSize = std::size_t{256} * 1024;
 
-// Waits until the descriptor can be read; false when an interrupt comes first.
+// Waits until the descriptor can be read. Returns false if there is an interrupt first.
 bool waitForInput(int descriptor) {
   std::array<pollfd, 2> waits = {{{.fd = descriptor, .events = POLLIN, .revents = 0},
                                   {.fd = interruptDescriptor(), .events = POLLIN, .revents = 0}}};
@@ -40,7 +40,7 @@ void split(std::string_view text, std::vector<std::string_view>& lines) {
 
 std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) const {
   const std::size_t needed = size + kReadSize + JsonReader::kPadding;
-  // Doubled, so that a very long line is not copied again for every read.
+  // Doubled, so that a very long line is not copied for every read().
   if (block.memory.size() < needed) block.memory.resize(std::max(needed, 2 * size));
   const std::size_t room = block.memory.size() - size - JsonReader::kPadding;
   while (waitForInput(descriptor_)) {
@@ -84,7 +84,7 @@ void writeAll(int descriptor, std::string_view text) {
     if (count >= 0) {
       text.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno == EAGAIN) {
-      // Somebody made the descriptor non-blocking, and its reader is slow.
+      // The descriptor is non-blocking, and its reader is slow.
       pollfd wait = {.fd = descriptor, .events = POLLOUT, .revents = 0};
       poll(&wait, 1, -1);
     } else if (errno != EINTR) {

@@ -1,4 +1,4 @@
-// Input in blocks of whole lines, and output in whole pieces.
+// Reads input in blocks of whole lines, and writes output.
 
 #ifndef QEL_TOOL_LINE_BLOCKS_H_
 #define QEL_TOOL_LINE_BLOCKS_H_
@@ -11,44 +11,45 @@
 
 namespace qel::tool {
 
-// Some whole lines of the input. Reused from block to block, so that its memory is.
+// Some whole lines of the input. Reused, so that its memory is.
 struct LineBlock {
   std::vector<char> memory;
 
   // The lines, without their newlines. JsonReader::kPadding bytes are readable after the last.
   std::vector<std::string_view> lines;
 
-  // The size of the lines in the input, newlines included, in bytes.
+  // Size of the lines in bytes, with their newlines.
   std::size_t size = 0;
 
-  // The number of the first line; lines count from 1.
+  // Number of the first line. The first of the input has the number 1.
   std::uint64_t firstLineNumber = 1;
 };
 
-// Reads a file descriptor block by block. Memory grows with the longest line only.
+// Reads a file descriptor block by block. Uses memory in proportion to the longest line.
 class LineBlockReader {
  public:
-  // The descriptor stays the caller's. Lines are numbered from `firstLineNumber` on.
+  // Does not take ownership of the descriptor. The first line gets the number `firstLineNumber`.
   explicit LineBlockReader(int descriptor, std::uint64_t firstLineNumber = 1)
       : descriptor_(descriptor), nextLineNumber_(firstLineNumber) {}
 
-  // Fills `block` with the lines that come next: as many as a read gives, and at least one. Waits
-  // for input when there is none. Returns false at the end of the input, and on an interrupt, which
-  // leaves a line that has only begun unread. Throws std::system_error when reading fails; the
-  // lines before are not lost: they have been handed out.
+  // Fills `block` with the next lines: those of one read(), at least one. Blocks until there is
+  // input. Returns false at the end of the input, and after an interrupt, which discards a line
+  // that is not complete. Throws std::system_error if reading fails; earlier lines are in earlier
+  // blocks.
   bool next(LineBlock& block);
 
  private:
-  // Reads at least one byte into the memory after `size` bytes; 0 at the end and on an interrupt.
+  // Reads into the memory after `size` bytes. Returns the number of bytes read, 0 at the end and
+  // after an interrupt.
   std::size_t readMore(LineBlock& block, std::size_t size) const;
 
   const int descriptor_;
   std::uint64_t nextLineNumber_;
-  // The start of a line whose end has not been read yet.
+  // Start of a line whose end has not been read yet.
   std::string begun_;
 };
 
-// Writes all of `text`. Throws std::system_error when that fails.
+// Writes all of `text`. Throws std::system_error if that fails.
 void writeAll(int descriptor, std::string_view text);
 
 }  // namespace qel::tool

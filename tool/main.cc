@@ -22,8 +22,8 @@ using qel::tool::ExitStatus;
 
 constexpr const char* kEventsFooter = R"(
 Reads one purchase from each line of FILE (JSON Lines), computes its event, and
-writes one line of JSON for it to standard output, in the same order. A line that
-cannot be read gives a line with an error in its place. Blank lines are skipped.
+writes one line of JSON for it to standard output, in the same order. For a line
+that cannot be read it writes a line with an error. Blank lines are skipped.
 
 Exit status: 0 all lines were read, 1 some were rejected, 2 wrong usage or a file
 that cannot be read or written, 130 interrupted.
@@ -31,19 +31,19 @@ that cannot be read or written, 130 interrupted.
 Example:
   qel-purchase events examples/purchases.jsonl | jq -c .event)";
 
-// Keeps the numbers of standard streams that are closed from the files that are opened next. What
-// takes their place can be neither read nor written, as is right for a closed stream.
+// Opens /dev/null in place of each standard stream that is closed, so that no file gets its
+// descriptor. The descriptor is opened in the wrong direction: using it fails, as on a closed
+// stream.
 void reserveStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) >= 0) continue;
-    // The lowest free number is given out, and that is this one.
+    // open() returns the lowest free descriptor, which is this one.
     [[maybe_unused]] const int reserved =
         open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
 }
 
-// Takes a number from `least` to `most` in decimal digits, and nothing else: 010 is ten, and
-// neither 0x10 nor +5 is a number.
+// Accepts a number from `least` to `most` in decimal digits: 010 is ten, 0x10 and +5 are errors.
 CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most) {
   const std::string range = "from " + std::to_string(least) + " to " + std::to_string(most);
   return CLI::Validator(
@@ -60,7 +60,7 @@ CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most) {
       range);
 }
 
-// Writes a text that the command line asked for, such as the help.
+// Writes a text that the user asked for, such as the help.
 ExitStatus show(const std::string& text) {
   std::cout << text << std::flush;
   if (std::cout) return qel::tool::kAllRead;
@@ -68,7 +68,7 @@ ExitStatus show(const std::string& text) {
   return qel::tool::kFailed;
 }
 
-// Tells what is wrong with the command line.
+// Reports an error in the command line.
 ExitStatus complain(const std::string& what) {
   std::cerr << "qel-purchase: " << what << "\nTry 'qel-purchase --help'.\n";
   return qel::tool::kFailed;
@@ -77,8 +77,8 @@ ExitStatus complain(const std::string& what) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that goes away and a file that may not grow are errors to tell, not reasons to end in
-  // silence.
+  // A closed pipe and a file size limit become errors of write(), which are reported, instead of
+  // ending the program silently.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   reserveStandardStreams();
@@ -99,12 +99,12 @@ int main(int argc, char** argv) {
                    "Ignore unknown keys instead of rejecting them");
   events->add_flag(
       "--int64-as-string", writesStrings,
-      "Write the integers of events as strings, for readers that hold numbers in doubles");
+      "Write the integers of events as strings, for readers that keep numbers in doubles");
   events
       ->add_option("--first-line", options.firstLineNumber,
                    "Number of the first line, for a part of a larger input; by default 1")
       ->transform(wholeNumber(1, std::numeric_limits<std::uint64_t>::max()));
-  events->add_option("--jobs", options.jobs, "Threads to work on; by default one for each core")
+  events->add_option("--jobs", options.jobs, "Number of threads; by default one for each core")
       ->transform(wholeNumber(1, 1024));
   events->add_flag("--quiet", isQuiet, "Show no progress on a terminal");
 

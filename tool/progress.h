@@ -1,4 +1,4 @@
-// A line on the terminal that tells how far a run has come.
+// The progress line on a terminal.
 
 #ifndef QEL_TOOL_PROGRESS_H_
 #define QEL_TOOL_PROGRESS_H_
@@ -14,13 +14,13 @@ namespace qel::tool {
 class ProgressLine {
  public:
   // Shows nothing unless standard error is a terminal and `isWanted`. `totalBytes` is the size of
-  // the input, absent where it is not known before the end.
+  // the input, absent if it is not known.
   ProgressLine(bool isWanted, std::optional<std::uint64_t> totalBytes);
 
-  // Shows the state, but not more than a few times a second.
+  // Shows the progress, at most a few times a second.
   void update(std::uint64_t doneBytes, std::uint64_t records);
 
-  // Takes the line off the terminal.
+  // Clears the line.
   void erase();
 
  private:
@@ -33,8 +33,8 @@ class ProgressLine {
   bool isOnTerminal_ = false;
 };
 
-// The text of the line: "1.5 GB of 3.0 GB, 410000 records/s, 4 s left". Without a total, or before
-// the speed is known, what depends on it is left out.
+// Returns the text of the line: "1.5 GB of 3.0 GB, 410000 records/s, 4 s left". Leaves out what is
+// not known: the total, the speed, the time left.
 std::string progressText(std::uint64_t doneBytes, std::optional<std::uint64_t> totalBytes,
                          std::uint64_t records, std::chrono::duration<double> elapsed);
 

@@ -28,7 +28,7 @@ void appendEvent(const EventParameters& event, Int64Form int64Form, TextBuffer& 
   char before = '{';
   for (const auto& [key, value] : event) {
     out.append(before);
-    // No key has a character to escape.
+    // Keys have no characters that need an escape.
     out.append('"');
     out.append(key);
     out.append("\":");

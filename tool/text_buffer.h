@@ -1,4 +1,4 @@
-// Text that is appended to, piece by piece, many times over.
+// A text buffer for appending many short pieces.
 
 #ifndef QEL_TOOL_TEXT_BUFFER_H_
 #define QEL_TOOL_TEXT_BUFFER_H_
@@ -13,15 +13,15 @@
 
 namespace qel::tool {
 
-// What std::string is for, except that appending is inlined: a piece whose size is known to the
-// compiler becomes a store or two. Writing a line takes some forty pieces.
+// Like std::string, but append is inlined: a piece of constant size becomes a store or two. A
+// result line has about forty pieces.
 class TextBuffer {
  public:
   // Valid until the buffer is changed.
   std::string_view text() const { return {memory_.data(), size_}; }
   bool empty() const { return size_ == 0; }
 
-  // Forgets the text, but not its memory.
+  // Removes the text and keeps its memory.
   void clear() { size_ = 0; }
 
   void append(std::string_view piece) {
@@ -34,7 +34,7 @@ class TextBuffer {
     ++size_;
   }
 
-  // Appends the decimal digits of `integer`, after a minus if it is negative.
+  // Appends the decimal digits of `integer`, after a minus sign if it is negative.
   void append(std::integral auto integer) {
     constexpr std::size_t kLongest = std::numeric_limits<decltype(integer)>::digits10 + 2;
     char* const digits = room(kLongest);
@@ -43,13 +43,13 @@ class TextBuffer {
   }
 
  private:
-  // Memory for `size` more characters.
+  // Returns memory for `size` more characters.
   char* room(std::size_t size) {
     if (memory_.size() - size_ < size) grow(size);
     return memory_.data() + size_;
   }
 
-  // At least doubles the memory, so that a text of many pieces is not copied for each of them.
+  // At least doubles the memory, so that the text is not copied for every piece.
   void grow(std::size_t size) { memory_.resize(std::max(2 * memory_.size(), size_ + size)); }
 
   std::vector<char> memory_;

@@ -10,10 +10,10 @@
 namespace qel::tool {
 namespace {
 
-// Where the fraction's point stands: after the whole seconds.
+// Position of the decimal point: after the whole seconds.
 constexpr std::size_t kPoint = std::string_view("2019-03-14T09:26:53").size();
 
-// The nanoseconds of the digits after the point.
+// Returns the nanoseconds of the digits after the point.
 std::int32_t nanosecondsOf(std::string_view digits) {
   constexpr std::size_t kPlaces = 9;
   std::int32_t nanoseconds = 0;
@@ -22,8 +22,7 @@ std::int32_t nanosecondsOf(std::string_view digits) {
   }
   const std::string_view finer = digits.substr(std::min(kPlaces, digits.size()));
   const bool isOnNanosecond = finer.find_first_not_of('0') == std::string_view::npos;
-  // A receipt's dates are whole seconds, so all that matters below a nanosecond is not to look
-  // whole.
+  // The dates of a receipt are whole seconds, so what matters is only that the fraction is not 0.
   return isOnNanosecond ? nanoseconds : std::max(nanoseconds, 1);
 }
 

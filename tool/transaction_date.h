@@ -1,4 +1,4 @@
-// The written form of a transaction date.
+// Parses transaction dates.
 
 #ifndef QEL_TOOL_TRANSACTION_DATE_H_
 #define QEL_TOOL_TRANSACTION_DATE_H_
@@ -10,9 +10,9 @@
 
 namespace qel::tool {
 
-// Reads an RFC 3339 timestamp as receipts write it, with an optional fraction of the second of one
-// or more digits: 2019-03-14T09:26:53.250Z. Nothing for any other text. A fraction finer than
-// nanoseconds is cut to them, but never to a whole second that it is not.
+// Parses an RFC 3339 timestamp (see qel/rfc3339.h) with an optional fraction of a second, of one or
+// more digits: 2019-03-14T09:26:53.250Z. Returns std::nullopt for any other text. Digits after the
+// ninth are dropped, but a fraction other than 0 never becomes 0.
 std::optional<Instant> parseTransactionDate(std::string_view text);
 
 }  // namespace qel::tool

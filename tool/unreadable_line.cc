@@ -9,7 +9,7 @@
 namespace qel::tool {
 namespace {
 
-// What a raw JSON string stands for, if it is well-formed.
+// Returns the text of a raw JSON string, if it is well-formed.
 std::optional<std::string> unescaped(std::string_view raw) {
   std::string text;
   if (!utf8::is_valid(raw.begin(), raw.end()) || !unescapeJsonString(raw, text)) {
@@ -22,7 +22,7 @@ std::optional<std::string> unescaped(std::string_view raw) {
 
 std::optional<std::string> idOfUnreadableLine(std::string_view line) {
   int depth = 0;
-  // Of the object at depth 1: the last key, and whether its value comes next.
+  // The last key of the object at depth 1, and whether its value comes next.
   std::optional<std::string> key;
   bool isBeforeValue = false;
   for (std::size_t position = 0; position < line.size(); ++position) {

@@ -1,4 +1,4 @@
-// What can still be told of a line that cannot be read.
+// Finds the id of a line that cannot be read.
 
 #ifndef QEL_TOOL_UNREADABLE_LINE_H_
 #define QEL_TOOL_UNREADABLE_LINE_H_
@@ -9,9 +9,8 @@
 
 namespace qel::tool {
 
-// The string under the key "id" of the object that `line` holds, as far as one can be made out: the
-// line may be cut anywhere, or be broken before or after it. Nothing when the id itself is not
-// whole.
+// Returns the string under the key "id" of the object in `line`, which may be truncated, or broken
+// before or after the id. Returns std::nullopt if there is no complete id.
 std::optional<std::string> idOfUnreadableLine(std::string_view line);
 
 }  // namespace qel::tool
