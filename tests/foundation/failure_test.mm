@@ -10,24 +10,6 @@
 
 #import "stand_ins.h"
 
-// An entry that adds itself to the list that it stands in, when it is asked for its product.
-@interface EntryThatGrowsItsList : StandInEntry {
-  NSMutableArray* list_;
-}
-- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
-@end
-
-@implementation EntryThatGrowsItsList
-- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
-  if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
-  return self;
-}
-- (NSString*)productID {
-  [list_ addObject:self];
-  return [super productID];
-}
-@end
-
 // A product of the store that has gone away.
 @interface ProductThatRaises : StandInProduct
 @end
@@ -59,18 +41,15 @@ std::string raisedFor(NSArray* receipt) {
                                                        asked:nullptr] autorelease];
   id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
                                                                asked:nullptr] autorelease];
-  std::string name;
-  @try {
+  return raisedBy([&] {
     QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
-  } @catch (NSException* exception) {
-    name = textOfLiveString([exception name]);
-  }
-  return name;
+  });
 }
 
 NSMutableArray* listThatGrows(const QELInAppPurchaseItem& item) {
   NSMutableArray* const list = [NSMutableArray array];
-  [list addObject:[[[EntryThatGrowsItsList alloc] initWithValues:&item list:list] autorelease]];
+  [list addObject:[[[StandInEntryThatGrowsItsList alloc] initWithValues:&item
+                                                                   list:list] autorelease]];
   return list;
 }
 
@@ -98,8 +77,8 @@ TEST(FailureTest, WorksOnAfterAFailure) {
 TEST(FailureTest, KeepsNothingOfAListThatWasChanged) {
   const QELInAppPurchaseItem item;
   NSMutableArray* const list = [[NSMutableArray alloc] init];
-  EntryThatGrowsItsList* const entry = [[EntryThatGrowsItsList alloc] initWithValues:&item
-                                                                                list:list];
+  StandInEntryThatGrowsItsList* const entry =
+      [[StandInEntryThatGrowsItsList alloc] initWithValues:&item list:list];
   [list addObject:entry];
   @autoreleasepool {
     EXPECT_EQ(raisedFor(list), "NSGenericException");

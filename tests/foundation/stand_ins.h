@@ -48,6 +48,13 @@
                          asked:(qel::testing::Asked*)asked;
 @end
 
+// An entry that adds itself to the list that it stands in, when it is asked for its product.
+@interface StandInEntryThatGrowsItsList : StandInEntry {
+  NSMutableArray* list_;
+}
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
+@end
+
 // A number that answers stringValue, with any text or nil, and raises when it is asked anything
 // else.
 @interface StandInNumber : NSNumber {
@@ -84,6 +91,18 @@ NSDate* dateOfTime(double time);
 
 // The text of `string`, read unit by unit.
 std::string textOfLiveString(NSString* string);
+
+// The name of the exception that `body` lets through; empty for none.
+template <typename Body>
+std::string raisedBy(Body body) {
+  std::string name;
+  @try {
+    body();
+  } @catch (NSException* exception) {
+    name = textOfLiveString([exception name]);
+  }
+  return name;
+}
 
 // What the entry point makes of `purchase` when its records are live objects.
 Outcome outcomeOfLiveObjects(const PurchaseValues& purchase);

@@ -229,6 +229,17 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
+@implementation StandInEntryThatGrowsItsList
+- (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
+  if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
+  return self;
+}
+- (NSString*)productID {
+  [list_ addObject:self];
+  return [super productID];
+}
+@end
+
 @implementation StandInNumber
 - (instancetype)initWithText:(NSString*)text {
   if ((self = [super init]) != nil) text_ = [text copy];

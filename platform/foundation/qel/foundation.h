@@ -24,7 +24,8 @@ NS_ASSUME_NONNULL_BEGIN
 extern "C" {
 #endif
 
-// One in-app purchase entry of an app's receipt, as the app's receipt parser reads it.
+// One in-app purchase entry of an app's receipt, as the app's receipt parser reads it. The
+// functions below state which operations they ask, and when.
 NS_SWIFT_NAME(InAppPurchaseItem)
 @protocol QELInAppPurchaseItem <NSObject>
 
@@ -107,6 +108,31 @@ FOUNDATION_EXPORT QEL_EXPORT
         SKProduct* _Nullable product, SKPaymentTransaction* _Nullable transaction,
         NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
         NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
+
+// Returns the entries of `items` that are for the product `productIdentifier` and were bought at
+// exactly `date`, earliest first; the last is the latest purchase. Without a date, only the product
+// counts; with a nil or empty identifier, only the date. Entries of equal date keep their order in
+// `items`.
+//
+// A date with a fraction of a second matches no entry. An entry without a readable purchase date
+// matches no date; where only the product counts, it comes before all dated entries.
+//
+// The result is a new array of the caller's own entry objects; it is empty if no entry matches. An
+// entry that stands twice in `items` is returned twice. Returns nil if `items` is nil or empty, or
+// if there is neither an identifier that is not empty nor a date; then no entry is asked anything.
+//
+// Asks each entry, from first to last, for its purchaseDateIA5String and then for its productID,
+// and for nothing else. Nothing is asked after the call.
+//
+// An exception that the list or an entry raises, the one for a list that is changed while it is
+// read included, goes through to the caller.
+//
+// Threads: any, several calls at once, each with its own list.
+FOUNDATION_EXPORT QEL_EXPORT
+    NSArray<id<QELInAppPurchaseItem>>* _Nullable QELMatchingInAppPurchaseItems(
+        NSArray<id<QELInAppPurchaseItem>>* _Nullable items, NSString* _Nullable productIdentifier,
+        NSDate* _Nullable date)
+        NS_SWIFT_NAME(matchingInAppPurchaseItems(_:productIdentifier:date:));
 
 // Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
 // that. The one before may still receive the messages that are under way.

@@ -1,12 +1,15 @@
-// Calls the builder of both interfaces in one program. Exits with 0 if both report to one monitor.
+// Calls the functions of both interfaces in one program. Exits with 0 if each has its own overload
+// and all report to one monitor.
 
 #import "qel/foundation.h"
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "qel/measurement.h"
 #include "qel/purchase_event.h"
+#include "qel/receipt_matching.h"
 
 namespace {
 
@@ -39,6 +42,11 @@ int main() {
     NSDictionary<NSString*, id>* const dictionary =
         QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
     if (dictionary != nil) return 1;
+
+    const auto items =
+        QELMatchingInAppPurchaseItems(qel::QELInAppPurchaseItemsView(), "monthly", std::nullopt);
+    if (items.has_value()) return 1;
+    if (QELMatchingInAppPurchaseItems(receipt, @"monthly", nil) != nil) return 1;
 
     if (![kQELParameterInAppPurchaseInvalid isEqual:@"invalid"]) return 1;
     if (qel::kQELParameterInAppPurchaseInvalid != "invalid") return 1;

@@ -1,5 +1,5 @@
-// Reports one purchase, whose entry in the receipt is dated February 42: only the platform's
-// formatter reads that, as March 14.
+// Reports one purchase and finds its entry in the receipt. The entry is dated February 42: only the
+// platform's formatter reads that, as March 14.
 
 #include <stdio.h>
 
@@ -103,17 +103,29 @@
 }
 @end
 
+// Returns whether matching in `receipt` by product and `date` returns `entry` itself, and matching
+// by neither returns nil.
+static BOOL isMatched(Entry* entry, NSArray* receipt, NSDate* date) {
+  NSArray<id<QELInAppPurchaseItem>>* matching =
+      QELMatchingInAppPurchaseItems(receipt, @"monthly", date);
+  return [matching count] == 1 && [matching objectAtIndex:0] == entry &&
+         QELMatchingInAppPurchaseItems(receipt, nil, nil) == nil;
+}
+
 int main(void) {
   @autoreleasepool {
+    SKPaymentTransaction* transaction = [[[SKPaymentTransaction alloc] init] autorelease];
+    Entry* entry = [[[Entry alloc] init] autorelease];
+    NSArray* receipt = [NSArray arrayWithObject:entry];
     QELSetDiagnosticsMonitor([[[Monitor alloc] init] autorelease]);
     NSDictionary<NSString*, id>* event = QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-        [[[SKProduct alloc] init] autorelease], [[[SKPaymentTransaction alloc] init] autorelease],
-        [NSArray arrayWithObject:[[[Entry alloc] init] autorelease]]);
+        [[[SKProduct alloc] init] autorelease], transaction, receipt);
     QELSetDiagnosticsMonitor(nil);
     for (NSString* key in [[event allKeys] sortedArrayUsingSelector:@selector(compare:)]) {
       printf("%s = %s\n", [key UTF8String], [[[event objectForKey:key] description] UTF8String]);
     }
     if ([event objectForKey:kQELParameterInAppPurchaseInvalid] != nil) return 1;
+    if (!isMatched(entry, receipt, [transaction transactionDate])) return 1;
   }
   return 0;
 }
