@@ -5,14 +5,41 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "own_process.h"
 #include "purchase_values.h"
+#include "qel/measurement.h"
 #include "qel/purchase_event.h"
 #import "stand_ins.h"
+
+// Keeps the contexts of the messages it receives.
+@interface MonitorOfContexts : StandInMonitor {
+ @public
+  NSMutableArray* contexts_;
+}
+@end
+
+@implementation MonitorOfContexts
+- (void)logWithLevel:(NSInteger)level
+         messageCode:(NSInteger)code
+             message:(NSString*)message
+             context:(id)context {
+  [contexts_ addObject:context];
+}
+- (void)logWithLevel:(NSInteger)level
+         messageCode:(NSInteger)code
+             message:(NSString*)message
+             context:(id)context1
+             context:(id)context2 {
+  [contexts_ addObject:context1];
+  [contexts_ addObject:context2];
+}
+@end
 
 namespace qel::testing {
 namespace {
@@ -248,6 +275,27 @@ TEST(PurchaseEventTest, TellsTheMonitorWhatAMessageIsAbout) {
                                       {*purchase.product->identifier}}}));
 }
 
+// GNUstep hands out a small number as an int, however it was made; the largest shows its type.
+TEST(MonitorTest, ReceivesACountAsAnUnsignedNumber) {
+  @autoreleasepool {
+    MonitorOfContexts* const monitor = [[[MonitorOfContexts alloc] init] autorelease];
+    monitor->contexts_ = [NSMutableArray array];
+    QELSetDiagnosticsMonitor(monitor);
+    constexpr std::uint64_t kCount = std::numeric_limits<std::uint64_t>::max();
+    QELMeasurement::monitor()->logWithLevel(8, 40020, "message", kCount);
+    QELMeasurement::monitor()->logWithLevel(8, 40024, "message", "monthly", kCount);
+    QELSetDiagnosticsMonitor(nil);
+
+    ASSERT_EQ([monitor->contexts_ count], 3u);
+    EXPECT_TRUE([[monitor->contexts_ objectAtIndex:1] isEqual:@"monthly"]);
+    for (NSUInteger i : {0u, 2u}) {
+      NSNumber* const count = [monitor->contexts_ objectAtIndex:i];
+      EXPECT_STREQ([count objCType], @encode(unsigned long long));
+      EXPECT_EQ([count unsignedLongLongValue], kCount);
+    }
+  }
+}
+
 TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
   @autoreleasepool {
     std::vector<Diagnostic> diagnostics;
@@ -279,6 +327,29 @@ TEST(IntroductoryOfferTest, IsReadByNameWhereThePlatformHasIt) {
               (Asked{"product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
                      "product.introductoryPrice", "discount.paymentMode", "discount.price",
                      "transaction.payment", "payment.quantity"}));
+  });
+}
+
+// An app may be built where the store's class is not known, so two operations go by name. The
+// payment mode is a number, which performSelector: cannot return.
+TEST(IntroductoryOfferTest, IsSentItsOperationsByNameButThePaymentMode) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    Asked performed;
+    const Outcome outcome = outcomeOfLiveObjects(introductoryOffer(), &performed);
+    EXPECT_EQ(performed, (Asked{"introductoryPrice", "price"}));
+    EXPECT_EQ(std::count(outcome.asked.begin(), outcome.asked.end(), "discount.paymentMode"), 1);
+  });
+}
+
+TEST(IntroductoryOfferTest, IsNoFreeTrialBy32BitsOfItsPaymentMode) {
+  inProcessOfItsOwn([] {
+    registerDiscountClass({});
+    PurchaseValues purchase = introductoryOffer();
+    purchase.product->introductoryPrice->paymentMode = (std::uint64_t{1} << 32) + 2;
+    const Outcome outcome = outcomeOfLiveObjects(purchase);
+    ASSERT_TRUE(outcome.event.has_value());
+    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(1990000));
   });
 }
 

@@ -104,8 +104,10 @@ std::string raisedBy(Body body) {
   return name;
 }
 
-// What the entry point makes of `purchase` when its records are live objects.
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase);
+// What the entry point makes of `purchase` when its records are live objects. Appends to
+// `performed`, if not null, the operations that the product and its offer are sent by
+// performSelector:.
+Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed = nullptr);
 
 // The same with `receipt` in place of the purchase's own.
 Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt);

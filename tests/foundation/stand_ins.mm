@@ -24,6 +24,9 @@ NSNumber* liveInteger(const std::optional<std::int64_t>& integer) {
   return integer.has_value() ? [NSNumber numberWithLongLong:*integer] : nil;
 }
 
+// The list that operations sent by performSelector: are noted in.
+Asked* performedOperations = nullptr;
+
 }  // namespace
 
 // A locale that has any text, or none, for its currency code.
@@ -77,6 +80,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
   }
   return [super instancesRespondToSelector:selector];
 }
+- (id)performSelector:(SEL)selector {
+  note(performedOperations, sel_getName(selector));
+  return [super performSelector:selector];
+}
 @end
 
 @implementation StandInProduct
@@ -109,6 +116,10 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
     note(asked_, "product.answersIntroductoryPrice");
   }
   return [super respondsToSelector:selector];
+}
+- (id)performSelector:(SEL)selector {
+  note(performedOperations, sel_getName(selector));
+  return [super performSelector:selector];
 }
 @end
 
@@ -389,13 +400,16 @@ std::string textOfLiveString(NSString* string) {
   return text;
 }
 
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase) {
+Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed) {
   @autoreleasepool {
     NSMutableArray* const receipt = [NSMutableArray array];
     for (const QELInAppPurchaseItem& item : purchase.receipt) {
       [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
     }
-    return outcomeWithReceipt(purchase, receipt);
+    performedOperations = performed;
+    Outcome outcome = outcomeWithReceipt(purchase, receipt);
+    performedOperations = nullptr;
+    return outcome;
   }
 }
 
