@@ -5,13 +5,14 @@
 #ifndef QEL_BENCH_PLATFORM_FORMATTER_H_
 #define QEL_BENCH_PLATFORM_FORMATTER_H_
 
+#include "qel/export.h"
 #import "qel/foundation.h"
 
 namespace qel::bench {
 
 // QELInAppPurchaseEventParametersFromProductAndTransactionV2, as a build with
 // QEL_DATE_FORMATTER=foundation has it.
-NSDictionary<NSString*, id>* eventThroughPlatformFormatter(
+QEL_EXPORT NSDictionary<NSString*, id>* eventThroughPlatformFormatter(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receipt);
 
