@@ -1,0 +1,128 @@
+#include "json_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "padded_line.h"
+
+namespace qel::tool {
+namespace {
+
+using testing::PaddedLine;
+
+struct Point {
+  std::optional<std::int64_t> x;
+  std::string name;
+};
+
+constexpr JsonField<Point> kPointFields[] = {
+    {"x", [](JsonValue& value, Point& point) { point.x = value.readInt64(); }},
+    {"a/b~c", [](JsonValue& value, Point& point) {
+       point.name = value.isAbsent() ? "absent" : value.readText().value_or("null");
+     }}};
+
+struct Drawing {
+  std::optional<Point> origin;
+  std::vector<Point> points;
+};
+
+constexpr JsonField<Drawing> kDrawingFields[] = {
+    {"origin",
+     [](JsonValue& value, Drawing& drawing) { value.readObject(kPointFields, drawing.origin); }},
+    {"points", [](JsonValue& value, Drawing& drawing) {
+       drawing.points.clear();
+       value.readObjects(kPointFields, [&drawing](std::size_t) -> Point& {
+         return drawing.points.emplace_back();
+       });
+     }}};
+
+class JsonReaderTest : public ::testing::Test {
+ protected:
+  void read(std::string_view text) {
+    const PaddedLine line(text);
+    reader_.read(line.view(), kDrawingFields, drawing_);
+  }
+
+  // The pointer and the message of the error, a space between them.
+  std::string errorOf(std::string_view text) {
+    try {
+      read(text);
+    } catch (const JsonError& error) {
+      return error.pointer + " " + error.message;
+    }
+    return "(no error)";
+  }
+
+  JsonReader reader_ = JsonReader(UnknownKeys::kAreErrors);
+  Drawing drawing_;
+};
+
+TEST_F(JsonReaderTest, ReadsNestedObjectsAndArrays) {
+  read(R"({"origin":{"x":1,"a/b~c":"o"},"points":[{"x":2},{"a/b~c":"p"}]})");
+  EXPECT_EQ(drawing_.origin->x, 1);
+  EXPECT_EQ(drawing_.origin->name, "o");
+  ASSERT_EQ(drawing_.points.size(), 2U);
+  EXPECT_EQ(drawing_.points[0].x, 2);
+  EXPECT_EQ(drawing_.points[1].name, "p");
+}
+
+TEST_F(JsonReaderTest, CallsTheFieldsOfKeysThatAreNotThere) {
+  read(R"({"origin":{}})");
+  EXPECT_EQ(drawing_.origin->x, std::nullopt);
+  EXPECT_EQ(drawing_.origin->name, "absent");
+}
+
+TEST_F(JsonReaderTest, TellsNullFromAbsent) {
+  read(R"({"origin":{"a/b~c":null}})");
+  EXPECT_EQ(drawing_.origin->name, "null");
+}
+
+TEST_F(JsonReaderTest, LeavesNothingOfTheTextBefore) {
+  read(R"({"origin":{"x":1,"a/b~c":"o"},"points":[{"x":2}]})");
+  read(R"({"origin":{"a/b~c":"o"}})");
+  EXPECT_EQ(drawing_.origin->x, std::nullopt);
+  EXPECT_TRUE(drawing_.points.empty());
+  read("{}");
+  EXPECT_FALSE(drawing_.origin.has_value());
+}
+
+TEST_F(JsonReaderTest, LeavesNothingOfABrokenTextBefore) {
+  EXPECT_NE(errorOf(R"({"origin":{"x":1},"points":[{"x":2},7]})"), "(no error)");
+  read("{}");
+  EXPECT_FALSE(drawing_.origin.has_value());
+  EXPECT_TRUE(drawing_.points.empty());
+}
+
+TEST_F(JsonReaderTest, ReadsKeysInAnyOrderAndWithEscapes) {
+  read(R"({"points":[],"origin":{"a\u002fb~c":"o","\u0078":3}})");
+  EXPECT_EQ(drawing_.origin->x, 3);
+  EXPECT_EQ(drawing_.origin->name, "o");
+}
+
+TEST_F(JsonReaderTest, PointsToTheValueOfAnError) {
+  EXPECT_EQ(errorOf(R"({"origin":{"a/b~c":1}})"),
+            "/origin/a~1b~0c expected a string, found a number");
+  EXPECT_EQ(errorOf(R"({"points":[{},{"x":true}]})"),
+            "/points/1/x expected an integer from -9223372036854775808 to 9223372036854775807, "
+            "found a boolean");
+  EXPECT_EQ(errorOf(R"({"points":[{},null]})"), "/points/1 expected an object, found null");
+  EXPECT_EQ(errorOf(R"({"points":7})"), "/points expected an array, found a number");
+}
+
+TEST_F(JsonReaderTest, RejectsUnknownAndDuplicateKeys) {
+  EXPECT_EQ(errorOf(R"({"origin":{"y":1}})"), "/origin/y unknown key: expected x or a/b~c");
+  EXPECT_EQ(errorOf(R"({"origin":{},"origin":{}})"),
+            "/origin duplicate key: expected each key once");
+}
+
+TEST_F(JsonReaderTest, ReadsIgnoredValuesToTheirEnd) {
+  reader_ = JsonReader(UnknownKeys::kAreIgnored);
+  read(R"({"z":[{"y":[1,"a",null,true]}],"origin":{"x":1}})");
+  EXPECT_EQ(drawing_.origin->x, 1);
+  EXPECT_EQ(errorOf(R"({"z":[01]})"), "/z broken JSON: expected a number in JSON syntax");
+}
+
+}  // namespace
+}  // namespace qel::tool
