@@ -1,4 +1,4 @@
-// The tables of written dates in docs/foundation.md: what stands there is what the readers do.
+// Compares the date readers with written_dates.tsv.
 
 #include <gtest/gtest.h>
 
@@ -22,50 +22,44 @@
 namespace qel::testing {
 namespace {
 
-// One row: the written date, and what the document says that each reader makes of it.
+constexpr const char* kNoDate = "-";
+
+// One row of the table: a text, and the date that each reader returns for it.
 struct Row {
-  std::string written;
+  std::string text;
   std::string portable;
   std::string strict;
   std::string lenient;
 };
 
-// The cells of a row of a table in Markdown, without the spaces around them.
-std::vector<std::string> cellsOf(const std::string& line) {
-  std::vector<std::string> cells;
-  std::size_t start = line.find('|');
-  for (std::size_t end; (end = line.find('|', start + 1)) != std::string::npos; start = end) {
-    std::string cell = line.substr(start + 1, end - start - 1);
-    cell.erase(0, cell.find_first_not_of(' '));
-    cell.erase(cell.find_last_not_of(' ') + 1);
-    cells.push_back(cell);
+// Returns the parts of `line` between tabs.
+std::vector<std::string> columnsOf(const std::string& line) {
+  std::vector<std::string> columns;
+  std::size_t start = 0;
+  for (std::size_t end; (end = line.find('\t', start)) != std::string::npos; start = end + 1) {
+    columns.push_back(line.substr(start, end - start));
   }
-  return cells;
+  columns.push_back(line.substr(start));
+  return columns;
 }
 
-// The rows of all tables whose first column is called "written". Their dates stand in backquotes.
-std::vector<Row> documentedRows() {
-  std::ifstream document(QEL_SOURCE_DIR "/docs/foundation.md");
+// Returns the rows of written_dates.tsv. Lines that are empty or begin with # are not rows.
+std::vector<Row> tableRows() {
+  std::ifstream table(QEL_SOURCE_DIR "/tests/foundation/written_dates.tsv");
   std::vector<Row> rows;
-  bool isInTable = false;
-  for (std::string line; std::getline(document, line);) {
-    const std::vector<std::string> cells = cellsOf(line);
-    if (cells.empty()) {
-      isInTable = false;
-    } else if (cells[0] == "written") {
-      isInTable = true;
-    } else if (isInTable && cells[0].starts_with('`')) {
-      EXPECT_EQ(cells.size(), 4u) << line;
-      if (cells.size() != 4) continue;
-      rows.push_back({cells[0].substr(1, cells[0].size() - 2), cells[1], cells[2], cells[3]});
-    }
+  for (std::string line; std::getline(table, line);) {
+    if (line.empty() || line.starts_with('#')) continue;
+    const std::vector<std::string> columns = columnsOf(line);
+    EXPECT_EQ(columns.size(), 4u) << line;
+    if (columns.size() != 4) continue;
+    rows.push_back({columns[0], columns[1], columns[2], columns[3]});
   }
   return rows;
 }
 
-// An instant as the document writes it; a dash for nothing.
-std::string documented(const std::optional<Instant>& instant) {
-  if (!instant.has_value()) return "\u2014";
+// Returns `instant` as the table has it.
+std::string tableText(const std::optional<Instant>& instant) {
+  if (!instant.has_value()) return kNoDate;
   const std::chrono::sys_seconds time{std::chrono::seconds(instant->seconds)};
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
@@ -82,7 +76,7 @@ std::string documented(const std::optional<Instant>& instant) {
   return result;
 }
 
-// A formatter that is set up as ours, and then told to be strict.
+// Returns a formatter with the settings of DateFormatter, in strict mode.
 NSDateFormatter* strictFormatter() {
   NSDateFormatter* const formatter = [[[NSDateFormatter alloc] init] autorelease];
   [formatter setLocale:[[[NSLocale alloc] initWithLocaleIdentifier:@"en_US_POSIX"] autorelease]];
@@ -92,46 +86,45 @@ NSDateFormatter* strictFormatter() {
   return formatter;
 }
 
-TEST(WrittenDatesTableTest, SaysWhatEachReaderMakesOfEachDate) {
+TEST(WrittenDatesTableTest, EachReaderReturnsTheDateInTheTable) {
   @autoreleasepool {
-    const std::vector<Row> rows = documentedRows();
-    // Short of this, the tables were not found.
+    const std::vector<Row> rows = tableRows();
+    // Fewer rows mean that the file was not found.
     ASSERT_GE(rows.size(), 90u);
     const DateFormatter lenient;
     NSDateFormatter* const strict = strictFormatter();
     for (const Row& row : rows) {
-      SCOPED_TRACE(row.written);
-      EXPECT_EQ(documented(parseRfc3339(row.written)), row.portable);
-      EXPECT_EQ(
-          documented(foundation::instantFrom([strict dateFromString:liveString(row.written)])),
-          row.strict);
-      EXPECT_EQ(documented(lenient.dateFromString(row.written)), row.lenient);
+      SCOPED_TRACE(row.text);
+      EXPECT_EQ(tableText(parseRfc3339(row.text)), row.portable);
+      EXPECT_EQ(tableText(foundation::instantFrom([strict dateFromString:liveString(row.text)])),
+                row.strict);
+      EXPECT_EQ(tableText(lenient.dateFromString(row.text)), row.lenient);
     }
   }
 }
 
-// What the document says of the tables as a whole.
-TEST(WrittenDatesTableTest, HasNoDateThatOnlyThePortableReaderReads) {
-  for (const Row& row : documentedRows()) {
-    if (row.strict == "\u2014") {
-      EXPECT_EQ(row.portable, "\u2014") << row.written;
+// docs/foundation.md states these properties of the table.
+TEST(WrittenDatesTableTest, NSDateFormatterReadsEveryDateThatThePortableReaderReads) {
+  for (const Row& row : tableRows()) {
+    if (row.strict == kNoDate) {
+      EXPECT_EQ(row.portable, kNoDate) << row.text;
     }
-    if (row.lenient == "\u2014") {
-      EXPECT_EQ(row.strict, "\u2014") << row.written;
+    if (row.lenient == kNoDate) {
+      EXPECT_EQ(row.strict, kNoDate) << row.text;
     }
-    if (row.strict != "\u2014") {
-      EXPECT_EQ(row.lenient, row.strict) << row.written;
+    if (row.strict != kNoDate) {
+      EXPECT_EQ(row.lenient, row.strict) << row.text;
     }
   }
 }
 
-// A date at random, of those that the portable reader reads and the Gregorian calendar has.
+// Returns a random date from 1582-10-16 on, in one of the forms that the portable reader accepts.
 std::string randomDate(std::mt19937_64& random) {
   constexpr std::chrono::sys_days kFirst = std::chrono::year(1582) / 10 / 16;
   constexpr std::chrono::sys_days kLast = std::chrono::year(9999) / 12 / 30;
   const auto below = [&random](auto count) { return random() % static_cast<std::uint64_t>(count); };
   const std::chrono::days days(below((kLast - kFirst).count()));
-  std::string date = documented(
+  std::string date = tableText(
       Instant{.seconds = std::chrono::sys_seconds(kFirst + days).time_since_epoch().count() +
                          static_cast<std::int64_t>(below(86400))});
   const std::uint64_t form = below(3);
@@ -147,7 +140,7 @@ std::string randomDate(std::mt19937_64& random) {
   return date;
 }
 
-TEST(WrittenDatesTableTest, AllReadTheDatesThatThePortableReaderReads) {
+TEST(WrittenDatesTableTest, AllReadersAgreeOnValidDates) {
   @autoreleasepool {
     constexpr int kDates = 20000;
     const std::uint64_t seed = std::random_device()();
