@@ -20,8 +20,8 @@ Strong<id> objectOf(const DiagnosticContext& context) {
   return Strong<id>([NSNumber numberWithUnsignedLongLong:std::get<std::uint64_t>(context)]);
 }
 
-// Hands messages to an Objective-C object. A message may come on a thread without an autorelease
-// pool, so each brings its own.
+// Passes messages to an Objective-C object. The calling thread may have no autorelease pool, so
+// each message has its own.
 class FoundationMonitor : public DiagnosticsMonitor {
  public:
   explicit FoundationMonitor(id<QELDiagnosticsMonitor> monitor) : monitor_(monitor) {}

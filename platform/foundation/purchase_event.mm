@@ -32,8 +32,8 @@ Strong<id> objectOf(const QELValue& value) {
 
 using Keys = std::array<Strong<NSString*>, kParameterKeyTexts.size()>;
 
-// The texts of the keys, in the order of ParameterKey. Made once and kept: made anew, they took a
-// quarter of the time of an event.
+// Returns the texts of the keys, in the order of ParameterKey. They are created once and never
+// freed: creating them for each event took a quarter of its time.
 const Keys& keys() {
   static const Keys* const result = [] {
     auto* const made = new Keys;
@@ -61,7 +61,7 @@ std::optional<EventParameters> eventOf(id product, id transaction,
       product != nil ? &productRecord : nullptr, transaction != nil ? &transactionRecord : nullptr);
   if (!productIdentifier.has_value()) return std::nullopt;
 
-  // The list is read here and not inside the component, which lets no exception through.
+  // Read here, because an exception of the list may propagate, and none may leave buildEvent.
   const std::vector<QELInAppPurchaseItem> items = receiptItemsFrom(receiptItems);
   const QELInAppPurchaseItems references(items.begin(), items.end());
   return buildEvent(*productIdentifier, productRecord, transactionRecord, references);
@@ -74,8 +74,8 @@ NSDictionary<NSString*, id>* QELInAppPurchaseEventParametersFromProductAndTransa
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receiptItems) {
   qel::foundation::Strong<NSDictionary*> result;
-  // What the store's objects and the receipt hand out ends here, however long the caller's own pool
-  // lives. When an exception goes through, the caller's pool takes it over.
+  // Frees temporary objects of the store and the receipt here, even if the caller's pool lives
+  // long. If an exception propagates, the caller's pool frees them.
   @autoreleasepool {
     const std::optional<qel::EventParameters> event =
         qel::foundation::eventOf(product, transaction, receiptItems);

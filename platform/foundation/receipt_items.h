@@ -1,4 +1,4 @@
-// The receipt's entries as the library's own records.
+// Converts the receipt's entries into the library's records.
 
 #ifndef QEL_PLATFORM_FOUNDATION_RECEIPT_ITEMS_H_
 #define QEL_PLATFORM_FOUNDATION_RECEIPT_ITEMS_H_
@@ -11,8 +11,8 @@
 
 namespace qel::foundation {
 
-// Reads every entry of `items`, from first to last; none for nil. Lets through what the list or an
-// entry raises.
+// Returns the records of all entries of `items`, in their order. Returns an empty vector for nil.
+// An exception that the list or an entry raises propagates.
 std::vector<QELInAppPurchaseItem> receiptItemsFrom(NSArray<id<QELInAppPurchaseItem>>* items);
 
 }  // namespace qel::foundation

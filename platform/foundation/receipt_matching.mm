@@ -15,7 +15,7 @@
 namespace qel::foundation {
 namespace {
 
-// Reads what matching uses of `entry`, the date first.
+// Returns a record with the two fields that matching uses. Reads the date first.
 QELInAppPurchaseItem matchedFieldsOf(id<QELInAppPurchaseItem> entry) {
   QELInAppPurchaseItem result;
   result.purchaseDateIA5String = textFrom([entry purchaseDateIA5String]);
@@ -23,14 +23,14 @@ QELInAppPurchaseItem matchedFieldsOf(id<QELInAppPurchaseItem> entry) {
   return result;
 }
 
-// Returns the entries that match, or nil.
+// Returns the entries that match, or nil if there is nothing to match.
 Strong<NSArray*> matchingEntries(NSArray<id<QELInAppPurchaseItem>>* entries,
                                  NSString* productIdentifier, NSDate* date) {
   const std::optional<std::string> identifier = textFrom(productIdentifier);
   const std::optional<Instant> instant = instantFrom(date);
   if (!hasCriterion(identifier, instant)) return Strong<NSArray*>();
 
-  // An entry is retained before it is asked: its list may release it meanwhile.
+  // Retains each entry before calling it, because the call may make the list release it.
   std::vector<Strong<id>> retained;
   std::vector<QELInAppPurchaseItem> items;
   for (id<QELInAppPurchaseItem> entry in entries) {
@@ -57,8 +57,8 @@ Strong<NSArray*> matchingEntries(NSArray<id<QELInAppPurchaseItem>>* entries,
 NSArray<id<QELInAppPurchaseItem>>* QELMatchingInAppPurchaseItems(
     NSArray<id<QELInAppPurchaseItem>>* items, NSString* productIdentifier, NSDate* date) {
   qel::foundation::Strong<NSArray*> result;
-  // What the entries hand out ends here. When an exception goes through, the caller's pool takes it
-  // over.
+  // Frees temporary objects of the entries here. If an exception propagates, the caller's pool
+  // frees them.
   @autoreleasepool {
     result = qel::foundation::matchingEntries(items, productIdentifier, date);
   }

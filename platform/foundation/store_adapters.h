@@ -1,7 +1,7 @@
-// The store's live objects as the records that the component asks.
+// Store records over the store's live objects.
 //
-// Each operation asks the object for the same, when it is asked itself and as often. An exception
-// that an object raises ends the program: the component does not let it through.
+// Each call of an operation calls the operation of the same name of the object once. An exception
+// that an object raises ends the program.
 
 #ifndef QEL_PLATFORM_FOUNDATION_STORE_ADAPTERS_H_
 #define QEL_PLATFORM_FOUNDATION_STORE_ADAPTERS_H_
@@ -37,7 +37,7 @@ class FoundationProduct : public StoreProduct {
   OptionalText priceLocaleCurrencyCode() const noexcept override;
   OptionalText localizedTitle() const noexcept override;
 
-  // Looks the class up; the next two ask the class that was found.
+  // Looks up the class. The next two operations use the class that was found.
   bool hasDiscountClass() const noexcept override;
   bool discountsAnswerPrice() const noexcept override;
   bool discountsAnswerPaymentMode() const noexcept override;
@@ -48,7 +48,7 @@ class FoundationProduct : public StoreProduct {
   const Strong<id<QELStoreProductOperations>> product_;
   mutable Class discountClass_ = Nil;
 
-  // The answers last given, which live until the same is asked again.
+  // The last answer of each operation, valid until the operation is called again.
   mutable std::optional<std::string> productIdentifier_;
   mutable std::optional<std::string> currencyCode_;
   mutable std::optional<std::string> localizedTitle_;
@@ -78,7 +78,7 @@ class FoundationTransaction : public StoreTransaction {
  private:
   const Strong<id<QELStoreTransactionOperations>> transaction_;
 
-  // The answers last given, which live until the same is asked again.
+  // The last answer of each operation, valid until the operation is called again.
   mutable std::optional<std::string> transactionIdentifier_;
   mutable std::unique_ptr<const FoundationTransaction> originalTransaction_;
   mutable std::optional<FoundationPayment> payment_;

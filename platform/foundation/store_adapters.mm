@@ -6,7 +6,7 @@
 namespace qel::foundation {
 namespace {
 
-// Puts `object` behind a record that lives in `slot` until the next one; null for nil.
+// Stores a record of `object` in `slot` and returns it. Returns null for nil.
 template <typename Record, typename Object>
 const Record* recordOf(Object object, std::optional<Record>& slot) {
   slot.reset();

@@ -1,12 +1,12 @@
-// What the store's objects are asked, under the store framework's own names. Any object that
-// answers these operations can stand in the place of the store's.
+// The operations of the store's objects that the library calls, under the store framework's names.
+// Any object with these operations can replace the store's.
 
 #ifndef QEL_PLATFORM_FOUNDATION_STORE_OPERATIONS_H_
 #define QEL_PLATFORM_FOUNDATION_STORE_OPERATIONS_H_
 
 #import <Foundation/Foundation.h>
 
-// An SKProductDiscount. The class came late to the store, so it is found by its name at run time.
+// An SKProductDiscount. Older systems lack the class, so it is looked up by name at run time.
 @protocol QELStoreDiscountOperations <NSObject>
 - (NSDecimalNumber*)price;
 - (NSUInteger)paymentMode;

@@ -1,6 +1,6 @@
-// Ownership of Objective-C objects, with automatic reference counting or without.
+// Ownership of Objective-C objects, with or without automatic reference counting (ARC).
 //
-// Nothing else in these sources retains, releases or asks which of the two is on.
+// Only this header retains, releases, or tests whether ARC is on.
 
 #ifndef QEL_PLATFORM_FOUNDATION_STRONG_H_
 #define QEL_PLATFORM_FOUNDATION_STRONG_H_
@@ -21,14 +21,15 @@ inline void release(id object) { [object release]; }
 inline id autorelease(id object) { return [object autorelease]; }
 #endif
 
-// Keeps an object, or nil, for as long as it lives. Copies keep the same object.
+// An owning reference to an object, or nil. Copies own the same object.
 template <typename Object>
 class Strong {
  public:
   Strong() = default;
   explicit Strong(Object object) : object_(object) { retain(object_); }
 
-  // Takes over an object that the caller owns, fresh from alloc and init.
+  // Returns a reference that takes over the caller's ownership of `object`, as after alloc and
+  // init.
   static Strong adopt(Object object) {
     Strong result;
     result.object_ = object;
@@ -43,10 +44,10 @@ class Strong {
   }
   ~Strong() { release(object_); }
 
-  // The object, valid while something keeps it.
+  // Returns the object, valid while it has an owner.
   Object get() const { return object_; }
 
-  // Leaves the object to the autorelease pool at hand, for a caller who does not own it.
+  // Gives up ownership to the current autorelease pool and returns the object.
   Object toPool() && {
     Object object = object_;
     object_ = nil;

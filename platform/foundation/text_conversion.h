@@ -1,4 +1,4 @@
-// The platform's strings and the component's texts.
+// Conversion between the platform's strings and the library's texts.
 //
 // Threads: pure functions, safe from any thread.
 
@@ -15,12 +15,12 @@
 
 namespace qel::foundation {
 
-// The text of `string` in UTF-8, an unpaired surrogate as the three bytes of its code point; absent
-// for nil.
+// Returns `string` in UTF-8, with an unpaired surrogate as the three bytes of its code point.
+// Returns std::nullopt for nil.
 std::optional<std::string> textFrom(NSString* string);
 
-// A new string of `text`, never nil. Bytes that belong to no character, not even to a surrogate,
-// become U+FFFD.
+// Returns a new string with the characters of `text`, never nil. Each byte that is part of neither
+// a character nor a surrogate becomes U+FFFD.
 Strong<NSString*> stringFrom(std::string_view text);
 
 }  // namespace qel::foundation

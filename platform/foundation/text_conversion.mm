@@ -23,11 +23,11 @@ std::u16string utf16Of(NSString* string) {
   return utf16;
 }
 
-// Reads the code point at the start of `text` and takes it off. A surrogate is a code point like
-// any other; bytes that are no code point give U+FFFD, each by itself.
+// Removes the code point at the start of `text` and returns it. A surrogate counts as a code point.
+// If there is none, removes one byte and returns U+FFFD.
 char32_t takeCodePoint(std::string_view& text) {
   constexpr char32_t kReplacement = 0xFFFD;
-  // The least code point that a sequence of each length is needed for.
+  // The smallest code point that needs a sequence of 1, 2, 3 or 4 bytes.
   constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
 
   const auto lead = static_cast<unsigned char>(text.front());
@@ -63,14 +63,14 @@ std::u16string utf16Of(std::string_view text) {
   return utf16;
 }
 
-// A string of `utf16` as it is; nil where the platform makes none.
+// Returns a string of `utf16`, nil if the platform rejects it.
 Strong<NSString*> stringOf(const std::u16string& utf16) {
   return Strong<NSString*>::adopt([[NSString alloc]
       initWithCharacters:reinterpret_cast<const unichar*>(utf16.data())
                   length:utf16.size()]);
 }
 
-// The same for any UTF-16, put together unit by unit.
+// Returns a string of any UTF-16, built unit by unit.
 Strong<NSString*> stringOfUnits(const std::u16string& utf16) {
   @autoreleasepool {
     const auto string = Strong<NSMutableString*>::adopt([[NSMutableString alloc] init]);
@@ -81,7 +81,7 @@ Strong<NSString*> stringOfUnits(const std::u16string& utf16) {
   }
 }
 
-// Whether `utf16` begins with U+FEFF, in either order of bytes.
+// Returns whether `utf16` begins with U+FEFF, in either byte order.
 bool startsWithByteOrderMark(const std::u16string& utf16) {
   return utf16.starts_with(u'\uFEFF') || utf16.starts_with(u'\uFFFE');
 }
@@ -106,7 +106,7 @@ std::optional<std::string> textFrom(NSString* string) {
 
 Strong<NSString*> stringFrom(std::string_view text) {
   const std::u16string utf16 = utf16Of(text);
-  // GNUstep makes no string of unpaired surrogates, and takes a byte order mark for no character.
+  // GNUstep rejects unpaired surrogates, and drops a byte-order mark at the start.
   if (startsWithByteOrderMark(utf16)) return stringOfUnits(utf16);
   Strong<NSString*> string = stringOf(utf16);
   return string.get() != nil ? string : stringOfUnits(utf16);

@@ -1,4 +1,4 @@
-// The platform's numbers and dates as the component's.
+// Conversion of the platform's numbers and dates into the library's.
 //
 // Threads: pure functions, safe from any thread.
 
@@ -14,15 +14,15 @@
 
 namespace qel::foundation {
 
-// The decimal that `number` holds, digit by digit and whatever the locale; absent for nil.
+// Returns the value of `number`, exactly and in any locale. Returns std::nullopt for nil.
 std::optional<Decimal> decimalFrom(NSDecimalNumber* number);
 
-// The instant of `date`; absent for nil. A date whose time is not a number gives an instant with a
-// fraction of a second, which no purchase date equals.
+// Returns the instant of `date`. Returns std::nullopt for nil. If the time of `date` is NaN,
+// returns an instant with a fraction of a second, which equals no purchase date.
 //
-// A date on a whole second gives exactly that second, and no other date does: a fraction below or
-// just above a nanosecond gives the nearest nanosecond that is not a whole second. Dates beyond
-// what an instant can hold give the first or the last of all instants.
+// The result is a whole second exactly if `date` is. The fraction is cut to nanoseconds, and is at
+// least 1 and at most 999999999 if it is not 0. A date out of range becomes the first or the last
+// second that an instant can hold.
 std::optional<Instant> instantFrom(NSDate* date);
 
 }  // namespace qel::foundation

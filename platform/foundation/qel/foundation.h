@@ -1,7 +1,7 @@
-// Purchase events for Objective-C and Swift: the one header that an app includes.
+// Purchase events for Objective-C and Swift. An app includes this header only.
 //
-// Hand over the store's product and transaction and the receipt's entries as they are, and get the
-// event's parameters back.
+// The functions accept the store's live objects and the receipt's entries, and return the event's
+// parameters.
 
 #ifndef QEL_FOUNDATION_H_
 #define QEL_FOUNDATION_H_
@@ -19,19 +19,19 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-// Of the same name for a caller in Objective-C++.
+// C linkage, so that Objective-C and Objective-C++ find the same functions.
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-// One in-app purchase entry of an app's receipt, as the app's receipt parser reads it. The
-// functions below state which operations they ask, and when.
+// One in-app purchase entry of an app's receipt, implemented by the app's receipt parser. Each
+// function below states which operations it calls, and when.
 NS_SWIFT_NAME(InAppPurchaseItem)
 @protocol QELInAppPurchaseItem <NSObject>
 
 - (nullable NSString*)productID;
 
-// The purchase date as the receipt writes it: 2019-03-14T09:26:53Z.
+// The purchase date, as the text that the receipt has: 2019-03-14T09:26:53Z.
 - (nullable NSString*)purchaseDateIA5String;
 
 // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription. Read
@@ -45,7 +45,7 @@ NS_SWIFT_NAME(InAppPurchaseItem)
 
 - (nullable NSString*)transactionID;
 
-// The transaction that began the subscription; a first purchase carries its own identifier here.
+// The transaction that began the subscription. Equals transactionID on a first purchase.
 - (nullable NSString*)originalTransactionID;
 
 - (BOOL)isFreeTrial;
@@ -55,11 +55,11 @@ NS_SWIFT_NAME(InAppPurchaseItem)
 
 @end
 
-// Hears of each decision and each rejection, under a numeric code. A context is what the message is
-// about: an NSString or an NSNumber.
+// Receives each decision and each rejection under a numeric code. A context is a value that the
+// message is about, such as the product's identifier: an NSString or an NSNumber.
 //
-// Threads: called on every thread that reports a purchase, on several at once. An exception that is
-// raised here ends the program.
+// Threads: called on the thread that reports a purchase, on several threads at once. An exception
+// that is raised here ends the program.
 NS_SWIFT_NAME(DiagnosticsMonitor)
 @protocol QELDiagnosticsMonitor <NSObject>
 
@@ -80,27 +80,27 @@ NS_SWIFT_NAME(DiagnosticsMonitor)
 
 @end
 
-// Keys of an event that the rest of an app looks up: "invalid", "sub_convert" and "sub_renew".
+// Keys of an event: "invalid", "sub_convert" and "sub_renew".
 FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterInAppPurchaseInvalid;
 FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionConversion;
 FOUNDATION_EXPORT QEL_EXPORT NSString* const kQELParameterIsSubscriptionRenewal;
 
-// Returns the parameters of the event for one purchase, or nil when the records cannot yield a
-// sound event. Names are NSString; identifiers are NSString too, except "_did"; everything else is
-// an NSNumber of a signed 64-bit integer (longLongValue), amounts in micros of the currency.
+// Returns the parameters of the event for one purchase. Returns nil if the product, its identifier
+// or the transaction is missing, or if "price", "value" or "currency" would be. "product_id",
+// "product_name" and "currency" are NSString. Every other value is an NSNumber with a signed 64-bit
+// integer (longLongValue); amounts are in micros of the currency.
 //
-// Asks the product for its identifier first. Reports a rejection to the monitor and returns nil if
-// the product is nil, its identifier is nil or empty, or the transaction is nil; then neither the
-// list nor an entry is asked anything. A nil list counts as an empty one.
+// Calls the product's productIdentifier first. If the product is nil, its identifier is nil or
+// empty, or the transaction is nil, logs a message to the monitor and returns nil without reading
+// the list. A nil list counts as an empty one.
 //
-// Otherwise asks each entry, from first to last, each of its operations once, in the order of the
-// protocol. After the last entry, asks the store's objects, each operation when its answer is
-// needed. Nothing is asked after the call. The store's record of an introductory offer is looked up
-// by name, so that an app may run where the store does not have it yet.
+// Then calls each operation of each entry once, entries from first to last, operations in the order
+// of the protocol. Then calls the store's objects, each operation when its answer is needed. Calls
+// nothing after it returns. Looks up the class of introductory offers by name at run time, because
+// older systems do not have it.
 //
-// An exception that the list or an entry raises, the one for a list that is changed while it is
-// read included, goes through to the caller. One that an object of the store raises ends the
-// program.
+// An exception that the list or an entry raises propagates to the caller, including the one for a
+// list that changes while it is read. An exception that a store object raises ends the program.
 //
 // Threads: any, several calls at once, each with its own arguments.
 FOUNDATION_EXPORT QEL_EXPORT
@@ -109,23 +109,22 @@ FOUNDATION_EXPORT QEL_EXPORT
         NSArray<id<QELInAppPurchaseItem>>* _Nullable receiptItems)
         NS_SWIFT_NAME(inAppPurchaseEventParameters(product:transaction:receiptItems:));
 
-// Returns the entries of `items` that are for the product `productIdentifier` and were bought at
-// exactly `date`, earliest first; the last is the latest purchase. Without a date, only the product
-// counts; with a nil or empty identifier, only the date. Entries of equal date keep their order in
-// `items`.
+// Returns the entries of `items` that match, earliest purchase first. An entry matches if its
+// product identifier is `productIdentifier` and its purchase date is exactly `date`. A nil or empty
+// identifier, or a nil date, is not compared. Entries of equal date keep their order.
 //
-// A date with a fraction of a second matches no entry. An entry without a readable purchase date
-// matches no date; where only the product counts, it comes before all dated entries.
+// A date with a fraction of a second matches no entry. An entry whose purchase date cannot be read
+// matches no date. If only the identifier is given, such an entry comes before all dated entries.
 //
-// The result is a new array of the caller's own entry objects; it is empty if no entry matches. An
-// entry that stands twice in `items` is returned twice. Returns nil if `items` is nil or empty, or
-// if there is neither an identifier that is not empty nor a date; then no entry is asked anything.
+// The result is a new array of the caller's own entry objects. It is empty if no entry matches. An
+// entry that is in `items` twice is returned twice. Returns nil if `items` is nil or empty, or if
+// there is neither a date nor a non-empty identifier. In that case no entry is called.
 //
-// Asks each entry, from first to last, for its purchaseDateIA5String and then for its productID,
-// and for nothing else. Nothing is asked after the call.
+// Calls purchaseDateIA5String and then productID of each entry, from first to last, and nothing
+// else. Calls nothing after it returns.
 //
-// An exception that the list or an entry raises, the one for a list that is changed while it is
-// read included, goes through to the caller.
+// An exception that the list or an entry raises propagates to the caller, including the one for a
+// list that changes while it is read.
 //
 // Threads: any, several calls at once, each with its own list.
 FOUNDATION_EXPORT QEL_EXPORT
@@ -134,10 +133,10 @@ FOUNDATION_EXPORT QEL_EXPORT
         NSDate* _Nullable date)
         NS_SWIFT_NAME(matchingInAppPurchaseItems(_:productIdentifier:date:));
 
-// Hands all messages to `monitor` from now on, in place of the one before, and keeps it; nil ends
-// that. The one before may still receive the messages that are under way.
+// Installs `monitor` in place of the previous one and retains it. Nil removes the monitor. The
+// previous monitor may still receive messages that were sent before.
 //
-// Threads: safe from any thread, also while purchases are reported.
+// Threads: safe from any thread, also while other threads report purchases.
 FOUNDATION_EXPORT QEL_EXPORT void QELSetDiagnosticsMonitor(
     id<QELDiagnosticsMonitor> _Nullable monitor) NS_SWIFT_NAME(setDiagnosticsMonitor(_:));
 
