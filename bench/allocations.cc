@@ -15,7 +15,7 @@ std::uint64_t allocationsOfThisThread() { return allocations; }
 
 }  // namespace qel::bench
 
-// The program's allocation functions; the array and nothrow forms end here too.
+// Replaces the program's allocation functions. The array and nothrow forms call these.
 void* operator new(std::size_t size) {
   ++allocations;
   if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;

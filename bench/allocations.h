@@ -1,4 +1,4 @@
-// Counting what is allocated on the heap.
+// Counts heap allocations.
 
 #ifndef QEL_BENCH_ALLOCATIONS_H_
 #define QEL_BENCH_ALLOCATIONS_H_
@@ -7,7 +7,7 @@
 
 namespace qel::bench {
 
-// How many blocks this thread has allocated with operator new so far.
+// Returns the number of calls of operator new on this thread so far.
 std::uint64_t allocationsOfThisThread();
 
 }  // namespace qel::bench

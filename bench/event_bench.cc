@@ -1,4 +1,4 @@
-// The cost of an event, through the exported function.
+// Benchmarks of an event, through the exported function.
 
 #include <benchmark/benchmark.h>
 
@@ -14,7 +14,7 @@
 namespace qel::bench {
 namespace {
 
-// Measures an event of each of the purchases in turn.
+// Measures the events of `purchases`, one purchase after the other.
 template <typename Purchases>
 void measureEvents(benchmark::State& state, const Purchases& purchases) {
   const std::uint64_t before = allocationsOfThisThread();
@@ -65,8 +65,8 @@ void BM_EventInvalid(benchmark::State& state) {
 }
 BENCHMARK(BM_EventInvalid)->Name("BM_Event/invalid");
 
-// Many receipts of the same size take turns, 100000 entries in all for the large ones, so that each
-// is new to the caches and to the branch predictor, as in production.
+// Takes many receipts of the same size in turn, so that caches and branch predictor do not know the
+// next one, as in production. Receipts of 100 entries or more have 100000 entries in all.
 void BM_EventReceipt(benchmark::State& state, ReceiptOrder order) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const std::size_t count = std::min<std::size_t>(100000 / size, 1000);

@@ -1,5 +1,5 @@
-// The least that one renewal with two entries can cost: the work that no design can leave out, on
-// the stack, without heap and without interfaces.
+// The lower bound for the event of a renewal with two entries: the work that every implementation
+// must do, on the stack, without heap and without virtual calls.
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,7 @@
 namespace qel::bench {
 namespace {
 
-// A key's slot: what a value is, and the integer or where its text lies.
+// The value of a key: an integer, or a view of a text.
 struct Slot {
   std::int64_t integer = 0;
   std::string_view text;
@@ -32,8 +32,8 @@ void BM_FloorRenewal(benchmark::State& state) {
   Decimal price = *Decimal::fromString("4.99");
 
   for (auto _ : state) {
-    // Six dates: the filter by product reads both entries', putting two entries in order compares
-    // once, and the filter by date reads both again.
+    // Parses six dates: two in the match by product, two to compare the entries once, and two in
+    // the match by date.
     for (int reading = 0; reading < 3; ++reading) {
       for (std::string_view date : dates) {
         benchmark::DoNotOptimize(date);
@@ -41,7 +41,7 @@ void BM_FloorRenewal(benchmark::State& state) {
       }
     }
 
-    // Three products: the price in micros, and the price by the quantity in micros.
+    // Multiplies three times: once for the price in micros, twice for the value in micros.
     benchmark::DoNotOptimize(price);
     const Decimal multiplier = Decimal::initWithLongLong(QELDataTypeMicrosMultiplier);
     const double priceInMicros = price.decimalNumberByMultiplyingBy(multiplier).doubleValue();
@@ -50,14 +50,14 @@ void BM_FloorRenewal(benchmark::State& state) {
                                      .decimalNumberByMultiplyingBy(multiplier)
                                      .doubleValue();
 
-    // One digest, of the three pieces joined.
+    // Computes one digest, of three texts joined.
     std::array<char, 64> joined;
     char* end = std::copy(originalId.begin(), originalId.end(), joined.begin());
     end = std::copy(webOrderLineItemId.begin(), webOrderLineItemId.end(), end);
     end = std::copy(productId.begin(), productId.end(), end);
     const std::uint64_t dedupeId = qel_64LSBMD5({joined.data(), end});
 
-    // Three mappings: the base parameters, the validated ones, and those that are returned.
+    // Fills three mappings: base parameters, validated parameters, and the event.
     const Mapping base = {{{0, productId},
                            {static_cast<std::int64_t>(priceInMicros), {}},
                            {static_cast<std::int64_t>(valueInMicros), {}},

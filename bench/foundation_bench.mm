@@ -1,5 +1,4 @@
-// What an event of live objects costs through the entry point of an app, with either reader of
-// dates.
+// Benchmarks of an event of live objects, with each of the two date readers.
 
 #include <benchmark/benchmark.h>
 
@@ -12,7 +11,7 @@ namespace {
 using EntryPoint = NSDictionary<NSString*, id>* (*)(SKProduct*, SKPaymentTransaction*,
                                                     NSArray<id<QELInAppPurchaseItem>>*);
 
-// Whether `entryPoint` finds the entry of a renewal whose date has `text` after its end.
+// Returns whether `entryPoint` matches the entry of a renewal whose date is followed by `text`.
 bool findsEntryWithTextAfterTheEnd(EntryPoint entryPoint, const char* text) {
   SamplePurchase sample(2);
   *sample.entries[1].purchaseDateIA5String += text;
@@ -21,13 +20,13 @@ bool findsEntryWithTextAfterTheEnd(EntryPoint entryPoint, const char* text) {
   return [event count] > 0 && [event objectForKey:(::kQELParameterInAppPurchaseInvalid)] == nil;
 }
 
-// Measures a renewal. Text after the end of a date tells the readers apart, so that neither is
-// measured in the other's name.
+// Measures a renewal. Fails if `entryPoint` has the wrong date reader: only NSDateFormatter accepts
+// text after a date.
 void measureRenewal(benchmark::State& state, EntryPoint entryPoint, bool readsTextAfterTheEnd) {
   @autoreleasepool {
     if (!findsEntryWithTextAfterTheEnd(entryPoint, "") ||
         findsEntryWithTextAfterTheEnd(entryPoint, "!") != readsTextAfterTheEnd) {
-      state.SkipWithError("not the reader of dates that was to be measured");
+      state.SkipWithError("wrong date reader");
       return;
     }
   }

@@ -1,4 +1,4 @@
-// Purchases to measure with as live objects: what an app and the store have, at the least cost.
+// Purchases for benchmarks as live objects, whose operations cost as little as possible.
 
 #ifndef QEL_BENCH_LIVE_PURCHASE_H_
 #define QEL_BENCH_LIVE_PURCHASE_H_
@@ -14,7 +14,7 @@ struct LivePurchase {
   NSArray<id<QELInAppPurchaseItem>>* receipt;
 };
 
-// The purchase of `sample`. Its objects stay for good.
+// Returns `sample` as live objects, which are never freed.
 LivePurchase livePurchaseOf(const SamplePurchase& sample);
 
 }  // namespace qel::bench

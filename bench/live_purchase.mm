@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-// Each object below answers with what it was made with. Nothing is ever released: a benchmark makes
-// few.
+// Each operation below returns a field. Objects are never freed, because a benchmark creates few.
 
 @interface BenchProduct : NSObject {
  @public

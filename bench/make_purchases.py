@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Makes a file of purchases to measure with: subscriptions with two receipt entries each.
+"""Writes a file of purchases for benchmarks: subscriptions with two receipt entries each.
 
 Usage: make_purchases.py FILE [COUNT]
 
-Writes COUNT lines, 250000 by default, of about 780 bytes each. The same count gives the same file.
+COUNT is the number of lines, 250000 by default. A line has about 790 bytes. The same count gives the
+same file.
 """
 
 import datetime
@@ -22,7 +23,7 @@ SECONDS_OF_A_YEAR = 365 * 24 * 3600
 
 
 def written(seconds):
-    """Seconds after the first date, as a receipt writes them."""
+    """Returns the date `seconds` after FIRST_DATE as an RFC 3339 timestamp."""
     return (FIRST_DATE + datetime.timedelta(seconds=seconds)).strftime("%Y-%m-%dT%H:%M:%SZ")
 
 
@@ -40,7 +41,7 @@ def entry(product, date, number, original, is_trial):
 
 
 def purchase(index, choices):
-    """A subscription's second purchase: of each two, one follows a free trial."""
+    """Returns the second purchase of a subscription. About every other one follows a free trial."""
     product, title, price = choices.choice(PRODUCTS)
     original = 52_000_000 + choices.randrange(40_000_000)
     number = original + 1 + choices.randrange(1_000_000)

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Measures how fast the command reads a file of purchases, beside the reading floor.
+"""Measures the throughput of the command, and that of simdjson alone.
 
 Usage: measure_command.py FOLDER FILE
 
-FOLDER holds the built qel-bench and qel-purchase. Writes JSON to standard output:
+FOLDER contains qel-bench and qel-purchase. FILE contains purchases. Writes JSON to standard output:
 
-    purchases, bytes        what FILE holds
-    floor, one, two         bytes per second: the reading floor, one thread, two threads
-    secondsOfOneCore        what the run on one thread used of a core, in all
+    purchases, bytes        number of lines and bytes of FILE
+    floor, one, two         bytes per second: simdjson alone, one thread, two threads
+    secondsOfOneCore        CPU time of the run with one thread, in seconds
 
-Each is the best of several rounds, for what else the machine does only ever adds time.
+Each value is the best of several rounds, because other load on the machine only adds time.
 """
 
 import json
@@ -30,7 +30,7 @@ def floor(folder, path):
 
 
 def run(folder, path, jobs):
-    """Runs the command into a file; gives the seconds that it took, and those it used of cores."""
+    """Runs the command, with its output in a file. Returns the elapsed time and the CPU time in seconds."""
     command = [os.path.join(folder, "qel-purchase"), "events", "--jobs", str(jobs), path]
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     with tempfile.TemporaryFile(dir=os.path.dirname(path)) as output:

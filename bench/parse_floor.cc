@@ -14,7 +14,7 @@ namespace {
 
 namespace json = simdjson::ondemand;
 
-// Reads a value, whatever its type, and all that it holds.
+// Reads a value of any type, with all values in it.
 void readValue(json::value value) {
   switch (value.type().value()) {
     case json::json_type::array:

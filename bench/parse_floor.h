@@ -1,4 +1,4 @@
-// The speed at which purchases can be read at all.
+// The upper bound for the throughput of the command: simdjson alone.
 
 #ifndef QEL_BENCH_PARSE_FLOOR_H_
 #define QEL_BENCH_PARSE_FLOOR_H_
@@ -7,8 +7,8 @@
 
 namespace qel::bench {
 
-// Reads every field of every line of a file of purchases with simdjson alone, on one thread, and
-// prints the speed in bytes per second. Returns the exit status.
+// Reads every field of every line of the file `path` with simdjson, on one thread, and prints the
+// throughput in bytes per second. Returns the exit status of the program.
 int measureParseFloor(const std::string& path);
 
 }  // namespace qel::bench

@@ -1,4 +1,4 @@
-// The cost of the parts of an event, each alone.
+// Benchmarks of the parts of an event.
 
 #include <benchmark/benchmark.h>
 

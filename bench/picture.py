@@ -1,13 +1,13 @@
-"""Draws panels of bars and lines as an SVG that reads well on light and dark ground."""
+"""Draws panels of bars and lines as an SVG for light and dark mode."""
 
 import math
 from xml.sax.saxutils import escape
 
 PANEL_WIDTH, PANEL_HEIGHT = 470, 220
 MARGIN = 16
-# Where bars begin and how long the longest is; to its right there is room for its text.
+# Left edge of the bars, and the length of the longest. The text of a bar is to its right.
 BAR_START, BAR_LENGTH, BAR_HEIGHT, BAR_STEP = 150, 140, 18, 30
-# The plot of a panel of lines: its left, top, right and bottom.
+# Left, top, right and bottom of the plot in a panel of lines.
 PLOT = (72, 92, PANEL_WIDTH - 24, PANEL_HEIGHT - 30)
 
 STYLE = """
@@ -47,8 +47,8 @@ def line(x1, y1, x2, y2, kind):
 
 
 def bars(title, rows, base=None):
-    """A panel of bars. A row is its name, its size and the text beside it; `base` names a row to
-    set off from the others."""
+    """Returns a panel of bars. A row is a name, a size and the text beside the bar. `base` is the
+    name of a row in another color."""
     longest = max(size for _, size, _ in rows)
     shapes = [text(0, 14, title, "title")]
     for index, (name, size, words) in enumerate(rows):
@@ -65,12 +65,12 @@ def bars(title, rows, base=None):
 
 
 def decades(values):
-    """The powers of ten that enclose the values, as exponents."""
+    """Returns the exponents of the powers of ten that enclose the values."""
     return range(math.floor(math.log10(min(values))), math.ceil(math.log10(max(values))) + 1)
 
 
 def lines(title, unit, series):
-    """A panel of lines, both axes in powers of ten. A line is its text and its points."""
+    """Returns a panel of lines with logarithmic axes. A line is a text and its points."""
     left, top, right, bottom = PLOT
     across = decades([x for _, points in series for x, _ in points])
     upward = decades([y for _, points in series for _, y in points])
@@ -101,7 +101,7 @@ def lines(title, unit, series):
 
 
 def page(panels):
-    """All panels, two in a row."""
+    """Returns the SVG of all panels, two per row."""
     width = 2 * (PANEL_WIDTH + MARGIN) + MARGIN
     height = math.ceil(len(panels) / 2) * (PANEL_HEIGHT + MARGIN) + MARGIN
     parts = [

@@ -1,6 +1,5 @@
-// The entry point over Foundation once more, in a library of its own whose dates are read by
-// NSDateFormatter. A program has one reader of dates; beside the portable one, this brings the
-// other.
+// The function for live objects again, in a library that reads dates with NSDateFormatter. A
+// program has one date reader, so a benchmark of both needs this second library.
 
 #ifndef QEL_BENCH_PLATFORM_FORMATTER_H_
 #define QEL_BENCH_PLATFORM_FORMATTER_H_
@@ -10,8 +9,8 @@
 
 namespace qel::bench {
 
-// QELInAppPurchaseEventParametersFromProductAndTransactionV2, as a build with
-// QEL_DATE_FORMATTER=foundation has it.
+// Calls QELInAppPurchaseEventParametersFromProductAndTransactionV2 as built with
+// QEL_DATE_FORMATTER=foundation.
 QEL_EXPORT NSDictionary<NSString*, id>* eventThroughPlatformFormatter(
     SKProduct* product, SKPaymentTransaction* transaction,
     NSArray<id<QELInAppPurchaseItem>>* receipt);

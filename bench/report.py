@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Prints the ratios that matter of what was measured, and draws it all as one picture.
+"""Prints the results of the benchmarks and draws them as one picture.
 
 Usage: report.py EVENTS LIVE COMMAND PICTURE
 
-EVENTS is the JSON of qel-bench, LIVE that of its benchmarks over live objects, COMMAND that of
-measure_command.py, PICTURE the SVG to write.
+EVENTS is the JSON of qel-bench. LIVE is the JSON of its benchmarks of live objects. COMMAND is the
+JSON of measure_command.py. PICTURE is the SVG to write.
 """
 
 import json
@@ -13,7 +13,7 @@ import sys
 import picture
 
 EVENTS = ["renewal", "consumable", "free_trial", "introductory_offer", "invalid"]
-# What a benchmark of receipts is called, by the order of the receipt's entries.
+# Prefix of the names of the receipt benchmarks, by the order of the receipt's entries.
 RECEIPTS = {
     "in order": "BM_EventReceipt/",
     "reversed": "BM_EventReceipt/reversed/",
@@ -30,8 +30,8 @@ PARTS = {
 
 
 def read_events(path):
-    """Gives nanoseconds of a core by name, the least of the repetitions; heap allocations by name;
-    and the load of the machine when the measuring began."""
+    """Returns the CPU time in nanoseconds by benchmark, the minimum of the repetitions; the heap
+    allocations by benchmark; and the load of the machine when the benchmarks began."""
     with open(path, encoding="utf-8") as file:
         report = json.load(file)
     times, allocations = {}, {}
@@ -47,14 +47,14 @@ def read_events(path):
 
 
 def print_live_ratios(times):
-    """Prints what an event of live objects costs with either reader of dates."""
+    """Prints the time of an event of live objects with each date reader."""
     portable = times["BM_EventFoundation/renewal"]
     platform = times["BM_EventFoundationFormatter/renewal"]
     print("One renewal of live Foundation objects")
     print("  {:20} {:8.1f} us".format("portable reader", portable / 1e3))
     print(
-        "  {:20} {:8.1f} us   {:5.1f} x the portable reader's".format(
-            "platform's formatter", platform / 1e3, platform / portable
+        "  {:20} {:8.1f} us   {:5.1f} x the portable reader".format(
+            "NSDateFormatter", platform / 1e3, platform / portable
         )
     )
 
@@ -74,7 +74,7 @@ def print_ratios(times, allocations, command):
                 event, times[name], times[name] / floor, allocations[name]
             )
         )
-    print("Its parts, each alone")
+    print("Parts of an event")
     for part, name in PARTS.items():
         print("  {:20} {:8.1f} ns".format(part, times[name]))
     print("Growth from 1000 to 10000 entries")
@@ -82,11 +82,11 @@ def print_ratios(times, allocations, command):
         print("  {:20} {:8.1f} x".format(order, growth(times, prefix)))
     print("The command, {purchases} purchases, {bytes} bytes".format(**command))
     print("  {:20} {:8.0f} MB/s".format("reading floor", command["floor"] / 1e6))
-    # On an idle machine the same as the one before; on a busy one, what that would be.
+    # Equals the rate of one thread on an idle machine. On a busy machine it is closer to that rate.
     core_rate = command["bytes"] / command["secondsOfOneCore"]
     for threads, rate, base, name in [
         ("one thread", command["one"], command["floor"], "the floor"),
-        ("by its core time", core_rate, command["floor"], "the floor"),
+        ("by its CPU time", core_rate, command["floor"], "the floor"),
         ("two threads", command["two"], command["one"], "one thread"),
     ]:
         print(
@@ -118,16 +118,16 @@ def draw(times, command):
 
     one, two, reading = command["one"], command["two"], command["floor"]
     rates = [
-        ("reading alone", reading, "{:.0f} MB/s".format(reading / 1e6)),
-        ("one thread", one, "{:.0f} MB/s, {:.2f} × reading".format(one / 1e6, one / reading)),
+        ("simdjson alone", reading, "{:.0f} MB/s".format(reading / 1e6)),
+        ("one thread", one, "{:.0f} MB/s, {:.2f} × simdjson".format(one / 1e6, one / reading)),
         ("two threads", two, "{:.0f} MB/s, {:.2f} × one".format(two / 1e6, two / one)),
     ]
     return picture.page(
         [
-            picture.bars("One event beside the least that it can cost", events, "floor"),
+            picture.bars("One event and its lower bound", events, "floor"),
             picture.lines("One event, by receipt entries", "µs", lines),
-            picture.bars("The parts of an event, each alone", parts),
-            picture.bars("The command, reading and writing", rates, "reading alone"),
+            picture.bars("Parts of an event", parts),
+            picture.bars("The command, with output", rates, "simdjson alone"),
         ]
     )
 
@@ -141,10 +141,10 @@ def main():
     print_ratios(times, allocations, command)
     print_live_ratios(live_times)
     if load > 1:
-        print("The machine was not idle (load {:.1f}): measure again.".format(load))
+        print("The machine was not idle (load {:.1f}). Run this again on an idle machine.".format(load))
     with open(drawing, "w", encoding="utf-8") as file:
         file.write(draw(times, command))
-    print("Drawn: " + drawing)
+    print("Wrote " + drawing)
 
 
 if __name__ == "__main__":

@@ -12,7 +12,7 @@
 namespace qel::bench {
 namespace {
 
-// An hour of the years from 2000 on, as a receipt writes it.
+// Returns `instant` as an RFC 3339 timestamp.
 std::string writtenHour(std::chrono::sys_seconds instant) {
   const auto day = std::chrono::floor<std::chrono::days>(instant);
   const std::chrono::year_month_day date(day);
@@ -32,7 +32,7 @@ constexpr std::int64_t kFirstLineItem = 1000000045678901;
 
 SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned seed) {
   const std::chrono::sys_seconds start = std::chrono::sys_days(std::chrono::year(2019) / 3 / 14);
-  // The hours of the purchases, in the order of the receipt.
+  // Hours from the first purchase, in the order of the receipt.
   std::vector<int> hours(size);
   std::iota(hours.begin(), hours.end(), 0);
   if (order == ReceiptOrder::kReversed) std::reverse(hours.begin(), hours.end());

@@ -1,4 +1,4 @@
-// Purchases to measure with.
+// Purchases for benchmarks.
 
 #ifndef QEL_BENCH_SAMPLE_PURCHASES_H_
 #define QEL_BENCH_SAMPLE_PURCHASES_H_
@@ -13,10 +13,10 @@ namespace qel::bench {
 // The order in which a receipt lists its entries.
 enum class ReceiptOrder { kSorted, kReversed, kRandom };
 
-// A monthly subscription and all that it takes to compute the event of its latest renewal: the
-// receipt has `size` entries an hour apart, the first of which began the subscription.
+// A subscription with the records of its latest renewal. The receipt has `size` entries, one hour
+// apart. The first entry began the subscription.
 struct SamplePurchase {
-  // `seed` tells random receipts apart; the same seed gives the same receipt in every run.
+  // `seed` selects the order of a random receipt. The same seed gives the same order in every run.
   explicit SamplePurchase(std::size_t size, ReceiptOrder order = ReceiptOrder::kSorted,
                           unsigned seed = 0);
   SamplePurchase(const SamplePurchase&) = delete;
@@ -26,7 +26,7 @@ struct SamplePurchase {
   PlainTransaction transaction;
   const PlainProductRecord productRecord = PlainProductRecord(product);
   const PlainTransactionRecord transactionRecord = PlainTransactionRecord(transaction);
-  // In the order of the receipt, as a parser makes them.
+  // In the order of the receipt.
   std::deque<QELInAppPurchaseItem> entries;
   QELInAppPurchaseItems receipt;
 };

@@ -1,6 +1,6 @@
-# Finds Foundation as the target Foundation::Foundation: Apple's framework there, GNUstep's library
-# elsewhere. Sets FOUNDATION_ARC_CHECK_OPTIONS, with which clang judges Objective-C++ under automatic
-# reference counting, also where the installed run time cannot run it.
+# Finds Foundation and defines the target Foundation::Foundation: Apple's framework on Apple's systems,
+# GNUstep's library elsewhere. Sets FOUNDATION_ARC_CHECK_OPTIONS: options for clang to compile
+# Objective-C++ with automatic reference counting, even if the installed runtime cannot run the result.
 
 include(FindPackageHandleStandardArgs)
 
@@ -19,7 +19,7 @@ endif()
 
 find_program(GNUSTEP_CONFIG gnustep-config)
 find_library(GNUSTEP_BASE_LIBRARY gnustep-base)
-# GCC keeps the run time that GNUstep is built on, libobjc, with its own headers.
+# GNUstep uses libobjc, GCC's Objective-C runtime, which is in GCC's own directories.
 file(GLOB foundation_gcc_directories LIST_DIRECTORIES true /usr/lib/gcc/*/*)
 find_path(OBJC_INCLUDE_DIR objc/objc.h PATHS ${foundation_gcc_directories} PATH_SUFFIXES include)
 find_library(OBJC_LIBRARY objc PATHS ${foundation_gcc_directories})
@@ -32,7 +32,7 @@ if(Foundation_FOUND)
   execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags
     OUTPUT_VARIABLE foundation_flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(foundation_flags UNIX_COMMAND "${foundation_flags}")
-  # Optimisation, warnings and the writing of dependencies are the build's own affair.
+  # Keeps definitions and -f options only: the build sets optimization, warnings and dependency files.
   set(foundation_options ${foundation_flags})
   list(FILTER foundation_options INCLUDE REGEX "^-(D|f)")
   set(foundation_directories ${foundation_flags})
@@ -44,7 +44,7 @@ if(Foundation_FOUND)
     endif()
   endforeach()
 
-  # Searched last, so that of all of GCC's own headers only those of the run time are taken.
+  # Searched last, so that only the headers of the runtime come from GCC's directory.
   set(foundation_run_time_headers "SHELL:-idirafter ${OBJC_INCLUDE_DIR}")
   if(NOT TARGET Foundation::Foundation)
     add_library(Foundation::Foundation INTERFACE IMPORTED)
@@ -56,7 +56,7 @@ if(Foundation_FOUND)
       INTERFACE_LINK_LIBRARIES "${GNUSTEP_BASE_LIBRARY};${OBJC_LIBRARY}")
   endif()
 
-  # Clang has automatic reference counting for GNUstep's newer run time alone.
+  # Clang supports automatic reference counting only for GNUstep's newer runtime.
   list(TRANSFORM foundation_directories PREPEND "-isystem" OUTPUT_VARIABLE foundation_includes)
   set(FOUNDATION_ARC_CHECK_OPTIONS -fobjc-arc -fobjc-runtime=gnustep-1.9 ${foundation_options}
     ${foundation_includes} -idirafter ${OBJC_INCLUDE_DIR})

@@ -1,4 +1,4 @@
-# Finds libmd, message digest functions, as the target libmd::libmd. Debian's package has no CMake files.
+# Finds libmd (message digests) and defines the target libmd::libmd. Debian's package has no CMake files.
 
 find_library(LIBMD_LIBRARY md)
 find_path(LIBMD_INCLUDE_DIR md5.h)

@@ -1,8 +1,7 @@
-# Sets up Objective-C++ when the platform over Foundation is built, and checks the choice of who
-# reads written dates.
+# Checks QEL_DATE_FORMATTER, and enables Objective-C++ if QEL_PLATFORM_FOUNDATION is on.
 
 if(NOT QEL_DATE_FORMATTER MATCHES "^(portable|foundation)$")
-  message(FATAL_ERROR "QEL_DATE_FORMATTER is ${QEL_DATE_FORMATTER}, not portable or foundation")
+  message(FATAL_ERROR "QEL_DATE_FORMATTER is ${QEL_DATE_FORMATTER}; expected portable or foundation")
 endif()
 if(QEL_DATE_FORMATTER STREQUAL "foundation" AND NOT QEL_PLATFORM_FOUNDATION)
   message(FATAL_ERROR "QEL_DATE_FORMATTER=foundation needs QEL_PLATFORM_FOUNDATION=ON")
@@ -11,14 +10,14 @@ if(NOT QEL_PLATFORM_FOUNDATION)
   return()
 endif()
 
-# Clang alone: g++ knows no `for ... in` in Objective-C++ and breaks down over `@catch` there.
+# Requires clang: g++ 12 does not support `for ... in` in Objective-C++, and crashes on `@catch`.
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER} CACHE FILEPATH "Objective-C++ compiler")
 else()
   find_program(CMAKE_OBJCXX_COMPILER NAMES clang++ clang++-19 clang++-14 REQUIRED)
 endif()
 
-# Flags given for C++, such as a sanitizer's, are for all of the program.
+# Flags for C++, such as those of a sanitizer, apply to the whole program.
 if(NOT DEFINED CMAKE_OBJCXX_FLAGS)
   set(CMAKE_OBJCXX_FLAGS "${CMAKE_CXX_FLAGS}" CACHE STRING "Flags of the Objective-C++ compiler")
 endif()

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Replays a large file of purchases on the workers of a Dask Distributed cluster.
 
-OUTPUT gets what one plain run over INPUT writes, byte for byte. Workers open INPUT by its path, so
-each of them must find it there. Where a worker dies, others do its part again.
+OUTPUT is identical to the output of one plain run over INPUT. Every worker opens INPUT under the
+same path. If a worker dies, other workers repeat its partitions.
 Exit status: 0 all lines were read, 1 some were rejected, 2 the replay failed.
 """
 
@@ -18,7 +18,7 @@ from distributed import Client
 
 
 def partitions(path, size):
-    """Cuts a file after the newline that follows each `size` bytes; gives offsets and lengths."""
+    """Yields the offset and length of each partition: `size` bytes, up to the next newline."""
     with open(path, "rb") as file:
         total = file.seek(0, os.SEEK_END)
         start = 0
@@ -30,7 +30,7 @@ def partitions(path, size):
 
 
 def piped(command, path, start, length):
-    """On a worker: the exit status and the output of a command that reads one partition."""
+    """Runs on a worker. Pipes one partition to a command; returns its exit status and output."""
     part = ["dd", "if=" + path, "bs=1M", "iflag=skip_bytes,count_bytes", "status=none",
             "skip={}".format(start), "count={}".format(length)]
     with subprocess.Popen(part, stdout=subprocess.PIPE) as source:
@@ -42,19 +42,19 @@ def piped(command, path, start, length):
 
 
 def count_newlines(path, start, length):
-    """On a worker: how many lines a partition adds to the numbers of those that follow it."""
+    """Runs on a worker. Returns the number of newlines in one partition."""
     return int(piped(["wc", "-l"], path, start, length)[1])
 
 
 def events(command, path, start, length, first_line):
-    """On a worker: the exit status and the output of the command for a partition."""
+    """Runs on a worker. Returns the exit status and the output for one partition."""
     numbered = [*shlex.split(command), "--jobs", "1", "--first-line", str(first_line)]
     return piped(numbered, path, start, length)
 
 
 def results(client, command, path, parts, ahead):
-    """Gives the results of all partitions in their order. At most `ahead` of them are under way or
-    wait for their turn, so that memory does not grow with the file."""
+    """Yields the results of all partitions in order. At most `ahead` partitions are in progress at a
+    time, so that memory does not grow with the file."""
     counts = client.gather([client.submit(count_newlines, path, *part) for part in parts])
     pending = collections.deque()
     for part, first_line in zip(parts, itertools.accumulate(counts, initial=1)):
@@ -69,9 +69,9 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("input")
     parser.add_argument("output")
-    parser.add_argument("--scheduler", help="of the cluster; without it, one is started here")
-    parser.add_argument("--workers", type=int, default=os.cpu_count(), help="to start here")
-    parser.add_argument("--command", default="qel-purchase events", help="to run on the workers")
+    parser.add_argument("--scheduler", help="address of the cluster's scheduler; by default starts a cluster on this machine")
+    parser.add_argument("--workers", type=int, default=os.cpu_count(), help="number of workers on this machine")
+    parser.add_argument("--command", default="qel-purchase events", help="command for the workers")
     parser.add_argument("--partition-size", type=int, default=32 << 20, help="in bytes")
     options = parser.parse_args()
 
@@ -92,6 +92,6 @@ def main():
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except Exception as error:  # whatever it was, it is told
+    except Exception as error:  # reported, whatever it is
         print("replay:", error, file=sys.stderr)
         sys.exit(2)
