@@ -66,11 +66,11 @@ def growth(times, prefix):
 def print_ratios(times, allocations, command):
     floor = times["BM_Floor/renewal"]
     print("One event, on one core")
-    print("  {:20} {:8.0f} ns".format("floor", floor))
+    print("  {:20} {:8.0f} ns".format("lower bound", floor))
     for event in EVENTS:
         name = "BM_Event/" + event
         print(
-            "  {:20} {:8.0f} ns   {:5.2f} x the floor   {:2} allocations".format(
+            "  {:20} {:8.0f} ns   {:5.2f} x the bound   {:2} allocations".format(
                 event, times[name], times[name] / floor, allocations[name]
             )
         )
@@ -81,12 +81,12 @@ def print_ratios(times, allocations, command):
     for order, prefix in RECEIPTS.items():
         print("  {:20} {:8.1f} x".format(order, growth(times, prefix)))
     print("The command, {purchases} purchases, {bytes} bytes".format(**command))
-    print("  {:20} {:8.0f} MB/s".format("reading floor", command["floor"] / 1e6))
+    print("  {:20} {:8.0f} MB/s".format("simdjson alone", command["floor"] / 1e6))
     # Equals the rate of one thread on an idle machine. On a busy machine it is closer to that rate.
     core_rate = command["bytes"] / command["secondsOfOneCore"]
     for threads, rate, base, name in [
-        ("one thread", command["one"], command["floor"], "the floor"),
-        ("by its CPU time", core_rate, command["floor"], "the floor"),
+        ("one thread", command["one"], command["floor"], "simdjson"),
+        ("by its CPU time", core_rate, command["floor"], "simdjson"),
         ("two threads", command["two"], command["one"], "one thread"),
     ]:
         print(
@@ -98,10 +98,10 @@ def print_ratios(times, allocations, command):
 
 def draw(times, command):
     floor = times["BM_Floor/renewal"]
-    events = [("floor", floor, "{:.0f} ns".format(floor))]
+    events = [("lower bound", floor, "{:.0f} ns".format(floor))]
     for event in EVENTS:
         time = times["BM_Event/" + event]
-        text = "{:.0f} ns, {:.2f} × the floor".format(time, time / floor)
+        text = "{:.0f} ns, {:.2f} × the bound".format(time, time / floor)
         events.append((event.replace("_", " "), time, text))
 
     lines = []
@@ -124,7 +124,7 @@ def draw(times, command):
     ]
     return picture.page(
         [
-            picture.bars("One event and its lower bound", events, "floor"),
+            picture.bars("One event and its lower bound", events, "lower bound"),
             picture.lines("One event, by receipt entries", "µs", lines),
             picture.bars("Parts of an event", parts),
             picture.bars("The command, with output", rates, "simdjson alone"),
