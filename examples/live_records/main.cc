@@ -20,7 +20,7 @@ class Item {
   std::string sku() const { return "monthly"; }
   std::string title() const { return "Monthly"; }
   std::string price() const { return "4.99"; }
-  std::optional<std::string> trialPrice() const { return "1.99"; }
+  std::optional<std::string> offerPrice() const { return "1.99"; }
   std::string currency() const { return "EUR"; }
 };
 
@@ -33,7 +33,7 @@ class Order {
 
 }  // namespace shop
 
-// Returns a view of `kept`, which is set to `answer` on the first call.
+// Returns a view of `kept`. Sets it to `answer` on the first call, so that the view stays valid.
 static qel::OptionalText keep(std::optional<std::string>& kept, std::string answer) {
   if (!kept.has_value()) kept = std::move(answer);
   return kept;
@@ -49,7 +49,7 @@ class OfferRecord final : public qel::StoreProductDiscount {
   explicit OfferRecord(const shop::Item& item) : item_(item) {}
 
   std::optional<qel::Decimal> price() const override {
-    const std::optional<std::string> price = item_.trialPrice();
+    const std::optional<std::string> price = item_.offerPrice();
     if (!price.has_value()) return std::nullopt;
     return qel::Decimal::fromString(*price);
   }
@@ -78,7 +78,7 @@ class ProductRecord final : public qel::StoreProduct {
   bool discountsAnswerPaymentMode() const override { return true; }
   bool answersIntroductoryPrice() const override { return true; }
   const qel::StoreProductDiscount* introductoryPrice() const override {
-    return item_.trialPrice().has_value() ? &offer_ : nullptr;
+    return item_.offerPrice().has_value() ? &offer_ : nullptr;
   }
 
  private:
