@@ -24,16 +24,16 @@ namespace qel {
 // that is not set is absent.
 
 struct PlainDiscount {
-  std::optional<Decimal> price;
+  std::optional<Decimal> price = std::nullopt;
   std::uint64_t paymentMode = 0;
 };
 
 struct PlainProduct {
-  std::optional<std::string> productIdentifier;
-  std::optional<Decimal> price;
-  std::optional<std::string> priceLocaleCurrencyCode;
-  std::optional<std::string> localizedTitle;
-  std::optional<PlainDiscount> introductoryPrice;
+  std::optional<std::string> productIdentifier = std::nullopt;
+  std::optional<Decimal> price = std::nullopt;
+  std::optional<std::string> priceLocaleCurrencyCode = std::nullopt;
+  std::optional<std::string> localizedTitle = std::nullopt;
+  std::optional<PlainDiscount> introductoryPrice = std::nullopt;
 
   bool hasDiscountClass = true;
   bool discountsAnswerPrice = true;
@@ -42,13 +42,13 @@ struct PlainProduct {
 };
 
 struct PlainOriginalTransaction {
-  std::optional<std::string> transactionIdentifier;
+  std::optional<std::string> transactionIdentifier = std::nullopt;
 };
 
 struct PlainTransaction {
-  std::optional<std::string> transactionIdentifier;
-  std::optional<PlainOriginalTransaction> originalTransaction;
-  std::optional<Instant> transactionDate;
+  std::optional<std::string> transactionIdentifier = std::nullopt;
+  std::optional<PlainOriginalTransaction> originalTransaction = std::nullopt;
+  std::optional<Instant> transactionDate = std::nullopt;
 
   // Units of the payment. The transaction has no payment if this is absent.
   std::optional<std::int64_t> quantity = 1;

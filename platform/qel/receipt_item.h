@@ -22,7 +22,7 @@ struct QELInAppPurchaseItem {
 
   // The purchase date as the receipt has it, usually an RFC 3339 timestamp: 2019-03-14T09:26:53Z.
   // May be any text.
-  std::optional<std::string> purchaseDateIA5String;
+  std::optional<std::string> purchaseDateIA5String = std::nullopt;
 
   bool isFreeTrial = false;
 
@@ -31,19 +31,19 @@ struct QELInAppPurchaseItem {
 
   // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
   // Only the low 32 bits count, as a signed integer. Absent counts as 0.
-  std::optional<std::int64_t> purchaseType;
+  std::optional<std::int64_t> purchaseType = std::nullopt;
 
-  std::optional<std::string> productID;
+  std::optional<std::string> productID = std::nullopt;
 
-  std::optional<std::string> transactionID;
+  std::optional<std::string> transactionID = std::nullopt;
 
   // The transaction that began the subscription. Equals transactionID on a first purchase.
-  std::optional<std::string> originalTransactionID;
+  std::optional<std::string> originalTransactionID = std::nullopt;
 
   // The string form of the number that the store gives to each billed period of a subscription, in
   // decimal digits: "1000000045678902". If it is present, even as "0" or empty, the entry counts as
   // one of a subscription. May be any text, which enters the deduplication identifier unchanged.
-  std::optional<std::string> webOrderLineItemID;
+  std::optional<std::string> webOrderLineItemID = std::nullopt;
 
   // Written out, because clang compiles a defaulted comparison into functions of the standard
   // library that a shared library would export.
