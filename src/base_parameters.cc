@@ -30,6 +30,7 @@ EventParameters baseParameters(std::string_view productIdentifier, const StorePr
   if (const std::optional<Decimal> price = product.price()) {
     base.set(ParameterKey::kPrice, QELValue::initWithInt64(amountFromPrice(*price, multiplier)));
     if (quantityOf(transaction) != 0) {
+      // Read again, not kept: both keys have the quantity of this second reading.
       const std::int64_t quantity = quantityOf(transaction);
       base.set(ParameterKey::kValue,
                QELValue::initWithInt64(QELValueInMicrosFromPriceAndQuantity(*price, quantity)));

@@ -31,6 +31,7 @@ inline constexpr DiagnosticMessage kAutoRenewable = {
     40008, "Transaction of auto-renewable subscription will be reported"};
 inline constexpr DiagnosticMessage kFreeTrial = {
     40009, "Transaction of free-trial auto-renewable subscription will be reported"};
+// Logged for every valid free trial and introductory offer, also for a first purchase.
 inline constexpr DiagnosticMessage kAutoRenewableRenewal = {
     40010, "Transaction of auto-renewable subscription renewal will be reported"};
 inline constexpr DiagnosticMessage kRepurchasedFreeTrial = {

@@ -48,7 +48,8 @@ std::uint64_t QELTransactionDedupeID(const OptionalText& originalTransactionID,
   if (isEmpty(originalTransactionID)) return kInsufficient;
   if (isEmpty(productID)) return kInsufficient;
 
-  // Without a separator the texts 1, 23, p and 12, 3, p have the same identifier, for good.
+  // Without a separator the texts 1, 23, p and 12, 3, p have the same identifier. This never
+  // changes.
   const std::string_view lineItem = webOrderLineItemID.value_or(std::string_view());
   std::string text;
   text.reserve(originalTransactionID->size() + lineItem.size() + productID->size());

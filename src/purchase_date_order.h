@@ -8,7 +8,7 @@
 
 namespace qel {
 
-// Result of a three-way comparison, with the platform's values.
+// Result of a three-way comparison, with the values of NSComparisonResult.
 enum class ComparisonResult : signed char { kAscending = -1, kSame = 0, kDescending = 1 };
 
 // Compares two purchase dates: ascending if the first is earlier. Parses the first text, then the

@@ -32,7 +32,7 @@ std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
   qel::QELInAppPurchaseItems matching;
   matching.reserve(items.size());
   for (const qel::QELInAppPurchaseItem& item : items) {
-    // Parsed for every entry, also where the date decides nothing.
+    // Every entry is parsed once, so that the number of parses does not depend on the criteria.
     const std::optional<qel::Instant> itemDate =
         formatter.dateFromString(item.purchaseDateIA5String);
     const bool isAtDate = itemDate.has_value() && itemDate == date;

@@ -15,7 +15,7 @@ namespace qel {
 // Checks a transaction of `productIdentifier` against the receipt's entries of that product.
 // Returns `parameters` with the keys that record the decision: "invalid", "subscription", "_did",
 // "free_trial", "price_is_discounted", "sub_convert" or "sub_renew". Returns them unchanged if the
-// only entry is not of a subscription and its two transaction identifiers differ. Returns
+// only entry is not of a subscription and its two transaction identifiers are not equal. Returns
 // std::nullopt if `parameters` or `productIdentifier` is empty.
 //
 // The identifier of the transaction, that of its original transaction, and its date may be absent.

@@ -13,7 +13,7 @@ namespace qel {
 bool isFirstPurchase(const QELInAppPurchaseItem& item);
 
 // Marks the purchase of `item`, unless it is the first of its subscription: sets "sub_convert" if
-// the entry before it in `items` is a free trial, otherwise "sub_renew". An item that is the first
+// the entry before it in `items` is a free trial, otherwise "sub_renew". An entry that is the first
 // of `items`, or not among them, is a renewal. Does nothing if `items` is empty.
 //
 // `items` are the receipt's entries of one product, earliest first.

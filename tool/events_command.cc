@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -163,7 +165,8 @@ class Run {
   // Returns the next block to process, or null at the end of the run.
   Work* readNext() {
     if (hasWriteFailed_ || isInterrupted()) return nullptr;
-    // Blocks are written in the order in which they were read, so the oldest one is free again.
+    // At most works_.size() blocks are in progress, and they finish in order, so the oldest one is
+    // free again.
     Work& work = works_[nextWork_++ % works_.size()];
     try {
       return reader_.next(work.block) ? &work : nullptr;
@@ -214,6 +217,11 @@ ExitStatus runEvents(const EventsOptions& options) {
   std::optional<Input> input;
   try {
     catchInterrupt();
+  } catch (const std::system_error& error) {
+    complain("cannot catch interrupts", error.code());
+    return kFailed;
+  }
+  try {
     input.emplace(options.input);
   } catch (const std::system_error& error) {
     complain("cannot open " + inputName, error.code());

@@ -31,8 +31,9 @@ struct EventsOptions {
 };
 
 // Reads JSON Lines from the input and writes one line for each to standard output, in the same
-// order. Writes errors, and at the end the number of purchases read and rejected, to standard
-// error.
+// order. Writes
+// failures of the input or output, and at the end the number of purchases read and of lines
+// rejected, to standard error.
 ExitStatus runEvents(const EventsOptions& options);
 
 }  // namespace qel::tool

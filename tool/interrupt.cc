@@ -37,7 +37,7 @@ void catchInterrupt() {
   action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
   struct sigaction before = {};
   if (sigaction(SIGINT, &action, &before) != 0) throwError("cannot catch the interrupt");
-  // A shell has a program in the background ignore interrupts, which are not meant for it.
+  // A shell starts background programs with SIGINT ignored, and it must stay so.
   if (before.sa_handler == SIG_IGN) std::signal(SIGINT, SIG_IGN);
 }
 

@@ -6,7 +6,7 @@
 namespace qel::tool {
 
 // Catches the first SIGINT: it makes `isInterrupted` true and `interruptDescriptor` readable. The
-// second one ends the program. Does nothing if SIGINT is ignored. Must be called once, before other
+// second one ends the program. Leaves SIGINT ignored if it was. Must be called once, before other
 // threads start. Throws std::system_error.
 void catchInterrupt();
 

@@ -21,7 +21,7 @@ constexpr int kMaxDepth = 1000;
 
 [[noreturn]] void failAsBroken(const char* what) { fail(std::string("broken JSON: ") + what); }
 
-// Returns what JSON has in the place where simdjson found something else.
+// Returns a description of what JSON has where simdjson found an error.
 const char* expectationOf(simdjson::error_code error) {
   switch (error) {
     case simdjson::UTF8_ERROR:
@@ -86,7 +86,8 @@ bool isInteger(std::string_view token) {
   return std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Throws unless a value that begins like a word or a number of JSON is one.
+// Throws if `token`, whose type simdjson took from its first character, is not a number, true,
+// false or null after all.
 void checkToken(json::json_type type, std::string_view token) {
   const bool isWord = token == "true" || token == "false" || token == "null";
   if (type == json::json_type::number && !Decimal::isJsonNumber(token)) failAsBroken(kNoNumber);
@@ -160,7 +161,9 @@ OptionalText JsonValue::readString(const char* expected) {
     takeNull(expected);
     return std::nullopt;
   }
+  // Moves simdjson past the string.
   json::raw_json_string string;
+
   failIf(value_.get_raw_json_string().get(string));
   return unescaped(source_, token.substr(1, token.rfind('"') - 1));
 }
@@ -299,7 +302,7 @@ json::object JsonReader::open(std::string_view text) {
 }
 
 void JsonReader::close() {
-  // After the last token there is no location.
+  // simdjson returns OUT_OF_BOUNDS if nothing follows the object.
   if (document_.current_location().error() != simdjson::OUT_OF_BOUNDS) {
     failAsBroken("expected nothing after the object");
   }

@@ -44,7 +44,8 @@ struct JsonSource {
   UnknownKeys unknownKeys = UnknownKeys::kAreErrors;
   std::string_view text;
 
-  // Strings with escapes, unescaped. Never longer than the text, so that views of it stay valid.
+  // Unescaped strings, in one buffer. It has room for the whole text, so that views of it stay
+  // valid.
   std::string unescaped;
 };
 
@@ -104,8 +105,9 @@ class JsonValue {
   std::string_view numberToken();
   OptionalText readString(const char* expected);
 
-  // Takes null. Throws JsonError for any other value, which is not the expected one.
+  // Reads null. Throws JsonError for any other value: "expected ..., found ...".
   void takeNull(const char* expected);
+  // The same, with the digits of a number that is not the expected one.
   void takeNullForInteger(const char* expected);
 
   bool openObject(simdjson::ondemand::object& object);
@@ -125,7 +127,7 @@ class JsonMembers {
 
   // Returns whether the key of the member is `key`, written without escapes.
   bool hasRawKey(std::string_view key) const {
-    // Never reads past the padding, because a key is shorter than that.
+    // A key of a table is shorter than the padding, so this reads no further.
     const char* const raw = member_.value_unsafe().key().raw();
     return raw[key.size()] == '"' && std::memcmp(raw, key.data(), key.size()) == 0;
   }
@@ -203,7 +205,7 @@ void readUnknown(JsonSource& source, JsonValue value, const std::string_view* ke
                  std::size_t count);
 
 // Returns the index of the field of the member's key, or kCount. Members usually come in the order
-// of the table, so `expected` is tried first.
+// of the table, so the fields from `expected` on are tried first.
 template <typename Record, std::size_t kCount>
 std::size_t fieldOf(JsonMembers& members, const JsonField<Record> (&fields)[kCount],
                     std::size_t expected) {

@@ -82,8 +82,8 @@ constexpr bool isPlain(char character) {
          character != '\xED';
 }
 
-// Returns whether all eight bytes of `word` are plain. A byte that is zero, or less than 0x20,
-// shows by the borrow into its highest bit.
+// Returns whether all eight bytes of `word` are plain. Subtracting sets the highest bit of a byte
+// that is less than 0x20, or that the XOR has made zero, by a borrow.
 constexpr bool areAllPlain(std::uint64_t word) {
   constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
   constexpr std::uint64_t kHighBits = 0x80 * kOnes;

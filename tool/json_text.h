@@ -13,7 +13,7 @@
 namespace qel::tool {
 
 // Returns the raw text of a JSON string whose first character is at the start of `text`: everything
-// before the next quote without a backslash. Returns std::nullopt if there is no such quote.
+// before the first quote that is not escaped. Returns std::nullopt if there is no such quote.
 std::optional<std::string_view> rawJsonString(std::string_view text);
 
 // Unescapes the raw text of a JSON string and appends it to `out`, at most raw.size() bytes.

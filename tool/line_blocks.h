@@ -11,7 +11,7 @@
 
 namespace qel::tool {
 
-// Some whole lines of the input. Reused, so that its memory is.
+// Whole lines of the input. Reuse a block to reuse its memory.
 struct LineBlock {
   std::vector<char> memory;
 
@@ -32,10 +32,10 @@ class LineBlockReader {
   explicit LineBlockReader(int descriptor, std::uint64_t firstLineNumber = 1)
       : descriptor_(descriptor), nextLineNumber_(firstLineNumber) {}
 
-  // Fills `block` with the next lines: those of one read(), at least one. Blocks until there is
-  // input. Returns false at the end of the input, and after an interrupt, which discards a line
-  // that is not complete. Throws std::system_error if reading fails; earlier lines are in earlier
-  // blocks.
+  // Fills `block` with the lines that are complete after a read(). Reads again until there is one.
+  // Blocks until there is input. Returns false at the end of the input, and after an interrupt,
+  // which discards a line that is not complete. Throws std::system_error if reading fails; earlier
+  // lines are in earlier blocks.
   bool next(LineBlock& block);
 
  private:

@@ -147,7 +147,7 @@ constexpr JsonField<QELInAppPurchaseItem> kEntryFields[] = {
      }},
 };
 
-// The platform is read into a product, because a product answers for its platform.
+// PlainProduct has the fields of the platform, so the platform is read into one.
 constexpr JsonField<PlainProduct> kDiscountClassFields[] = {
     {"price",
      [](JsonValue& value, PlainProduct& platform) {
@@ -162,7 +162,7 @@ constexpr JsonField<PlainProduct> kDiscountClassFields[] = {
 constexpr JsonField<PlainProduct> kPlatformFields[] = {
     {"SKProductDiscount",
      [](JsonValue& value, PlainProduct& platform) {
-       // Null says that there is no such class; without the key there is.
+       // Null means that the class does not exist, an absent key that it does.
        platform.hasDiscountClass =
            value.readObject(kDiscountClassFields, platform) || value.isAbsent();
      }},

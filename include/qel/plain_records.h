@@ -20,8 +20,8 @@
 
 namespace qel {
 
-// The fields have the meanings of the operations of the same names in qel/store_records.h. A field
-// that is not set is absent.
+// The fields have the meanings of the operations of the same names in qel/store_records.h. An
+// optional field that is not set is absent, except the quantity, which is 1.
 
 struct PlainDiscount {
   std::optional<Decimal> price = std::nullopt;
@@ -57,7 +57,7 @@ struct PlainTransaction {
 // The records refer to the data that they are made of, which must outlive them. A change of the
 // data shows in the next call of an operation.
 //
-// Threads: like a const reference to the data.
+// Threads: safe from any thread while the data does not change.
 
 class PlainDiscountRecord final : public StoreProductDiscount {
  public:

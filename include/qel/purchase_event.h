@@ -23,13 +23,13 @@ QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 
 }  // namespace qel
 
-// Returns the parameters of the event for one purchase. Returns std::nullopt if there is no sound
-// event: the product, its identifier or the transaction is missing, or "price", "value" or
-// "currency" would be. Every event has these three and "product_id". A purchase that the receipt
+// Returns the parameters of the event for one purchase. Returns std::nullopt if the product, its
+// identifier or the transaction is missing, or if the event would lack "price", "value" or
+// "currency". Every event has these three and "product_id". A purchase that the receipt
 // does not confirm is an event with "invalid".
 //
-// `product` and `transaction` may be null, and `receiptItems` may be empty. The records are asked
-// during the call only. The list must not change during the call.
+// `product` and `transaction` may be null, and `receiptItems` may be empty. The operations of the
+// records are called during the call only. The list must not change during the call.
 //
 // Rejections and decisions are logged to QELMeasurement::monitor(). Three cases are not logged: an
 // event without a price, value or currency; a single entry that is not of a subscription and whose

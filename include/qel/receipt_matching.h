@@ -17,9 +17,9 @@
 // An entry whose purchase date cannot be read matches no date. If only the identifier is given, it
 // can match, and comes before all dated entries.
 //
-// The result refers to the caller's own entries. An entry that is in `items` twice can be in the
-// result twice. The result is empty if no entry matches. It is std::nullopt if `items` is empty, or
-// if there is neither an identifier nor a date.
+// The result refers to the caller's own entries. An entry that is in `items` twice is
+// returned twice if it matches. The result is empty if no entry matches. It is std::nullopt if
+// `items` is empty, or if there is neither an identifier nor a date.
 //
 // Lets no exception through: if memory runs out, the program ends with std::terminate.
 //

@@ -10,8 +10,7 @@
 namespace qel {
 namespace {
 
-// First byte of every surrogate. It is the first byte of no other character above U+D7FF, and never
-// a later byte.
+// First byte of every surrogate, and of the characters from U+D000 to U+D7FF. Never a later byte.
 constexpr char kSurrogateLead = '\xED';
 constexpr std::size_t kSurrogateSize = 3;
 

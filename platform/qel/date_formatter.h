@@ -20,7 +20,7 @@ namespace qel {
 // Threads: a formatter must be used on the thread that made it.
 class QEL_EXPORT DateFormatter {
  public:
-  // Sets the locale, the pattern and the time zone, in this order.
+  // Sets the locale, the pattern and the time zone, in this order, if the implementation has them.
   DateFormatter();
   ~DateFormatter();
 

@@ -61,8 +61,9 @@ class Decimal {
   // 256 bits, least significant 64 first.
   using Coefficient = std::array<std::uint64_t, 4>;
 
-  // Takes the halves of the coefficient separately. Writing them to memory and reading them back as
-  // a whole stalls the processor (store forwarding) for longer than a product takes.
+  // Takes the two least significant limbs; the others are 0. Passed as one array they would be
+  // written and read back as a whole, which stalls the processor (store forwarding) for longer than
+  // a product takes.
   constexpr Decimal(bool isNegative, std::uint64_t low, std::uint64_t high, int exponent)
       : coefficient_{low, high}, exponent_(exponent), isNegative_(isNegative) {}
 

@@ -21,7 +21,7 @@ enum class ParameterKey : std::uint8_t {
   kDedupeId,           // integer: deduplication identifier; -1 insufficient input, 0 not encodable
   kCurrency,           // string: currency code of the product's price
   kFreeTrial,          // flag: the matched entry is a free trial
-  kInvalid,            // flag: the receipt does not confirm the purchase, or it repeats one
+  kInvalid,            // flag: not confirmed by the receipt, or a restore or repeated trial
   kOriginalPrice,      // integer: the product's price, where kPrice is a trial's or an offer's
   kPrice,              // integer: the price of one unit; the offer's, where it can be read
   kPriceIsDiscounted,  // flag: the matched entry is a free trial or an introductory offer

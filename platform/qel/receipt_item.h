@@ -17,8 +17,7 @@ namespace qel {
 // One in-app purchase entry of an app's receipt. Entries are equal if all their fields are. Absent
 // fields are equal here, so that an entry always equals itself.
 struct QELInAppPurchaseItem {
-  // The fields that sorting and searching read come first, in one cache line: a receipt may hold
-  // thousands of entries.
+  // The fields that sorting reads fill the first 64 bytes: a receipt can have thousands of entries.
 
   // The purchase date as the receipt has it, usually an RFC 3339 timestamp: 2019-03-14T09:26:53Z.
   // May be any text.

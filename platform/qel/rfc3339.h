@@ -11,8 +11,8 @@
 
 namespace qel {
 
-// Parses an RFC 3339 timestamp of whole seconds, such as 2019-03-14T09:26:53Z. Returns std::nullopt
-// for any other text.
+// Parses a timestamp of whole seconds in the form of RFC 3339 that is described below, such as
+// 2019-03-14T09:26:53Z. Returns std::nullopt for any other text.
 //
 // Accepts years 0001 to 9999, days of the Gregorian calendar, and times from 00:00:00 to 23:59:59.
 // The zone is Z, or an offset from UTC as +hh:mm or -hh:mm, up to 23:59. It may have seconds, which

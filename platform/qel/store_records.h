@@ -49,7 +49,7 @@ class StoreProduct {
 
   virtual OptionalText localizedTitle() const = 0;
 
-  // Older stores have no introductory offers. The next four operations say what is available. They
+  // Older systems have no introductory offers. The next four operations say what is available. They
   // are called in this order, up to the first false.
 
   // Whether the platform has the class SKProductDiscount.
