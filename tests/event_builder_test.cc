@@ -1,5 +1,3 @@
-#include "completed_event.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,6 +8,7 @@
 #include <span>
 #include <utility>
 
+#include "completed_event.h"
 #include "discount_parameters.h"
 #include "purchase_fixtures.h"
 #include "qel/purchase_event.h"
@@ -400,7 +399,7 @@ TEST_F(EventBuilderTest, TransactionDateKeepsItsFractionAndSoMatchesNoEntry) {
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40023, {"monthly"})}));
 }
 
-TEST_F(EventBuilderTest, RestoredNonConsumableIsJudgedByTheOriginalTransactionOfTheStore) {
+TEST_F(EventBuilderTest, RestoredNonConsumableDependsOnTheOriginalTransactionOfTheStore) {
   purchase.receipt = {entryOf(kNonConsumable, "coins", kMarch, "1", "1")};
   purchase.transaction.theTransactionIdentifier = "2";
   purchase.original.theTransactionIdentifier = "1";

@@ -21,6 +21,7 @@
 #include "qel/purchase_event.h"
 #include "qel/receipt_item.h"
 #include "recording_monitor.h"
+#include "reference/message_texts.h"
 #include "store_doubles.h"
 
 namespace qel::testing {
@@ -34,33 +35,6 @@ std::string nameOfCase(const ::testing::TestParamInfo<Case>& info) {
 }
 
 // --- Diagnostics ---
-
-// Every message of the component, typed out once more: the component's own table is under test.
-inline const std::map<int, std::string>& messageTexts() {
-  static const std::map<int, std::string> texts = {
-      {40003, "Transaction ID cannot be nil or empty."},
-      {40005, "Restore/repurchase of non-consumable item will be reported as invalid"},
-      {40007,
-       "Transaction with mismatched transaction ID and original transaction ID will be reported as "
-       "consumable"},
-      {40008, "Transaction of auto-renewable subscription will be reported"},
-      {40009, "Transaction of free-trial auto-renewable subscription will be reported"},
-      {40010, "Transaction of auto-renewable subscription renewal will be reported"},
-      {40011, "Repurchase of free-trial auto-renewable subscription will be reported as invalid"},
-      {40018, "Transaction of introductory offer will be reported"},
-      {40020, "Transaction missing in receipt will be reported as invalid"},
-      {40021, "Transaction of consumable item will be reported"},
-      {40022, "Transaction of non-consumable item will be reported"},
-      {40023, "Subscription transaction missing in receipt will be reported as invalid"},
-      {40024,
-       "Subscription transaction with duplicate transaction date will be reported as invalid"},
-      {40025, "Transaction of non-renewing subscription will be reported"},
-      {40026, "IAP Transaction cannot be created from nil product"},
-      {40027, "IAP Transaction cannot be created from empty or nil product ID"},
-      {40028, "IAP Transaction cannot be created from nil transaction"},
-  };
-  return texts;
-}
 
 // The message `code` as the monitor must receive it: at level 8, with its text and `context`.
 inline Diagnostic logged(int code, std::vector<Diagnostic::Context> context = {}) {

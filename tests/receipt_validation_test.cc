@@ -606,7 +606,7 @@ TEST_F(ReceiptValidationTest, RenewalThatStandsAloneInTheReceiptIsARenewal) {
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"sub_renew", 1}}), {logged(40008)});
 }
 
-TEST_F(ReceiptValidationTest, EarlierRenewalIsJudgedByTheEntryBeforeIt) {
+TEST_F(ReceiptValidationTest, EarlierRenewalDependsOnTheEntryBeforeIt) {
   receipt = {trialInFebruary(), renewalInMarch(),
              entryOf(kAutoRenewable, "monthly", kApril, "3000", "1000")};
   expectOutcome(baseWith({{"_did", kDedupeIdOf100077monthly}, {"sub_convert", 1}}),

@@ -1,7 +1,7 @@
-// A second reading of written dates.
+// The oracle for RFC 3339 timestamps.
 
-#ifndef QEL_TESTS_JUDGES_DATE_JUDGE_H_
-#define QEL_TESTS_JUDGES_DATE_JUDGE_H_
+#ifndef QEL_TESTS_REFERENCE_DATE_ORACLE_H_
+#define QEL_TESTS_REFERENCE_DATE_ORACLE_H_
 
 #include <cstdint>
 #include <optional>
@@ -18,8 +18,8 @@ std::int64_t daysSince1970(int year, int month, int day);
 // Seconds since 1970-01-01T00:00:00Z of a date that is written as the component reads it; nothing
 // for any other text. Takes numbers from where they must stand, whatever stands there, and then
 // asks whether writing those numbers gives the same text.
-std::optional<std::int64_t> judgedSeconds(std::string_view text);
+std::optional<std::int64_t> oracleSeconds(std::string_view text);
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_JUDGES_DATE_JUDGE_H_
+#endif  // QEL_TESTS_REFERENCE_DATE_ORACLE_H_

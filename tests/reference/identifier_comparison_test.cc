@@ -1,6 +1,4 @@
-// Holds the encoding of text, and the identifier made of it, against ICU and OpenSSL.
-
-#include "identifier_judge.h"
+// Compares the encoding of text, and the identifier made of it, with ICU and OpenSSL.
 
 #include <gtest/gtest.h>
 
@@ -10,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "identifier_oracle.h"
 #include "joined.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/text.h"
@@ -33,13 +32,13 @@ std::u16string pairOf(char32_t character) {
 }
 
 // Expects that `bytes` are encoded as ICU encodes the UTF-16 that they carry.
-void expectAsJudged(const std::string& bytes) {
+void expectAsOracle(const std::string& bytes) {
   const std::optional<std::u16string> text = carriedUtf16(bytes);
   const std::optional<std::string> expected = text.has_value() ? strictUtf8(*text) : std::nullopt;
   ASSERT_EQ(utf8DataWithoutLoss(bytes), expected) << ::testing::PrintToString(bytes);
 }
 
-TEST(IdentifierJudgeTest, EveryCharacterIsEncodedAsByIcu) {
+TEST(IdentifierComparisonTest, EveryCharacterIsEncodedAsByIcu) {
   int characters = 0;
   for (char32_t character = 0; character < kPastCharacters; ++character) {
     if (character == kFirstHigh) character = kPastSurrogates;
@@ -53,7 +52,7 @@ TEST(IdentifierJudgeTest, EveryCharacterIsEncodedAsByIcu) {
   EXPECT_EQ(characters, 1112064);
 }
 
-TEST(IdentifierJudgeTest, NoSurrogateAloneCanBeEncoded) {
+TEST(IdentifierComparisonTest, NoSurrogateAloneCanBeEncoded) {
   for (char32_t surrogate = kFirstHigh; surrogate < kPastSurrogates; ++surrogate) {
     const std::string alone = carriedText(unit(surrogate));
     ASSERT_EQ(alone.size(), 3u);
@@ -66,19 +65,19 @@ TEST(IdentifierJudgeTest, NoSurrogateAloneCanBeEncoded) {
   }
 }
 
-TEST(IdentifierJudgeTest, EveryPairSplitAtTheJointIsOneCharacter) {
+TEST(IdentifierComparisonTest, EveryPairSplitAtTheJointIsOneCharacter) {
   for (char32_t character = kFirstPaired; character < kPastCharacters; ++character) {
     const std::u16string pair = pairOf(character);
     const std::string expected = "o" + *strictUtf8(pair) + "p";
     const std::string original = "o" + carriedText(pair.substr(0, 1));
     const std::string product = carriedText(pair.substr(1)) + "p";
     ASSERT_EQ(utf8DataWithoutLoss(original + product), expected);
-    ASSERT_EQ(QELTransactionDedupeID(original, std::nullopt, product), judgedDigest(expected))
+    ASSERT_EQ(QELTransactionDedupeID(original, std::nullopt, product), oracleDigest(expected))
         << static_cast<unsigned>(character);
   }
 }
 
-TEST(IdentifierJudgeTest, EveryPairWithinOneTextIsOneCharacter) {
+TEST(IdentifierComparisonTest, EveryPairWithinOneTextIsOneCharacter) {
   for (char32_t character = kFirstPaired; character < kPastCharacters; ++character) {
     const std::u16string pair = pairOf(character);
     const std::string halves = carriedText(pair.substr(0, 1)) + carriedText(pair.substr(1));
@@ -87,7 +86,7 @@ TEST(IdentifierJudgeTest, EveryPairWithinOneTextIsOneCharacter) {
   }
 }
 
-TEST(IdentifierJudgeTest, EveryPairInTheWrongOrderCannotBeEncoded) {
+TEST(IdentifierComparisonTest, EveryPairInTheWrongOrderCannotBeEncoded) {
   for (char32_t character = kFirstPaired; character < kPastCharacters; ++character) {
     const std::u16string pair = pairOf(character);
     const std::string halves = carriedText(pair.substr(1)) + carriedText(pair.substr(0, 1));
@@ -96,7 +95,7 @@ TEST(IdentifierJudgeTest, EveryPairInTheWrongOrderCannotBeEncoded) {
 }
 
 // Digits between the halves keep them apart.
-TEST(IdentifierJudgeTest, PairsSplitAroundAWebOrderLineItemCannotBeEncoded) {
+TEST(IdentifierComparisonTest, PairsSplitAroundAWebOrderLineItemCannotBeEncoded) {
   constexpr char32_t kStep = 1021;  // a prime, so that both halves vary
   for (char32_t character = kFirstPaired; character < kPastCharacters; character += kStep) {
     const std::u16string pair = pairOf(character);
@@ -106,7 +105,7 @@ TEST(IdentifierJudgeTest, PairsSplitAroundAWebOrderLineItemCannotBeEncoded) {
   }
 }
 
-TEST(IdentifierJudgeTest, EveryRowOfThreeHalvesIsJudgedAlike) {
+TEST(IdentifierComparisonTest, EveryRowOfThreeHalvesIsReadAlike) {
   const std::array<std::string, 7> pieces = {carriedText(unit(0xD800)),
                                              carriedText(unit(0xDBFF)),
                                              carriedText(unit(0xDC00)),
@@ -119,25 +118,25 @@ TEST(IdentifierJudgeTest, EveryRowOfThreeHalvesIsJudgedAlike) {
       for (const std::string& third : pieces) {
         for (const std::string& fourth : pieces) {
           const std::string text = joined({first, second, third, fourth});
-          expectAsJudged(text);
-          expectAsJudged(text.substr(0, text.size() - 1));
+          expectAsOracle(text);
+          expectAsOracle(text.substr(0, text.size() - 1));
         }
       }
     }
   }
 }
 
-TEST(IdentifierJudgeTest, EveryOneAndTwoBytesAreJudgedAlike) {
+TEST(IdentifierComparisonTest, EveryOneAndTwoBytesAreReadAlike) {
   constexpr int kBytes = 256;
   for (int first = 0; first < kBytes; ++first) {
-    expectAsJudged({static_cast<char>(first)});
+    expectAsOracle({static_cast<char>(first)});
     for (int second = 0; second < kBytes; ++second) {
-      expectAsJudged({static_cast<char>(first), static_cast<char>(second)});
+      expectAsOracle({static_cast<char>(first), static_cast<char>(second)});
     }
   }
 }
 
-TEST(IdentifierJudgeTest, EveryThreeBytesFromALeadOnAreJudgedAlike) {
+TEST(IdentifierComparisonTest, EveryThreeBytesFromALeadOnAreReadAlike) {
   constexpr int kBytes = 256;
   constexpr int kFirstLead = 0xE0;
   constexpr int kPastLeads = 0xF0;
@@ -146,13 +145,13 @@ TEST(IdentifierJudgeTest, EveryThreeBytesFromALeadOnAreJudgedAlike) {
     for (int second = 0; second < kBytes; ++second) {
       for (int third = 0; third < kBytes; ++third) {
         bytes = {static_cast<char>(first), static_cast<char>(second), static_cast<char>(third)};
-        expectAsJudged(bytes);
+        expectAsOracle(bytes);
       }
     }
   }
 }
 
-TEST(IdentifierJudgeTest, FourBytesAtEveryBoundaryAreJudgedAlike) {
+TEST(IdentifierComparisonTest, FourBytesAtEveryBoundaryAreReadAlike) {
   constexpr int kBytes = 256;
   constexpr int kFirstLead = 0xF0;
   constexpr std::array<int, 9> kLater = {0x00, 0x7F, 0x80, 0x81, 0xA5, 0xBF, 0xC0, 0xE0, 0xFF};
@@ -160,7 +159,7 @@ TEST(IdentifierJudgeTest, FourBytesAtEveryBoundaryAreJudgedAlike) {
     for (int second = 0; second < kBytes; ++second) {
       for (const int third : kLater) {
         for (const int fourth : kLater) {
-          expectAsJudged({static_cast<char>(first), static_cast<char>(second),
+          expectAsOracle({static_cast<char>(first), static_cast<char>(second),
                           static_cast<char>(third), static_cast<char>(fourth)});
         }
       }
@@ -168,7 +167,7 @@ TEST(IdentifierJudgeTest, FourBytesAtEveryBoundaryAreJudgedAlike) {
   }
 }
 
-TEST(IdentifierJudgeTest, RandomIdentifiersAreAsJudged) {
+TEST(IdentifierComparisonTest, RandomIdentifiersAreAsExpected) {
   constexpr std::array<std::u16string_view, 12> kPieces = {u"",
                                                            u"1",
                                                            u"1000",
@@ -201,7 +200,7 @@ TEST(IdentifierJudgeTest, RandomIdentifiersAreAsJudged) {
       if (randomBetween(random, 0, 3) == 0) *webOrder += std::to_string(random());
     }
     ASSERT_EQ(QELTransactionDedupeID(original, webOrder, product),
-              judgedDedupeId(original, webOrder, product))
+              oracleDedupeId(original, webOrder, product))
         << ::testing::PrintToString(original) << ::testing::PrintToString(webOrder)
         << ::testing::PrintToString(product);
   }

@@ -1,4 +1,4 @@
-#include "identifier_judge.h"
+#include "identifier_oracle.h"
 
 #include <openssl/evp.h>
 #include <unicode/ustring.h>
@@ -109,7 +109,7 @@ std::optional<std::string> strictUtf8(std::u16string_view text) {
   return bytes;
 }
 
-std::uint64_t judgedDigest(std::string_view bytes) {
+std::uint64_t oracleDigest(std::string_view bytes) {
   std::array<unsigned char, 16> digest = {};
   EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_md5(), nullptr);
   std::uint64_t number = 0;
@@ -117,7 +117,7 @@ std::uint64_t judgedDigest(std::string_view bytes) {
   return number;
 }
 
-std::uint64_t judgedDedupeId(const std::optional<std::string_view>& originalTransactionId,
+std::uint64_t oracleDedupeId(const std::optional<std::string_view>& originalTransactionId,
                              const std::optional<std::string_view>& webOrderLineItemId,
                              const std::optional<std::string_view>& productId) {
   if (originalTransactionId.value_or("").empty() || productId.value_or("").empty()) return ~0ull;
@@ -130,7 +130,7 @@ std::uint64_t judgedDedupeId(const std::optional<std::string_view>& originalTran
   const std::optional<std::u16string> text = carriedUtf16(joined.str());
   if (!text.has_value()) return 0;
   const std::optional<std::string> bytes = strictUtf8(*text);
-  return bytes.has_value() ? judgedDigest(*bytes) : 0;
+  return bytes.has_value() ? oracleDigest(*bytes) : 0;
 }
 
 }  // namespace qel::testing

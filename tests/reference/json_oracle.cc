@@ -1,18 +1,18 @@
-#include "json_judge.h"
+#include "json_oracle.h"
 
 #include <cstddef>
 #include <map>
 #include <utility>
 
-#include "identifier_judge.h"
+#include "identifier_oracle.h"
 
 namespace qel::testing {
 namespace {
 
 struct NoJson {};
 
-JudgedJson ofKind(JudgedJson::Kind kind, std::string text = {}) {
-  JudgedJson json;
+OracleJson ofKind(OracleJson::Kind kind, std::string text = {}) {
+  OracleJson json;
   json.kind = kind;
   json.text = std::move(text);
   return json;
@@ -23,15 +23,15 @@ class Parser {
  public:
   explicit Parser(std::u16string_view rest) : rest_(rest) {}
 
-  JudgedJson document() {
-    JudgedJson value = this->value();
+  OracleJson document() {
+    OracleJson value = this->value();
     skipSpace();
     if (!rest_.empty()) throw NoJson();
     return value;
   }
 
  private:
-  JudgedJson value() {
+  OracleJson value() {
     skipSpace();
     switch (peek()) {
       case u'{':
@@ -39,13 +39,13 @@ class Parser {
       case u'[':
         return array();
       case u'"':
-        return ofKind(JudgedJson::Kind::kString, string());
+        return ofKind(OracleJson::Kind::kString, string());
       case u't':
         word(u"true");
-        return ofKind(JudgedJson::Kind::kBoolean, "true");
+        return ofKind(OracleJson::Kind::kBoolean, "true");
       case u'f':
         word(u"false");
-        return ofKind(JudgedJson::Kind::kBoolean, "false");
+        return ofKind(OracleJson::Kind::kBoolean, "false");
       case u'n':
         word(u"null");
         return {};
@@ -54,8 +54,8 @@ class Parser {
     }
   }
 
-  JudgedJson object() {
-    JudgedJson result = ofKind(JudgedJson::Kind::kObject);
+  OracleJson object() {
+    OracleJson result = ofKind(OracleJson::Kind::kObject);
     next();
     skipSpace();
     if (peek() == u'}') {
@@ -73,8 +73,8 @@ class Parser {
     return result;
   }
 
-  JudgedJson array() {
-    JudgedJson result = ofKind(JudgedJson::Kind::kArray);
+  OracleJson array() {
+    OracleJson result = ofKind(OracleJson::Kind::kArray);
     next();
     skipSpace();
     if (peek() == u']') {
@@ -129,8 +129,8 @@ class Parser {
     return static_cast<int>(digit);
   }
 
-  JudgedJson number() {
-    JudgedJson result = ofKind(JudgedJson::Kind::kNumber);
+  OracleJson number() {
+    OracleJson result = ofKind(OracleJson::Kind::kNumber);
     if (peek() == u'-') take(result.text);
     if (peek() == u'0') {
       take(result.text);
@@ -182,14 +182,14 @@ class Parser {
 
 }  // namespace
 
-const JudgedJson* JudgedJson::find(std::string_view key) const {
+const OracleJson* OracleJson::find(std::string_view key) const {
   for (std::size_t i = 0; i < keys.size(); ++i) {
     if (keys[i] == key) return &values[i];
   }
   return nullptr;
 }
 
-std::optional<JudgedJson> judgedJson(std::string_view text) {
+std::optional<OracleJson> oracleJson(std::string_view text) {
   const std::optional<std::u16string> units = carriedUtf16(text);
   // UTF-8 is only what strict UTF-8 gives back; two surrogates, each in three bytes, are none.
   if (!units.has_value() || strictUtf8(*units) != text) return std::nullopt;

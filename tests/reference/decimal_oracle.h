@@ -1,7 +1,7 @@
-// A second reading of decimal numbers, with GMP for exact integers and MPFR for rounding.
+// The oracle for decimal numbers, with GMP for exact integers and MPFR for rounding.
 
-#ifndef QEL_TESTS_JUDGES_DECIMAL_JUDGE_H_
-#define QEL_TESTS_JUDGES_DECIMAL_JUDGE_H_
+#ifndef QEL_TESTS_REFERENCE_DECIMAL_ORACLE_H_
+#define QEL_TESTS_REFERENCE_DECIMAL_ORACLE_H_
 
 #include <gmpxx.h>
 
@@ -13,14 +13,14 @@
 namespace qel::testing {
 
 // coefficient x 10^exponent, of any size; negative zero is told from zero.
-struct JudgedDecimal {
+struct OracleDecimal {
   bool isNegative = false;
   mpz_class coefficient;  // never negative
   std::int64_t exponent = 0;
 
-  static JudgedDecimal ofInteger(std::int64_t integer);
+  static OracleDecimal ofInteger(std::int64_t integer);
 
-  JudgedDecimal times(const JudgedDecimal& factor) const;
+  OracleDecimal times(const OracleDecimal& factor) const;
 
   // The nearest double, a tie going to the even one.
   double nearestDouble() const;
@@ -33,16 +33,16 @@ struct JudgedDecimal {
 };
 
 // What the text should be read as.
-struct JudgedReading {
+struct OracleReading {
   enum class Kind { kRejected, kNotANumber, kNumber };
   Kind kind = Kind::kRejected;
-  JudgedDecimal number;  // when `kind` is kNumber
+  OracleDecimal number;  // when `kind` is kNumber
 };
 
 // Reads the numbers of RFC 8259 that have a form of at most 38 digits and an exponent from -128 to
 // 127, and the text NaN. A table of the grammar's states stands in for a scanner.
-JudgedReading judgedReading(std::string_view text);
+OracleReading oracleReading(std::string_view text);
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_JUDGES_DECIMAL_JUDGE_H_
+#endif  // QEL_TESTS_REFERENCE_DECIMAL_ORACLE_H_

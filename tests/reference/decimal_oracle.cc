@@ -1,4 +1,4 @@
-#include "decimal_judge.h"
+#include "decimal_oracle.h"
 
 #include <mpfr.h>
 
@@ -108,33 +108,33 @@ std::optional<Pieces> piecesOf(std::string_view text) {
 
 }  // namespace
 
-JudgedDecimal JudgedDecimal::ofInteger(std::int64_t integer) {
+OracleDecimal OracleDecimal::ofInteger(std::int64_t integer) {
   const mpz_class exact(std::to_string(integer), 10);
   return {sgn(exact) < 0, abs(exact), 0};
 }
 
-JudgedDecimal JudgedDecimal::times(const JudgedDecimal& factor) const {
+OracleDecimal OracleDecimal::times(const OracleDecimal& factor) const {
   return {isNegative != factor.isNegative, coefficient * factor.coefficient,
           exponent + factor.exponent};
 }
 
-double JudgedDecimal::nearestDouble() const { return Binary53(written()).toDouble(); }
+double OracleDecimal::nearestDouble() const { return Binary53(written()).toDouble(); }
 
-std::int64_t JudgedDecimal::truncatedNearestDouble() const {
+std::int64_t OracleDecimal::truncatedNearestDouble() const {
   const Binary53 nearest(written());
   return nearest.fitsInt64() ? nearest.toInt64() : std::numeric_limits<std::int64_t>::min();
 }
 
-std::string JudgedDecimal::written() const {
+std::string OracleDecimal::written() const {
   return (isNegative ? "-" : "") + coefficient.get_str() + "e" + std::to_string(exponent);
 }
 
-JudgedReading judgedReading(std::string_view text) {
-  if (text == "NaN") return {JudgedReading::Kind::kNotANumber, {}};
+OracleReading oracleReading(std::string_view text) {
+  if (text == "NaN") return {OracleReading::Kind::kNotANumber, {}};
   std::optional<Pieces> pieces = piecesOf(text);
   if (!pieces.has_value()) return {};
 
-  JudgedReading reading = {JudgedReading::Kind::kNumber, {}};
+  OracleReading reading = {OracleReading::Kind::kNumber, {}};
   reading.number.isNegative = text.front() == '-';
   const std::size_t last = pieces->digits.find_last_not_of('0');
   if (last == std::string::npos) return reading;

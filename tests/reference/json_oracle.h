@@ -1,7 +1,7 @@
-// A second reader of JSON (RFC 8259), strict and slow.
+// The oracle for JSON (RFC 8259): strict and slow.
 
-#ifndef QEL_FUZZ_JSON_JUDGE_H_
-#define QEL_FUZZ_JSON_JUDGE_H_
+#ifndef QEL_TESTS_REFERENCE_JSON_ORACLE_H_
+#define QEL_TESTS_REFERENCE_JSON_ORACLE_H_
 
 #include <optional>
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace qel::testing {
 
-struct JudgedJson {
+struct OracleJson {
   enum class Kind { kNull, kBoolean, kNumber, kString, kArray, kObject };
 
   Kind kind = Kind::kNull;
@@ -18,17 +18,17 @@ struct JudgedJson {
   // surrogate as the three bytes of its code point.
   std::string text;
   // The values of an array or an object, in their order.
-  std::vector<JudgedJson> values;
+  std::vector<OracleJson> values;
   // The keys of an object, one for each value; a key may come more than once.
   std::vector<std::string> keys;
 
   // The first value under `key`, null when there is none.
-  const JudgedJson* find(std::string_view key) const;
+  const OracleJson* find(std::string_view key) const;
 };
 
 // The one value that `text` holds; nothing when it is not JSON in UTF-8 from end to end.
-std::optional<JudgedJson> judgedJson(std::string_view text);
+std::optional<OracleJson> oracleJson(std::string_view text);
 
 }  // namespace qel::testing
 
-#endif  // QEL_FUZZ_JSON_JUDGE_H_
+#endif  // QEL_TESTS_REFERENCE_JSON_ORACLE_H_

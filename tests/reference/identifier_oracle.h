@@ -1,7 +1,7 @@
-// A second reading of the deduplication identifier: ICU for the text, OpenSSL for the digest.
+// The oracle for the deduplication identifier: ICU for the text, OpenSSL for the digest.
 
-#ifndef QEL_TESTS_JUDGES_IDENTIFIER_JUDGE_H_
-#define QEL_TESTS_JUDGES_IDENTIFIER_JUDGE_H_
+#ifndef QEL_TESTS_REFERENCE_IDENTIFIER_ORACLE_H_
+#define QEL_TESTS_REFERENCE_IDENTIFIER_ORACLE_H_
 
 #include <cstdint>
 #include <optional>
@@ -21,13 +21,13 @@ std::optional<std::u16string> carriedUtf16(std::string_view bytes);
 std::optional<std::string> strictUtf8(std::u16string_view text);
 
 // The last eight bytes of the MD5 digest of `bytes`, the most significant first.
-std::uint64_t judgedDigest(std::string_view bytes);
+std::uint64_t oracleDigest(std::string_view bytes);
 
 // The identifier of the three pieces.
-std::uint64_t judgedDedupeId(const std::optional<std::string_view>& originalTransactionId,
+std::uint64_t oracleDedupeId(const std::optional<std::string_view>& originalTransactionId,
                              const std::optional<std::string_view>& webOrderLineItemId,
                              const std::optional<std::string_view>& productId);
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_JUDGES_IDENTIFIER_JUDGE_H_
+#endif  // QEL_TESTS_REFERENCE_IDENTIFIER_ORACLE_H_

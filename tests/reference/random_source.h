@@ -1,7 +1,7 @@
 // Random numbers for tests, such that a failing run can be repeated.
 
-#ifndef QEL_TESTS_JUDGES_RANDOM_SOURCE_H_
-#define QEL_TESTS_JUDGES_RANDOM_SOURCE_H_
+#ifndef QEL_TESTS_REFERENCE_RANDOM_SOURCE_H_
+#define QEL_TESTS_REFERENCE_RANDOM_SOURCE_H_
 
 #include <cstdint>
 #include <cstdlib>
@@ -28,4 +28,4 @@ Integer randomBetween(std::mt19937_64& random, Integer least, Integer most) {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_JUDGES_RANDOM_SOURCE_H_
+#endif  // QEL_TESTS_REFERENCE_RANDOM_SOURCE_H_

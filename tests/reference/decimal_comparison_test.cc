@@ -1,7 +1,5 @@
 // Holds decimal numbers and the amounts made of them against GMP and MPFR.
 
-#include "decimal_judge.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "decimal_oracle.h"
 #include "joined.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/decimal.h"
@@ -36,23 +35,23 @@ mpz_class power(std::uint64_t base, std::uint64_t exponent) {
   return result;
 }
 
-// A number of the component and the same number as the judge holds it.
+// A number of the component and the same number as the oracle holds it.
 struct BothNumbers {
   Decimal component;
-  JudgedDecimal judged;
+  OracleDecimal expected;
 };
 
 BothNumbers ofInteger(std::int64_t integer) {
-  return {Decimal::initWithLongLong(integer), JudgedDecimal::ofInteger(integer)};
+  return {Decimal::initWithLongLong(integer), OracleDecimal::ofInteger(integer)};
 }
 
 // Reads a text that both must take.
 BothNumbers ofText(const std::string& text) {
   const std::optional<Decimal> component = Decimal::fromString(text);
-  const JudgedReading judged = judgedReading(text);
+  const OracleReading expected = oracleReading(text);
   EXPECT_TRUE(component.has_value()) << text;
-  EXPECT_EQ(judged.kind, JudgedReading::Kind::kNumber) << text;
-  return {component.value_or(Decimal()), judged.number};
+  EXPECT_EQ(expected.kind, OracleReading::Kind::kNumber) << text;
+  return {component.value_or(Decimal()), expected.number};
 }
 
 BothNumbers ofNumber(const mpz_class& coefficient, std::int64_t exponent) {
@@ -61,33 +60,34 @@ BothNumbers ofNumber(const mpz_class& coefficient, std::int64_t exponent) {
 
 BothNumbers operator*(const BothNumbers& left, const BothNumbers& right) {
   return {left.component.decimalNumberByMultiplyingBy(right.component),
-          left.judged.times(right.judged)};
+          left.expected.times(right.expected)};
 }
 
 // Expects the same double, bit by bit: negative zero is told from zero.
 void expectSameDouble(const BothNumbers& numbers) {
   const double component = numbers.component.doubleValue();
-  const double judged = numbers.judged.nearestDouble();
-  ASSERT_EQ(std::bit_cast<std::uint64_t>(component), std::bit_cast<std::uint64_t>(judged))
-      << numbers.judged.written() << ": " << component << " is not " << judged;
+  const double expected = numbers.expected.nearestDouble();
+  ASSERT_EQ(std::bit_cast<std::uint64_t>(component), std::bit_cast<std::uint64_t>(expected))
+      << numbers.expected.written() << ": " << component << " is not " << expected;
 }
 
 void expectNotANumber(const Decimal& number) { ASSERT_TRUE(std::isnan(number.doubleValue())); }
 
-// Expects that the component takes `text` exactly when the judge does, as the same number.
+// Expects that the component takes `text` exactly when the oracle does, as the same number.
 void expectSameReading(const std::string& text) {
   const std::optional<Decimal> component = Decimal::fromString(text);
-  const JudgedReading judged = judgedReading(text);
-  ASSERT_EQ(component.has_value(), judged.kind != JudgedReading::Kind::kRejected) << text;
-  if (judged.kind == JudgedReading::Kind::kNotANumber) expectNotANumber(*component);
-  if (judged.kind == JudgedReading::Kind::kNumber) expectSameDouble({*component, judged.number});
+  const OracleReading expected = oracleReading(text);
+  ASSERT_EQ(component.has_value(), expected.kind != OracleReading::Kind::kRejected) << text;
+  if (expected.kind == OracleReading::Kind::kNotANumber) expectNotANumber(*component);
+  if (expected.kind == OracleReading::Kind::kNumber)
+    expectSameDouble({*component, expected.number});
 }
 
-// Expects the judge's amount of `quantity` at the price that is written.
+// Expects the oracle's amount of `quantity` at the price that is written.
 void expectSameAmount(const std::string& price, std::int64_t quantity) {
   const BothNumbers numbers = ofText(price);
-  const JudgedDecimal total = numbers.judged.times(JudgedDecimal::ofInteger(quantity))
-                                  .times(JudgedDecimal::ofInteger(QELDataTypeMicrosMultiplier));
+  const OracleDecimal total = numbers.expected.times(OracleDecimal::ofInteger(quantity))
+                                  .times(OracleDecimal::ofInteger(QELDataTypeMicrosMultiplier));
   ASSERT_EQ(QELValueInMicrosFromPriceAndQuantity(numbers.component, quantity),
             total.truncatedNearestDouble())
       << price << " x " << quantity;
@@ -109,7 +109,7 @@ std::string randomNumber(std::mt19937_64& random) {
 
 // --- Reading ---
 
-TEST(DecimalJudgeTest, EveryTextOfUpToSixCharactersIsReadAlike) {
+TEST(DecimalComparisonTest, EveryTextOfUpToSixCharactersIsReadAlike) {
   constexpr std::string_view kCharacters = "019-+.eE ";
   constexpr std::size_t kMostCharacters = 6;
   std::vector<std::string> texts = {""};
@@ -124,7 +124,7 @@ TEST(DecimalJudgeTest, EveryTextOfUpToSixCharactersIsReadAlike) {
   }
 }
 
-TEST(DecimalJudgeTest, EverySingleCharacterChangeIsReadAlike) {
+TEST(DecimalComparisonTest, EverySingleCharacterChangeIsReadAlike) {
   for (const std::string valid : {"-12.50e+03", "0.5", "1E-7", "NaN", "-0", "9007199254740993"}) {
     for (std::size_t i = 0; i <= valid.size(); ++i) {
       for (int byte = 0; byte < 256; ++byte) {
@@ -142,7 +142,7 @@ TEST(DecimalJudgeTest, EverySingleCharacterChangeIsReadAlike) {
 }
 
 // Digits, zeros around them and exponents at and past every limit.
-TEST(DecimalJudgeTest, EveryLimitOfDigitsAndExponentIsReadAlike) {
+TEST(DecimalComparisonTest, EveryLimitOfDigitsAndExponentIsReadAlike) {
   for (const int digits : {1, 2, 37, 38, 39}) {
     const std::string nines(static_cast<std::size_t>(digits), '9');
     for (const std::size_t zeros : {0u, 1u, 2u, 36u, 37u, 38u, 200u}) {
@@ -158,7 +158,7 @@ TEST(DecimalJudgeTest, EveryLimitOfDigitsAndExponentIsReadAlike) {
   }
 }
 
-TEST(DecimalJudgeTest, ExponentsOfAnyLengthAreReadAlike) {
+TEST(DecimalComparisonTest, ExponentsOfAnyLengthAreReadAlike) {
   const std::string zeros(1000, '0');
   for (const std::string exponent :
        {"9999999999", "9223372036854775807", "9223372036854775808", "18446744073709551616",
@@ -178,7 +178,7 @@ TEST(DecimalJudgeTest, ExponentsOfAnyLengthAreReadAlike) {
 
 // --- The nearest double ---
 
-TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTwoAndItsNeighbours) {
+TEST(DecimalComparisonTest, TheNearestDoubleOfEveryPowerOfTwoAndItsNeighbours) {
   for (std::uint64_t k = 0; k <= 126; ++k) {
     for (const int offset : {-1, 0, 1}) {
       for (std::int64_t exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
@@ -189,7 +189,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTwoAndItsNeighbours) {
   }
 }
 
-TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTenAndItsNeighbours) {
+TEST(DecimalComparisonTest, TheNearestDoubleOfEveryPowerOfTenAndItsNeighbours) {
   for (std::int64_t exponent = kLeastExponent; exponent <= kGreatestExponent; ++exponent) {
     for (std::uint64_t zeros = 0; zeros < kMostDigits; ++zeros) {
       for (const int offset : {-1, 0, 1}) {
@@ -201,7 +201,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfEveryPowerOfTenAndItsNeighbours) {
   }
 }
 
-TEST(DecimalJudgeTest, TheNearestDoubleOfEverySumOfExponents) {
+TEST(DecimalComparisonTest, TheNearestDoubleOfEverySumOfExponents) {
   const std::array<mpz_class, 3> coefficients = {1, power(2, 53) + 1, power(10, kMostDigits) - 1};
   for (const mpz_class& left : coefficients) {
     for (const mpz_class& right : coefficients) {
@@ -238,7 +238,7 @@ void expectSameDoublesAround(const mpz_class& numerator, const mpz_class& denomi
   }
 }
 
-TEST(DecimalJudgeTest, TheNearestDoubleNextToHalfwayPointsOfEveryBinaryExponent) {
+TEST(DecimalComparisonTest, TheNearestDoubleNextToHalfwayPointsOfEveryBinaryExponent) {
   std::mt19937_64 random = seededRandom();
   constexpr std::uint64_t kLeastMantissa = std::uint64_t{1} << 52;
   constexpr std::uint64_t kGreatestMantissa = 2 * kLeastMantissa - 1;
@@ -259,7 +259,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleNextToHalfwayPointsOfEveryBinaryExponent)
   }
 }
 
-TEST(DecimalJudgeTest, TheNearestDoubleOfIntegersHalfwayBetweenDoubles) {
+TEST(DecimalComparisonTest, TheNearestDoubleOfIntegersHalfwayBetweenDoubles) {
   std::mt19937_64 random = seededRandom();
   for (std::uint64_t shift = 0; shift <= 72; ++shift) {
     for (int i = 0; i < 200; ++i) {
@@ -275,7 +275,7 @@ TEST(DecimalJudgeTest, TheNearestDoubleOfIntegersHalfwayBetweenDoubles) {
 
 // --- Products ---
 
-TEST(DecimalJudgeTest, ProductsOfPowersOfTwoUpToTheWidest) {
+TEST(DecimalComparisonTest, ProductsOfPowersOfTwoUpToTheWidest) {
   for (std::uint64_t left = 0; left <= 126; ++left) {
     for (std::uint64_t right = 0; right <= 126; ++right) {
       expectSameDouble(ofNumber(power(2, left), 0) * ofNumber(power(2, right), 0));
@@ -286,7 +286,7 @@ TEST(DecimalJudgeTest, ProductsOfPowersOfTwoUpToTheWidest) {
 }
 
 // Only a product that has all its digits comes out on the right side of a halfway point.
-TEST(DecimalJudgeTest, ProductsNextToHalfwayPointsAreExact) {
+TEST(DecimalComparisonTest, ProductsNextToHalfwayPointsAreExact) {
   std::mt19937_64 random = seededRandom();
   for (int i = 0; i < 50000; ++i) {
     const std::int64_t factor =
@@ -304,7 +304,7 @@ TEST(DecimalJudgeTest, ProductsNextToHalfwayPointsAreExact) {
   }
 }
 
-TEST(DecimalJudgeTest, ProductsHalfwayBetweenDoublesGoToTheEvenOne) {
+TEST(DecimalComparisonTest, ProductsHalfwayBetweenDoublesGoToTheEvenOne) {
   std::mt19937_64 random = seededRandom();
   for (int shift = 0; shift <= 62; ++shift) {
     const BothNumbers powerOfTwo = ofInteger(std::int64_t{1} << shift);
@@ -317,7 +317,7 @@ TEST(DecimalJudgeTest, ProductsHalfwayBetweenDoublesGoToTheEvenOne) {
   }
 }
 
-TEST(DecimalJudgeTest, RandomProductsAreExact) {
+TEST(DecimalComparisonTest, RandomProductsAreExact) {
   std::mt19937_64 random = seededRandom();
   for (int i = 0; i < 100000; ++i) {
     const BothNumbers price = ofText(randomNumber(random));
@@ -330,7 +330,7 @@ TEST(DecimalJudgeTest, RandomProductsAreExact) {
   }
 }
 
-TEST(DecimalJudgeTest, EveryPairOfBoundaryIntegersMultipliesExactly) {
+TEST(DecimalComparisonTest, EveryPairOfBoundaryIntegersMultipliesExactly) {
   std::vector<std::int64_t> integers = {kLeastInteger, kLeastInteger + 1, kGreatestInteger};
   for (int bit = 0; bit < 63; ++bit) {
     for (const std::int64_t offset : {-1, 0, 1}) {
@@ -343,22 +343,22 @@ TEST(DecimalJudgeTest, EveryPairOfBoundaryIntegersMultipliesExactly) {
   }
 }
 
-TEST(DecimalJudgeTest, TheWidestCoefficientIsHeldAndTheNextIsNotANumber) {
+TEST(DecimalComparisonTest, TheWidestCoefficientIsHeldAndTheNextIsNotANumber) {
   // 2^256 - 1 = (2^64 - 1)(2^64 + 1)(2^128 + 1), and the last is a product of two primes.
   const BothNumbers widest = ofText("18446744073709551615") * ofText("18446744073709551617") *
                              ofText("59649589127497217") * ofText("5704689200685129054721");
-  ASSERT_EQ(widest.judged.coefficient, power(2, 256) - 1);
+  ASSERT_EQ(widest.expected.coefficient, power(2, 256) - 1);
   expectSameDouble(widest);
   const BothNumbers half = ofText("18446744073709551616") * ofText("18446744073709551616") *
                            ofText("18446744073709551616") * ofText("9223372036854775808");
-  ASSERT_EQ(half.judged.coefficient, power(2, 255));
+  ASSERT_EQ(half.expected.coefficient, power(2, 255));
   expectSameDouble(half);
   expectNotANumber((half * ofInteger(2)).component);
   expectNotANumber((half * half).component);
   expectNotANumber((widest * widest).component);
 }
 
-TEST(DecimalJudgeTest, ProductsOnEitherSideOfTheWidestCoefficient) {
+TEST(DecimalComparisonTest, ProductsOnEitherSideOfTheWidestCoefficient) {
   std::mt19937_64 random = seededRandom();
   const mpz_class past = power(2, 256);
   for (int i = 0; i < 20000; ++i) {
@@ -366,17 +366,17 @@ TEST(DecimalJudgeTest, ProductsOnEitherSideOfTheWidestCoefficient) {
     const BothNumbers wide = ofNumber(mpz_class(base * 8 + 1), 0) *
                              ofNumber(mpz_class(base * 4 + 3), 0) *
                              ofNumber(mpz_class(base * 16 + 7), 0);
-    const mpz_class greatest = (past - 1) / wide.judged.coefficient;
+    const mpz_class greatest = (past - 1) / wide.expected.coefficient;
     if (greatest >= kGreatestInteger) continue;
     const std::int64_t last = greatest.get_si();
     const BothNumbers fits = wide * ofInteger(last);
-    ASSERT_LT(fits.judged.coefficient, past);
+    ASSERT_LT(fits.expected.coefficient, past);
     expectSameDouble(fits);
     expectNotANumber((wide * ofInteger(last + 1)).component);
   }
 }
 
-TEST(DecimalJudgeTest, TheOutermostExponentsAreHeldAndTheNextAreNotANumber) {
+TEST(DecimalComparisonTest, TheOutermostExponentsAreHeldAndTheNextAreNotANumber) {
   const BothNumbers least = ofText("1e-128") * ofText("1e-128");
   const BothNumbers greatest = ofText("1e127") * ofText("1e127");
   expectSameDouble(least);
@@ -385,7 +385,7 @@ TEST(DecimalJudgeTest, TheOutermostExponentsAreHeldAndTheNextAreNotANumber) {
   expectNotANumber((greatest * ofText("1e1")).component);
 }
 
-TEST(DecimalJudgeTest, NumbersAroundTheGreatestDoubleAndTooGreatOnes) {
+TEST(DecimalComparisonTest, NumbersAroundTheGreatestDoubleAndTooGreatOnes) {
   // Times 10^271. The greatest double is 1.797693134862315708...e308, and half a unit above it,
   // from where on the nearest is infinite, lies 1.79769313486231580793728971405303415079934...e308.
   for (const char* const digits :
@@ -402,7 +402,7 @@ TEST(DecimalJudgeTest, NumbersAroundTheGreatestDoubleAndTooGreatOnes) {
   EXPECT_EQ(greatest.component.doubleValue(), std::numeric_limits<double>::max());
 }
 
-TEST(DecimalJudgeTest, NotANumberStaysSo) {
+TEST(DecimalComparisonTest, NotANumberStaysSo) {
   const Decimal notANumber = Decimal::notANumber();
   for (const Decimal& other : {Decimal(), notANumber, Decimal::initWithLongLong(kLeastInteger)}) {
     expectNotANumber(notANumber.decimalNumberByMultiplyingBy(other));
@@ -412,7 +412,7 @@ TEST(DecimalJudgeTest, NotANumberStaysSo) {
 
 // --- Amounts ---
 
-TEST(DecimalJudgeTest, AmountsAroundTheLimitsOf64Bits) {
+TEST(DecimalComparisonTest, AmountsAroundTheLimitsOf64Bits) {
   for (const std::string sign : {"", "-"}) {
     for (int offset = -3000; offset <= 3000; ++offset) {
       const mpz_class micros = power(2, 63) + offset;
@@ -432,7 +432,7 @@ TEST(DecimalJudgeTest, AmountsAroundTheLimitsOf64Bits) {
   }
 }
 
-TEST(DecimalJudgeTest, AmountsAroundWholeMicrosOfEveryMagnitude) {
+TEST(DecimalComparisonTest, AmountsAroundWholeMicrosOfEveryMagnitude) {
   for (const std::string sign : {"", "-"}) {
     for (std::uint64_t bit = 0; bit <= 64; ++bit) {
       const mpz_class micros = power(2, bit);
@@ -447,7 +447,7 @@ TEST(DecimalJudgeTest, AmountsAroundWholeMicrosOfEveryMagnitude) {
   }
 }
 
-TEST(DecimalJudgeTest, AmountsOfTheOutermostQuantities) {
+TEST(DecimalComparisonTest, AmountsOfTheOutermostQuantities) {
   for (const std::int64_t quantity : {kLeastInteger, kLeastInteger + 1, kGreatestInteger}) {
     for (const char* const price :
          {"1", "-1", "0", "-0", "1e-6", "-1e-6", "1e-7", "1e-128", "1e127", "0.99",
@@ -457,7 +457,7 @@ TEST(DecimalJudgeTest, AmountsOfTheOutermostQuantities) {
   }
 }
 
-TEST(DecimalJudgeTest, RandomPricesGiveTheirAmounts) {
+TEST(DecimalComparisonTest, RandomPricesGiveTheirAmounts) {
   std::mt19937_64 random = seededRandom();
   for (int i = 0; i < 100000; ++i) {
     const std::string digits = randomDigits(random, 14);
@@ -469,7 +469,7 @@ TEST(DecimalJudgeTest, RandomPricesGiveTheirAmounts) {
   }
 }
 
-TEST(DecimalJudgeTest, OneUnitCostsWhatThePriceGives) {
+TEST(DecimalComparisonTest, OneUnitCostsWhatThePriceGives) {
   std::mt19937_64 random = seededRandom();
   for (int i = 0; i < 50000; ++i) {
     const std::string text =
@@ -477,12 +477,12 @@ TEST(DecimalJudgeTest, OneUnitCostsWhatThePriceGives) {
     const BothNumbers price = ofText(text);
     const std::int64_t multiplier = static_cast<std::int64_t>(random()) >> 20;
     ASSERT_EQ(amountFromPrice(price.component, multiplier),
-              price.judged.times(JudgedDecimal::ofInteger(multiplier)).truncatedNearestDouble())
+              price.expected.times(OracleDecimal::ofInteger(multiplier)).truncatedNearestDouble())
         << text << " x " << multiplier;
   }
 }
 
-TEST(DecimalJudgeTest, AnAmountThatIsNotANumberIsTheLeastInteger) {
+TEST(DecimalComparisonTest, AnAmountThatIsNotANumberIsTheLeastInteger) {
   EXPECT_EQ(QELValueInMicrosFromPriceAndQuantity(Decimal::notANumber(), 1), kLeastInteger);
   EXPECT_EQ(amountFromPrice(Decimal::notANumber(), 1000000), kLeastInteger);
 }

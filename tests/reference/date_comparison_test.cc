@@ -1,9 +1,7 @@
-// Holds the reading of dates against a second reading and against ICU.
+// Compares the parsing of dates with the oracle and with ICU.
 //
-// ICU is the judge of valid texts only: in strict mode it still takes texts that the component must
-// not, such as a year of one digit.
-
-#include "date_judge.h"
+// ICU is the oracle of valid texts only: in strict mode it still takes texts that the component
+// must not, such as a year of one digit.
 
 #include <gtest/gtest.h>
 #include <unicode/gregocal.h>
@@ -19,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "date_oracle.h"
 #include "qel/date_formatter.h"
 #include "random_source.h"
 
@@ -37,9 +36,9 @@ std::optional<std::int64_t> componentSeconds(std::string_view text) {
   return instant->seconds;
 }
 
-// Expects that the component reads `text` as the second reading does, be that nothing.
-void expectAsJudged(std::string_view text) {
-  const std::optional<std::int64_t> expected = judgedSeconds(text);
+// Expects that the component reads `text` as the oracle does, std::nullopt included.
+void expectAsOracle(std::string_view text) {
+  const std::optional<std::int64_t> expected = oracleSeconds(text);
   ASSERT_EQ(componentSeconds(text), expected) << ::testing::PrintToString(text);
 }
 
@@ -98,7 +97,7 @@ constexpr std::array<std::string_view, 8> kValidTexts = {
     "1900-02-28T00:00:00-00:00", "9999-12-31T23:59:59-23:59:59",
 };
 
-TEST(DateJudgeTest, EveryDayIsReadAsIcuCountsIt) {
+TEST(DateComparisonTest, EveryDayIsReadAsIcuCountsIt) {
   const std::unique_ptr<icu::GregorianCalendar> calendar = makeProlepticCalendar();
   UErrorCode error = U_ZERO_ERROR;
   int days = 0;
@@ -114,7 +113,7 @@ TEST(DateJudgeTest, EveryDayIsReadAsIcuCountsIt) {
   EXPECT_EQ(days, 3652059);
 }
 
-TEST(DateJudgeTest, NoOtherDayOfAnyYearIsRead) {
+TEST(DateComparisonTest, NoOtherDayOfAnyYearIsRead) {
   for (int year = 0; year <= 9999; ++year) {
     for (int month = 0; month <= 13; ++month) {
       const bool isMonth = year > 0 && month >= 1 && month <= 12;
@@ -128,18 +127,18 @@ TEST(DateJudgeTest, NoOtherDayOfAnyYearIsRead) {
   }
 }
 
-TEST(DateJudgeTest, EveryPairOfDigitsIsJudgedAsMonthAndDay) {
+TEST(DateComparisonTest, EveryPairOfDigitsIsReadAsMonthAndDay) {
   for (const char* const year : {"2000", "2019", "0000"}) {
     for (int month = 0; month < 100; ++month) {
       for (int day = 0; day < 100; ++day) {
-        expectAsJudged(std::string(year) + "-" + twoDigits(month) + "-" + twoDigits(day) +
+        expectAsOracle(std::string(year) + "-" + twoDigits(month) + "-" + twoDigits(day) +
                        "T12:00:00Z");
       }
     }
   }
 }
 
-TEST(DateJudgeTest, EverySecondOfTheDayIsReadAndNoOther) {
+TEST(DateComparisonTest, EverySecondOfTheDayIsReadAndNoOther) {
   int seconds = 0;
   for (int hour = 0; hour < 100; ++hour) {
     for (int minute = 0; minute < 100; ++minute) {
@@ -156,23 +155,23 @@ TEST(DateJudgeTest, EverySecondOfTheDayIsReadAndNoOther) {
   EXPECT_EQ(seconds, kSecondsPerDay);
 }
 
-TEST(DateJudgeTest, EveryOffsetMinuteIsReadAndNoOther) {
+TEST(DateComparisonTest, EveryOffsetMinuteIsReadAndNoOther) {
   for (const char sign : {'+', '-'}) {
     for (int hour = 0; hour < 100; ++hour) {
       for (int minute = 0; minute < 100; ++minute) {
-        expectAsJudged(std::string("2019-03-14T10:26:53") + sign + twoDigits(hour) + ":" +
+        expectAsOracle(std::string("2019-03-14T10:26:53") + sign + twoDigits(hour) + ":" +
                        twoDigits(minute));
       }
     }
   }
 }
 
-TEST(DateJudgeTest, EveryOffsetSecondOfAnHourIsReadAndNoOther) {
+TEST(DateComparisonTest, EveryOffsetSecondOfAnHourIsReadAndNoOther) {
   for (const char sign : {'+', '-'}) {
     for (const int hour : {0, 5, 23, 24}) {
       for (int minute = 0; minute < 100; ++minute) {
         for (int second = 0; second < 100; ++second) {
-          expectAsJudged(std::string("2019-03-14T10:26:53") + sign + twoDigits(hour) + ":" +
+          expectAsOracle(std::string("2019-03-14T10:26:53") + sign + twoDigits(hour) + ":" +
                          twoDigits(minute) + ":" + twoDigits(second));
         }
       }
@@ -202,14 +201,14 @@ void forEachSingleCharacterChange(std::string_view text, Visit visit) {
   }
 }
 
-TEST(DateJudgeTest, EverySingleCharacterChangeIsJudgedAlike) {
+TEST(DateComparisonTest, EverySingleCharacterChangeIsReadAlike) {
   for (const std::string_view valid : kValidTexts) {
     ASSERT_TRUE(componentSeconds(valid).has_value()) << valid;
-    forEachSingleCharacterChange(valid, expectAsJudged);
+    forEachSingleCharacterChange(valid, expectAsOracle);
   }
 }
 
-TEST(DateJudgeTest, EverySingleCharacterChangeThatIsReadIsReadAsByIcu) {
+TEST(DateComparisonTest, EverySingleCharacterChangeThatIsReadIsReadAsByIcu) {
   const IcuFormatter icu;
   int read = 0;
   for (const std::string_view valid : kValidTexts) {
@@ -223,7 +222,7 @@ TEST(DateJudgeTest, EverySingleCharacterChangeThatIsReadIsReadAsByIcu) {
   EXPECT_GT(read, 500);
 }
 
-TEST(DateJudgeTest, EveryChangeOfTwoDigitsIsJudgedAlike) {
+TEST(DateComparisonTest, EveryChangeOfTwoDigitsIsReadAlike) {
   for (const std::string_view valid : kValidTexts) {
     std::string text(valid);
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -231,7 +230,7 @@ TEST(DateJudgeTest, EveryChangeOfTwoDigitsIsJudgedAlike) {
         for (int digits = 0; digits < 100; ++digits) {
           text[i] = static_cast<char>('0' + digits / 10);
           text[j] = static_cast<char>('0' + digits % 10);
-          expectAsJudged(text);
+          expectAsOracle(text);
         }
         text[j] = valid[j];
       }
@@ -240,17 +239,17 @@ TEST(DateJudgeTest, EveryChangeOfTwoDigitsIsJudgedAlike) {
   }
 }
 
-TEST(DateJudgeTest, EveryBeginningAndEndOfAValidTextIsJudgedAlike) {
+TEST(DateComparisonTest, EveryBeginningAndEndOfAValidTextIsReadAlike) {
   for (const std::string_view valid : kValidTexts) {
     for (std::size_t i = 0; i <= valid.size(); ++i) {
-      expectAsJudged(valid.substr(0, i));
-      expectAsJudged(valid.substr(i));
-      expectAsJudged(std::string(valid.substr(0, i)) + std::string(valid));
+      expectAsOracle(valid.substr(0, i));
+      expectAsOracle(valid.substr(i));
+      expectAsOracle(std::string(valid.substr(0, i)) + std::string(valid));
     }
   }
 }
 
-TEST(DateJudgeTest, RandomValidTextsAreReadAsByIcu) {
+TEST(DateComparisonTest, RandomValidTextsAreReadAsByIcu) {
   std::mt19937_64 random = seededRandom();
   const IcuFormatter icu;
   const auto upTo = [&random](int most) { return randomBetween(random, 0, most); };
@@ -270,7 +269,7 @@ TEST(DateJudgeTest, RandomValidTextsAreReadAsByIcu) {
     const std::optional<std::int64_t> seconds = componentSeconds(text);
     ASSERT_TRUE(seconds.has_value()) << text;
     ASSERT_EQ(seconds, icu.seconds(text)) << text;
-    ASSERT_EQ(seconds, judgedSeconds(text)) << text;
+    ASSERT_EQ(seconds, oracleSeconds(text)) << text;
   }
 }
 

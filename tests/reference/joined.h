@@ -1,7 +1,7 @@
 // Texts made of pieces.
 
-#ifndef QEL_TESTS_JUDGES_JOINED_H_
-#define QEL_TESTS_JUDGES_JOINED_H_
+#ifndef QEL_TESTS_REFERENCE_JOINED_H_
+#define QEL_TESTS_REFERENCE_JOINED_H_
 
 #include <initializer_list>
 #include <string>
@@ -17,4 +17,4 @@ inline std::string joined(std::initializer_list<std::string_view> pieces) {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_JUDGES_JOINED_H_
+#endif  // QEL_TESTS_REFERENCE_JOINED_H_

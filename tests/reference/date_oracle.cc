@@ -1,4 +1,4 @@
-#include "date_judge.h"
+#include "date_oracle.h"
 
 #include <array>
 #include <cstddef>
@@ -75,7 +75,7 @@ std::int64_t daysSince1970(int year, int month, int day) {
   return daysSinceYear1(year, month, day) - daysSinceYear1(1970, 1, 1);
 }
 
-std::optional<std::int64_t> judgedSeconds(std::string_view text) {
+std::optional<std::int64_t> oracleSeconds(std::string_view text) {
   constexpr std::size_t kUtcSize = 20;
   constexpr std::size_t kOffsetSize = 25;
   constexpr std::size_t kOffsetWithSecondsSize = 28;
