@@ -10,8 +10,8 @@
 
 #include "qel/plain_records.h"
 #include "qel/receipt_item.h"
-#include "recording_monitor.h"
 #include "reference/event_oracle.h"
+#include "support/recording_monitor.h"
 
 namespace qel::testing {
 

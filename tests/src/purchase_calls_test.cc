@@ -7,8 +7,8 @@
 #include <optional>
 #include <ostream>
 
-#include "counting_date_formatter.h"
-#include "purchase_fixtures.h"
+#include "support/counting_date_formatter.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

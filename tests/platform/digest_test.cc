@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

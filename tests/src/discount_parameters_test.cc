@@ -5,7 +5,7 @@
 #include <limits>
 #include <ostream>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -8,7 +8,7 @@
 #include <locale>
 #include <string>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -1,7 +1,7 @@
 // The log that the doubles of one test share.
 
-#ifndef QEL_TESTS_ASKED_H_
-#define QEL_TESTS_ASKED_H_
+#ifndef QEL_TESTS_SUPPORT_ASKED_H_
+#define QEL_TESTS_SUPPORT_ASKED_H_
 
 #include <stdexcept>
 #include <string>
@@ -28,4 +28,4 @@ struct Asked : std::vector<std::string> {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_ASKED_H_
+#endif  // QEL_TESTS_SUPPORT_ASKED_H_

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -13,8 +13,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "purchase_fixtures.h"
 #include "qel/receipt_matching.h"
+#include "support/purchase_fixtures.h"
 
 namespace {
 

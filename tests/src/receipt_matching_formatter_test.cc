@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "counting_date_formatter.h"
-#include "purchase_fixtures.h"
 #include "qel/receipt_matching.h"
 #include "qel/rfc3339.h"
+#include "support/counting_date_formatter.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <set>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

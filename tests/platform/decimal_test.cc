@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

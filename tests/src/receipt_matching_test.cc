@@ -1,4 +1,4 @@
-#include "purchase_date_order.h"
+#include "qel/receipt_matching.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,7 @@
 #include <ostream>
 #include <random>
 
-#include "purchase_fixtures.h"
-#include "qel/receipt_matching.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {
@@ -44,33 +43,6 @@ class ReceiptMatchingTest : public ::testing::Test {
 };
 
 using Places = std::vector<std::ptrdiff_t>;
-
-// --- Comparing two entries ---
-
-// Every combination of a first and a second date, of which either may be absent or no date.
-TEST(ComparePurchaseDatesTest, TellsHowTheFirstStandsToTheSecond) {
-  const DateFormatter formatter;
-  const auto compared = [&formatter](const QELInAppPurchaseItem& first,
-                                     const QELInAppPurchaseItem& second) {
-    return static_cast<int>(
-        comparePurchaseDates(formatter, first.purchaseDateIA5String, second.purchaseDateIA5String));
-  };
-  const QELInAppPurchaseItem earlier = purchaseOf("coins", "2019-03-14T09:26:53Z");
-  const QELInAppPurchaseItem sameInOtherZone = purchaseOf("coins", "2019-03-14T10:26:53+01:00");
-  const QELInAppPurchaseItem later = purchaseOf("coins", "2019-03-14T09:26:54Z");
-  const QELInAppPurchaseItem noDate = purchaseOf("coins", "yesterday");
-  const QELInAppPurchaseItem absent = purchaseWithoutDate("coins");
-  EXPECT_EQ(compared(earlier, later), -1);
-  EXPECT_EQ(compared(later, earlier), 1);
-  EXPECT_EQ(compared(earlier, earlier), 0);
-  EXPECT_EQ(compared(earlier, sameInOtherZone), 0);
-  for (const QELInAppPurchaseItem& undated : {noDate, absent}) {
-    EXPECT_EQ(compared(undated, earlier), 0);
-    EXPECT_EQ(compared(earlier, undated), 1);
-    EXPECT_EQ(compared(undated, noDate), 0);
-    EXPECT_EQ(compared(undated, absent), 0);
-  }
-}
 
 // --- Nothing and empty ---
 

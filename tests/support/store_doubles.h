@@ -1,16 +1,16 @@
 // Stand-ins for the store's records: plain data with the answers set beforehand, and a list of what
 // was asked, in order.
 
-#ifndef QEL_TESTS_STORE_DOUBLES_H_
-#define QEL_TESTS_STORE_DOUBLES_H_
+#ifndef QEL_TESTS_SUPPORT_STORE_DOUBLES_H_
+#define QEL_TESTS_SUPPORT_STORE_DOUBLES_H_
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "asked.h"
 #include "qel/store_records.h"
+#include "support/asked.h"
 
 namespace qel::testing {
 
@@ -136,4 +136,4 @@ struct FakeTransaction : StoreTransaction, Questioned {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_STORE_DOUBLES_H_
+#endif  // QEL_TESTS_SUPPORT_STORE_DOUBLES_H_

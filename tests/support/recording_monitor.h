@@ -1,7 +1,7 @@
 // A diagnostics monitor that keeps what it is told.
 
-#ifndef QEL_TESTS_RECORDING_MONITOR_H_
-#define QEL_TESTS_RECORDING_MONITOR_H_
+#ifndef QEL_TESTS_SUPPORT_RECORDING_MONITOR_H_
+#define QEL_TESTS_SUPPORT_RECORDING_MONITOR_H_
 
 #include <cstdint>
 #include <memory>
@@ -11,8 +11,8 @@
 #include <variant>
 #include <vector>
 
-#include "asked.h"
 #include "qel/measurement.h"
+#include "support/asked.h"
 
 namespace qel::testing {
 
@@ -86,4 +86,4 @@ class ScopedRecordingMonitor {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_RECORDING_MONITOR_H_
+#endif  // QEL_TESTS_SUPPORT_RECORDING_MONITOR_H_

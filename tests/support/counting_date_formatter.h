@@ -1,8 +1,8 @@
 // A date formatter that keeps count of what it does. It takes the place of the platform's in the
 // executable that links counting_date_formatter.cc, and reads dates as the portable one does.
 
-#ifndef QEL_TESTS_COUNTING_DATE_FORMATTER_H_
-#define QEL_TESTS_COUNTING_DATE_FORMATTER_H_
+#ifndef QEL_TESTS_SUPPORT_COUNTING_DATE_FORMATTER_H_
+#define QEL_TESTS_SUPPORT_COUNTING_DATE_FORMATTER_H_
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "asked.h"
 #include "qel/text.h"
+#include "support/asked.h"
 
 namespace qel::testing {
 
@@ -48,4 +48,4 @@ class DateFormatterCountsTest : public ::testing::Test {
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_COUNTING_DATE_FORMATTER_H_
+#endif  // QEL_TESTS_SUPPORT_COUNTING_DATE_FORMATTER_H_

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "recording_monitor.h"
+#include "support/recording_monitor.h"
 
 namespace qel::testing {
 namespace {

@@ -1,8 +1,8 @@
 // What several tests share: the message texts, assertions on a whole event and on a whole list of
 // diagnostics, receipt entries, and one purchase to begin from.
 
-#ifndef QEL_TESTS_PURCHASE_FIXTURES_H_
-#define QEL_TESTS_PURCHASE_FIXTURES_H_
+#ifndef QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
+#define QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
 
 #include <gtest/gtest.h>
 
@@ -20,9 +20,9 @@
 #include "qel/instant.h"
 #include "qel/purchase_event.h"
 #include "qel/receipt_item.h"
-#include "recording_monitor.h"
 #include "reference/message_texts.h"
-#include "store_doubles.h"
+#include "support/recording_monitor.h"
+#include "support/store_doubles.h"
 
 namespace qel::testing {
 
@@ -266,4 +266,4 @@ inline constexpr std::int64_t kDedupeIdOf1coins = 1632094031505585355;
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_PURCHASE_FIXTURES_H_
+#endif  // QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_

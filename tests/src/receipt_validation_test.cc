@@ -5,7 +5,7 @@
 #include <ostream>
 #include <vector>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

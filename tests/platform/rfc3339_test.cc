@@ -6,8 +6,8 @@
 #include <ostream>
 #include <string>
 
-#include "purchase_fixtures.h"
 #include "qel/date_formatter.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {

@@ -1,4 +1,4 @@
-#include "counting_date_formatter.h"
+#include "support/counting_date_formatter.h"
 
 #include <utility>
 

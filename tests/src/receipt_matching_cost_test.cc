@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "counting_date_formatter.h"
-#include "purchase_fixtures.h"
 #include "qel/receipt_matching.h"
+#include "support/counting_date_formatter.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {
