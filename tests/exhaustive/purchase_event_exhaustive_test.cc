@@ -23,8 +23,8 @@ namespace {
 
 constexpr auto kBools = {false, true};
 
-const OracleText kAbsent = std::nullopt;
-const OracleText kEmpty = "";
+const OracleText kAbsentText = std::nullopt;
+const OracleText kEmptyText = "";
 
 // 2019-04-14T09:26:53Z, exactly and with a fraction of a second.
 constexpr OracleInstant kDate = {1555234013, 0};
@@ -72,9 +72,9 @@ struct StoreIds {
 // Without an identifier of its own, a transaction's original cannot have the same one.
 std::vector<StoreIds> allStoreIds() {
   std::vector<StoreIds> all;
-  for (const OracleText& transaction : {kAbsent, kEmpty, OracleText("5")}) {
+  for (const OracleText& transaction : {kAbsentText, kEmptyText, OracleText("5")}) {
     all.push_back({transaction, std::nullopt});
-    for (const OracleText& original : {kAbsent, kEmpty, OracleText("4")})
+    for (const OracleText& original : {kAbsentText, kEmptyText, OracleText("4")})
       all.push_back({transaction, OracleOriginal{original}});
   }
   all.push_back({"5", OracleOriginal{"5"}});
@@ -107,8 +107,8 @@ OracleText idOf(const OracleText& id, std::size_t series) {
 
 std::vector<EntryIds> allEntryIds() {
   std::vector<EntryIds> all;
-  for (const OracleText& transaction : {kAbsent, kEmpty, OracleText(kOwn)}) {
-    for (const OracleText& original : {kAbsent, kEmpty, OracleText(kOther)})
+  for (const OracleText& transaction : {kAbsentText, kEmptyText, OracleText(kOwn)}) {
+    for (const OracleText& original : {kAbsentText, kEmptyText, OracleText(kOther)})
       all.push_back({transaction, original});
   }
   all.push_back({std::string(kOwn), std::string(kOwn)});
@@ -348,7 +348,7 @@ TEST_F(PurchaseEventExhaustiveTest, EveryRejectionWhateverElseIsGiven) {
   for (const std::vector<ReceiptEntry>& receipt : receiptsOfEveryKind()) {
     // Without a product, with a product under each of these identifiers.
     for (const std::optional<OracleText>& identifier :
-         std::initializer_list<std::optional<OracleText>>{std::nullopt, kAbsent, kEmpty,
+         std::initializer_list<std::optional<OracleText>>{std::nullopt, kAbsentText, kEmptyText,
                                                           kOurProduct})
       for (const bool hasTransaction : kBools) {
         if (identifier == kOurProduct && hasTransaction) continue;
