@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "date_judge.h"
+#include "date_oracle.h"
 #include "fuzz_target.h"
 #include "qel/date_formatter.h"
 
@@ -10,9 +10,9 @@ namespace qel::testing {
 
 void fuzz(std::string_view input) {
   const std::optional<Instant> instant = DateFormatter().dateFromString(input);
-  const std::optional<std::int64_t> seconds = judgedSeconds(input);
-  check(instant.has_value() == seconds.has_value(), "a date is read when the judge reads it");
-  if (instant.has_value()) check(*instant == Instant{*seconds}, "dates are as judged");
+  const std::optional<std::int64_t> seconds = oracleSeconds(input);
+  check(instant.has_value() == seconds.has_value(), "a date is read when the oracle reads it");
+  if (instant.has_value()) check(*instant == Instant{*seconds}, "dates are as expected");
 }
 
 }  // namespace qel::testing

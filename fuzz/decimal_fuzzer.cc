@@ -6,7 +6,7 @@
 #include <cmath>
 #include <optional>
 
-#include "decimal_judge.h"
+#include "decimal_oracle.h"
 #include "fuzz_target.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/decimal.h"
@@ -16,24 +16,24 @@ namespace qel::testing {
 namespace {
 
 // Bit by bit: negative zero is told from zero.
-void checkSameDouble(const Decimal& component, const JudgedDecimal& judged) {
+void checkSameDouble(const Decimal& component, const OracleDecimal& expected) {
   check(std::bit_cast<std::uint64_t>(component.doubleValue()) ==
-            std::bit_cast<std::uint64_t>(judged.nearestDouble()),
+            std::bit_cast<std::uint64_t>(expected.nearestDouble()),
         "the double is the nearest");
 }
 
 // Reads `text` as both do; gives the number when it is one.
-std::optional<JudgedDecimal> checkReading(std::string_view text,
+std::optional<OracleDecimal> checkReading(std::string_view text,
                                           const std::optional<Decimal>& component) {
-  const JudgedReading judged = judgedReading(text);
-  check(component.has_value() == (judged.kind != JudgedReading::Kind::kRejected),
-        "a number is read when the judge reads it");
-  if (judged.kind == JudgedReading::Kind::kNotANumber) {
+  const OracleReading expected = oracleReading(text);
+  check(component.has_value() == (expected.kind != OracleReading::Kind::kRejected),
+        "a number is read when the oracle reads it");
+  if (expected.kind == OracleReading::Kind::kNotANumber) {
     check(std::isnan(component->doubleValue()), "NaN is not a number");
   }
-  if (judged.kind != JudgedReading::Kind::kNumber) return std::nullopt;
-  checkSameDouble(*component, judged.number);
-  return judged.number;
+  if (expected.kind != OracleReading::Kind::kNumber) return std::nullopt;
+  checkSameDouble(*component, expected.number);
+  return expected.number;
 }
 
 std::int64_t quantityOf(std::string_view line) {
@@ -42,16 +42,16 @@ std::int64_t quantityOf(std::string_view line) {
   return quantity;
 }
 
-void checkAmounts(const Decimal& price, const JudgedDecimal& judged, std::int64_t quantity) {
-  const JudgedDecimal multiplier = JudgedDecimal::ofInteger(QELDataTypeMicrosMultiplier);
+void checkAmounts(const Decimal& price, const OracleDecimal& expected, std::int64_t quantity) {
+  const OracleDecimal multiplier = OracleDecimal::ofInteger(QELDataTypeMicrosMultiplier);
   check(amountFromPrice(price, QELDataTypeMicrosMultiplier) ==
-            judged.times(multiplier).truncatedNearestDouble(),
-        "a price in micros is as judged");
+            expected.times(multiplier).truncatedNearestDouble(),
+        "a price in micros is as expected");
   check(QELValueInMicrosFromPriceAndQuantity(price, quantity) ==
-            judged.times(JudgedDecimal::ofInteger(quantity))
+            expected.times(OracleDecimal::ofInteger(quantity))
                 .times(multiplier)
                 .truncatedNearestDouble(),
-        "a value in micros is as judged");
+        "a value in micros is as expected");
 }
 
 }  // namespace
@@ -61,13 +61,13 @@ void fuzz(std::string_view input) {
   const std::string_view factorText = takeLine(input);
   const std::optional<Decimal> price = Decimal::fromString(priceText);
   const std::optional<Decimal> factor = Decimal::fromString(factorText);
-  const std::optional<JudgedDecimal> judgedPrice = checkReading(priceText, price);
-  const std::optional<JudgedDecimal> judgedFactor = checkReading(factorText, factor);
+  const std::optional<OracleDecimal> expectedPrice = checkReading(priceText, price);
+  const std::optional<OracleDecimal> expectedFactor = checkReading(factorText, factor);
 
-  if (judgedPrice.has_value()) checkAmounts(*price, *judgedPrice, quantityOf(input));
-  if (judgedPrice.has_value() && judgedFactor.has_value()) {
+  if (expectedPrice.has_value()) checkAmounts(*price, *expectedPrice, quantityOf(input));
+  if (expectedPrice.has_value() && expectedFactor.has_value()) {
     checkSameDouble(price->decimalNumberByMultiplyingBy(*factor),
-                    judgedPrice->times(*judgedFactor));
+                    expectedPrice->times(*expectedFactor));
   }
 }
 

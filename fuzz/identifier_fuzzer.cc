@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fuzz_target.h"
-#include "identifier_judge.h"
+#include "identifier_oracle.h"
 #include "micros_and_dedupe_id.h"
 #include "qel/text.h"
 
@@ -20,9 +20,9 @@ OptionalText textOrAbsent(std::string_view line) {
 void checkEncoding(std::string_view bytes) {
   const std::optional<std::string> encoded = utf8DataWithoutLoss(std::string(bytes));
   const std::optional<std::u16string> carried = carriedUtf16(bytes);
-  const std::optional<std::string> judged =
+  const std::optional<std::string> expected =
       carried.has_value() ? strictUtf8(*carried) : std::nullopt;
-  check(encoded == judged, "text is encoded as judged");
+  check(encoded == expected, "text is encoded as expected");
   if (encoded.has_value()) {
     check(utf8DataWithoutLoss(*encoded) == encoded, "encoded text stays as it is");
   }
@@ -36,8 +36,8 @@ void fuzz(std::string_view input) {
   const OptionalText webOrder = textOrAbsent(takeLine(input));
   const OptionalText product = textOrAbsent(input);
   check(QELTransactionDedupeID(original, webOrder, product) ==
-            judgedDedupeId(original, webOrder, product),
-        "the identifier is as judged");
+            oracleDedupeId(original, webOrder, product),
+        "the identifier is as expected");
 }
 
 }  // namespace qel::testing

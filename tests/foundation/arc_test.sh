@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Holds that clang finds no fault under automatic reference counting: in the sources of the platform over
 # Foundation, and in its header and the documented example, both as plain Objective-C. Where the installed
-# run time cannot run such code, it can still be judged.
+# run time cannot run such code, it can still be checked.
 #
 #   arc_test.sh SOURCE_DIR CLANG [OPTION...]     OPTION: what clang needs to find Foundation
 set -euo pipefail

@@ -4,6 +4,8 @@
 #include <variant>
 
 #include "qel/purchase_event.h"
+#include "reference/event_oracle.h"
+#include "reference/message_texts.h"
 
 namespace qel::testing {
 namespace {
@@ -11,6 +13,11 @@ namespace {
 std::optional<Decimal> decimalOf(const std::optional<std::string>& text) {
   if (!text.has_value()) return std::nullopt;
   return Decimal::fromString(*text).value();
+}
+
+std::optional<OracleReading> oracleReadingOf(const std::optional<std::string>& text) {
+  if (!text.has_value()) return std::nullopt;
+  return oracleReading(*text);
 }
 
 }  // namespace
@@ -63,6 +70,52 @@ Outcome outcomeOfPlainRecords(const PurchaseValues& purchase, const DiscountClas
   }
   outcome.diagnostics = monitor->diagnostics();
   std::erase(outcome.asked, "product.hasDiscountClass");
+  return outcome;
+}
+
+Outcome outcomeOfOracle(const PurchaseValues& purchase, const DiscountClass& discountClass) {
+  OraclePurchase values;
+  values.platform = {discountClass.exists, discountClass.answersPrice,
+                     discountClass.answersPaymentMode};
+  if (const auto& product = purchase.product) {
+    OracleProduct& to = values.product.emplace();
+    to.identifier = product->identifier;
+    to.price = oracleReadingOf(product->price);
+    if (product->hasLocale) to.currency = product->currencyCode;
+    to.title = product->title;
+    to.answersOffer = product->answersIntroductoryPrice;
+    if (const auto& offer = product->introductoryPrice)
+      to.offer = {oracleReadingOf(offer->price), offer->paymentMode};
+  }
+  if (const auto& transaction = purchase.transaction) {
+    OracleTransaction& to = values.transaction.emplace();
+    to.identifier = transaction->identifier;
+    if (transaction->hasOriginal) to.original = {transaction->originalIdentifier};
+    if (const auto& date = transaction->date) to.date = {date->seconds, date->nanoseconds};
+    to.quantity = transaction->quantity;
+  }
+  for (const QELInAppPurchaseItem& item : purchase.receipt) {
+    values.receipt.push_back({item.productID, item.purchaseDateIA5String, item.purchaseType,
+                              item.webOrderLineItemID, item.transactionID,
+                              item.originalTransactionID, item.isFreeTrial,
+                              item.isIntroductoryOffer});
+  }
+
+  const OracleOutcome expected = oracleOutcome(values);
+  Outcome outcome;
+  if (expected.event.has_value())
+    outcome.event.emplace(expected.event->begin(), expected.event->end());
+  for (const OracleMessage& message : expected.messages) {
+    Diagnostic& to = outcome.diagnostics.emplace_back();
+    to = {8, message.code, messageTexts().at(message.code), {}};
+    for (const OracleValue& context : message.context) {
+      if (const auto* const text = std::get_if<std::string>(&context)) {
+        to.context.emplace_back(*text);
+      } else {
+        to.context.emplace_back(static_cast<std::uint64_t>(std::get<std::int64_t>(context)));
+      }
+    }
+  }
   return outcome;
 }
 

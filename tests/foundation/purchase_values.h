@@ -14,8 +14,8 @@
 
 #include "qel/instant.h"
 #include "qel/receipt_item.h"
-#include "recording_monitor.h"
-#include "store_doubles.h"
+#include "support/recording_monitor.h"
+#include "support/store_doubles.h"
 
 namespace qel::testing {
 
@@ -75,6 +75,9 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 
 // What the component makes of `purchase` when its records are plain C++.
 Outcome outcomeOfPlainRecords(const PurchaseValues& purchase, const DiscountClass& discountClass);
+
+// Returns the outcome that the oracle expects. `asked` is empty: the oracle has no records.
+Outcome outcomeOfOracle(const PurchaseValues& purchase, const DiscountClass& discountClass);
 
 }  // namespace qel::testing
 

@@ -16,7 +16,7 @@ exported() { nm -DC --defined-only "$1" | cut -d ' ' -f 3- | sort -u; }
 
 for caller in "${compilers[@]}"; do
   "$caller" -std=c++20 -O2 "${includes[@]}" -I "$source/tests" \
-    -c "$source/tests/termination_test.cc" -o "$work/termination-$caller.o"
+    -c "$source/tests/src/termination_test.cc" -o "$work/termination-$caller.o"
 done
 
 for compiler in "${compilers[@]}"; do

@@ -3,7 +3,7 @@
 Usage: command_test.py TOOL PROJECT [unittest options]
 
 TOOL is the built command, PROJECT the folder that holds examples/ and tests/golden/. Python's own
-json module is the judge of what is JSON.
+json module is the reference for JSON.
 """
 
 import errno

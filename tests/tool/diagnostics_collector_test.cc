@@ -47,7 +47,7 @@ TEST_F(DiagnosticsCollectorTest, EachThreadCollectsItsOwnMessages) {
   const DiagnosticsCollector::Collection collection(out_);
   TextBuffer other;
   std::thread([this, &other] {
-    const DiagnosticsCollector::Collection collection(other);
+    const DiagnosticsCollector::Collection inner(other);
     collector_.logWithLevel(8, 40021, "theirs");
   }).join();
   EXPECT_EQ(out_.text(), "");

@@ -1,0 +1,140 @@
+#include "qel/text.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+#include "support/purchase_fixtures.h"
+
+namespace qel::testing {
+namespace {
+
+// --- Absent and empty ---
+
+TEST(TextTest, AbsentAndEmptyTextsAreEmpty) {
+  EXPECT_TRUE(isEmpty(std::nullopt));
+  EXPECT_TRUE(isEmpty(""));
+  EXPECT_FALSE(isEmpty("a"));
+  EXPECT_FALSE(isEmpty(std::string_view("\0", 1)));
+}
+
+TEST(TextTest, AbsentTextEqualsNothing) {
+  EXPECT_FALSE(isEqual(std::nullopt, std::nullopt));
+  EXPECT_FALSE(isEqual(std::nullopt, ""));
+  EXPECT_FALSE(isEqual("", std::nullopt));
+  EXPECT_FALSE(isEqual("a", std::nullopt));
+}
+
+TEST(TextTest, EqualityIsThatOfTheBytes) {
+  EXPECT_TRUE(isEqual("", ""));
+  EXPECT_TRUE(isEqual("coins", std::string("coins")));
+  EXPECT_FALSE(isEqual("coins", "Coins"));
+  EXPECT_FALSE(isEqual("coins", "coin"));
+  EXPECT_FALSE(isEqual("caf\xC3\xA9", "cafe\xCC\x81"));
+  EXPECT_FALSE(isEqual(std::string_view("a\0b", 3), std::string_view("a\0c", 3)));
+}
+
+// --- Encoding ---
+
+// Surrogates stand as the three bytes of their code points. The bytes of each text are those that
+// python3's 'TEXT'.encode('utf-8', 'surrogatepass') gives.
+struct EncodingCase {
+  const char* name;
+  std::string text;
+  std::string encoded;
+  friend std::ostream& operator<<(std::ostream& out, const EncodingCase& c) {
+    return out << c.name;
+  }
+};
+
+class EncodableTextTest : public ::testing::TestWithParam<EncodingCase> {};
+
+TEST_P(EncodableTextTest, IsEncoded) {
+  EXPECT_EQ(utf8DataWithoutLoss(GetParam().text), GetParam().encoded);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Unchanged, EncodableTextTest,
+    ::testing::Values(
+        EncodingCase{"Empty", "", ""}, EncodingCase{"Ascii", "monthly", "monthly"},
+        EncodingCase{"Nul", std::string("a\0b", 3), std::string("a\0b", 3)},
+        EncodingCase{"TwoBytes", "\xC2\x80\xDF\xBF", "\xC2\x80\xDF\xBF"},
+        EncodingCase{"ThreeBytes", "\xE0\xA0\x80\xEF\xBF\xBD", "\xE0\xA0\x80\xEF\xBF\xBD"},
+        EncodingCase{"LastBeforeTheSurrogates", "\xED\x9F\xBF", "\xED\x9F\xBF"},
+        EncodingCase{"FirstAfterTheSurrogates", "\xEE\x80\x80", "\xEE\x80\x80"},
+        EncodingCase{"NoCharacters", "\xEF\xBF\xBE\xEF\xBF\xBF", "\xEF\xBF\xBE\xEF\xBF\xBF"},
+        EncodingCase{"FirstOfFourBytes", "\xF0\x90\x80\x80", "\xF0\x90\x80\x80"},
+        EncodingCase{"LastOfFourBytes", "\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"}),
+    nameOfCase<EncodingCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Pairs, EncodableTextTest,
+    ::testing::Values(
+        EncodingCase{"First", "\xED\xA0\x80\xED\xB0\x80", "\xF0\x90\x80\x80"},
+        EncodingCase{"LastOfTheFirstHighHalf", "\xED\xA0\x80\xED\xBF\xBF", "\xF0\x90\x8F\xBF"},
+        EncodingCase{"FirstOfTheSecondHighHalf", "\xED\xA0\x81\xED\xB0\x80", "\xF0\x90\x90\x80"},
+        EncodingCase{"FirstOfTheLastHighHalf", "\xED\xAF\xBF\xED\xB0\x80", "\xF4\x8F\xB0\x80"},
+        EncodingCase{"Last", "\xED\xAF\xBF\xED\xBF\xBF", "\xF4\x8F\xBF\xBF"},
+        EncodingCase{"BetweenOtherText", "a\xED\xA0\xBD\xED\xB8\x80z", "a\xF0\x9F\x98\x80z"},
+        EncodingCase{"TwoInARow", "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80\xED\xB0\x81",
+                     "\xF0\x9F\x98\x80\xF0\x90\x80\x81"},
+        EncodingCase{"AfterACharacterOfTheSameLeadByte", "\xED\x9F\xBF\xED\xA0\xBD\xED\xB8\x80",
+                     "\xED\x9F\xBF\xF0\x9F\x98\x80"}),
+    nameOfCase<EncodingCase>);
+
+struct UnencodableCase {
+  const char* name;
+  std::string text;
+  friend std::ostream& operator<<(std::ostream& out, const UnencodableCase& c) {
+    return out << c.name;
+  }
+};
+
+class UnencodableTextTest : public ::testing::TestWithParam<UnencodableCase> {};
+
+TEST_P(UnencodableTextTest, GivesNothing) {
+  EXPECT_EQ(utf8DataWithoutLoss(GetParam().text), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Surrogates, UnencodableTextTest,
+    ::testing::Values(UnencodableCase{"FirstHighHalf", "\xED\xA0\x80"},
+                      UnencodableCase{"LastHighHalf", "\xED\xAF\xBF"},
+                      UnencodableCase{"FirstLowHalf", "\xED\xB0\x80"},
+                      UnencodableCase{"LastLowHalf", "\xED\xBF\xBF"},
+                      UnencodableCase{"HighHalfBeforeText",
+                                      "\xED\xA0\xBD"
+                                      "abc"},
+                      UnencodableCase{"HighHalfAfterText", "abc\xED\xA0\xBD"},
+                      UnencodableCase{"LowHalfBeforeHighHalf", "\xED\xB8\x80\xED\xA0\xBD"},
+                      UnencodableCase{"TwoHighHalves", "\xED\xA0\xBD\xED\xA0\xBD"},
+                      UnencodableCase{"TwoLowHalves", "\xED\xB8\x80\xED\xB8\x80"},
+                      UnencodableCase{"HighHalfBeforeAPair",
+                                      "\xED\xA0\xBD\xED\xA0\xBD\xED\xB8\x80"},
+                      UnencodableCase{"LowHalfAfterAPair", "\xED\xA0\xBD\xED\xB8\x80\xED\xB8\x80"},
+                      UnencodableCase{"HalvesWithTextBetween", "\xED\xA0\xBD-\xED\xB8\x80"},
+                      UnencodableCase{"PairWithACutLowHalf", "\xED\xA0\xBD\xED\xB8"},
+                      UnencodableCase{"PairWithABrokenLowHalf", "\xED\xA0\xBD\xED\xB8\xC0"},
+                      UnencodableCase{"PairWithABrokenHighHalf", "\xED\xA0\x3D\xED\xB8\x80"}),
+    nameOfCase<UnencodableCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    IllFormed, UnencodableTextTest,
+    ::testing::Values(UnencodableCase{"LoneTrailingByte", "\x80"},
+                      UnencodableCase{"CutTwoBytes", "\xC3"},
+                      UnencodableCase{"CutThreeBytes", "\xE2\x82"},
+                      UnencodableCase{"CutFourBytes", "\xF0\x9F\x98"},
+                      UnencodableCase{"LeadByteBeforeText", "\xC3("},
+                      UnencodableCase{"OverlongNul", std::string("\xC0\x80")},
+                      UnencodableCase{"OverlongTwoBytes", "\xC1\xBF"},
+                      UnencodableCase{"OverlongThreeBytes", "\xE0\x9F\xBF"},
+                      UnencodableCase{"OverlongFourBytes", "\xF0\x8F\xBF\xBF"},
+                      UnencodableCase{"PastTheLastCharacter", "\xF4\x90\x80\x80"},
+                      UnencodableCase{"LeadByteOfFiveBytes", "\xF8\x88\x80\x80\x80"},
+                      UnencodableCase{"ByteThatNeverOccurs", "\xFF"},
+                      UnencodableCase{"Latin1", "caf\xE9"}),
+    nameOfCase<UnencodableCase>);
+
+}  // namespace
+}  // namespace qel::testing

@@ -1,0 +1,194 @@
+#include "base_parameters.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <optional>
+#include <ostream>
+
+#include "qel/purchase_event.h"
+#include "support/purchase_fixtures.h"
+
+namespace qel::testing {
+namespace {
+
+class BaseParametersTest : public ::testing::Test {
+ protected:
+  Purchase purchase;
+  ScopedRecordingMonitor monitor;
+};
+
+// --- Input checks ---
+
+TEST_F(BaseParametersTest, MissingProductIsRejected) {
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      nullptr, &purchase.transaction, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40026)}));
+  EXPECT_EQ(purchase.asked, Asked());
+}
+
+TEST_F(BaseParametersTest, MissingProductIsRejectedBeforeAMissingTransaction) {
+  EXPECT_TRUE(
+      isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(nullptr, nullptr, {})));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40026)}));
+}
+
+TEST_F(BaseParametersTest, EmptyProductIdentifierIsRejectedBeforeAMissingTransaction) {
+  purchase.product.theProductIdentifier = "";
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      &purchase.product, nullptr, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
+}
+
+TEST_F(BaseParametersTest, AbsentProductIdentifierIsRejectedWithNothingElseAsked) {
+  purchase.product.theProductIdentifier = std::nullopt;
+  EXPECT_TRUE(isNothing(purchase.event()));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
+  EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
+}
+
+TEST_F(BaseParametersTest, MissingTransactionIsRejectedBeforeAnythingIsBuilt) {
+  EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+      &purchase.product, nullptr, listOf(purchase.receipt))));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40028)}));
+  EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
+}
+
+TEST_F(BaseParametersTest, EmptyReceiptIsNoRejectionButAnInvalidEvent) {
+  purchase.receipt = {};
+  EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "USD"},
+                                         {"invalid", 1},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40020, {"coins"})}));
+}
+
+// --- Base parameters ---
+
+TEST_F(BaseParametersTest, ConsumableCarriesAllBaseParametersAndItsIdentifier) {
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(BaseParametersTest, AbsentTitleLeavesTheNameOut) {
+  purchase.product.theLocalizedTitle = std::nullopt;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(BaseParametersTest, EmptyTitleAndEmptyCurrencyCodeAreValues) {
+  purchase.product.theLocalizedTitle = "";
+  purchase.product.theCurrencyCode = "";
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", ""},
+                                         {"price", 990000},
+                                         {"product_id", "coins"},
+                                         {"product_name", ""},
+                                         {"quantity", 3},
+                                         {"value", 2970000}}));
+  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
+}
+
+TEST_F(BaseParametersTest, PriceOfZeroIsAPrice) {
+  purchase.product.thePrice = Decimal();
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 0},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", 0}}));
+}
+
+TEST_F(BaseParametersTest, NegativeQuantityCounts) {
+  purchase.payment.theQuantity = -4;
+  purchase.product.thePrice = decimal("0.5");
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", 500000},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", -4},
+                                         {"value", -2000000}}));
+}
+
+TEST_F(BaseParametersTest, PriceThatIsNotANumberGivesTheLeastAmount) {
+  purchase.product.thePrice = Decimal::notANumber();
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", kLeast},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", 3},
+                                         {"value", kLeast}}));
+}
+
+// Both amounts are products of the price as it is: `echo '15.12*9*1000000' | bc` gives
+// 136080000.00.
+struct AmountCase {
+  const char* name;
+  const char* price;
+  std::int64_t quantity;
+  std::int64_t priceInMicros;
+  std::int64_t value;
+  friend std::ostream& operator<<(std::ostream& out, const AmountCase& c) { return out << c.name; }
+};
+
+class EventAmountTest : public BaseParametersTest,
+                        public ::testing::WithParamInterface<AmountCase> {};
+
+TEST_P(EventAmountTest, IsTheExactProductTruncatedTowardZero) {
+  purchase.product.thePrice = decimal(GetParam().price);
+  purchase.payment.theQuantity = GetParam().quantity;
+  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
+                                         {"currency", "USD"},
+                                         {"price", GetParam().priceInMicros},
+                                         {"product_id", "coins"},
+                                         {"product_name", "Coins"},
+                                         {"quantity", GetParam().quantity},
+                                         {"value", GetParam().value}}));
+}
+
+// In each case a product of doubles falls short of the value by 1; at 8.29, of the price too.
+INSTANTIATE_TEST_SUITE_P(NoDoubleError, EventAmountTest,
+                         ::testing::Values(AmountCase{"OneAt8_29", "8.29", 1, 8290000, 8290000},
+                                           AmountCase{"NineAt15_12", "15.12", 9, 15120000,
+                                                      136080000},
+                                           AmountCase{"SevenAt0_29", "0.29", 7, 290000, 2030000}),
+                         nameOfCase<AmountCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    FractionsOfAMicro, EventAmountTest,
+    ::testing::Values(AmountCase{"AreDroppedFromEachAmount", "1.2345678", 1, 1234567, 1234567},
+                      AmountCase{"AddUpInTheValue", "0.0000005", 3, 0, 1},
+                      AmountCase{"AddUpToAMicroInTheValue", "0.0000005", 2, 0, 1},
+                      AmountCase{"AddUpInANegativeValue", "-0.0000015", 3, -1, -4}),
+    nameOfCase<AmountCase>);
+
+// As signed numbers, the low 32 bits of these quantities are 0, 3, -2147483648 and -3.
+INSTANTIATE_TEST_SUITE_P(
+    QuantitiesOfMoreThan32Bits, EventAmountTest,
+    ::testing::Values(
+        AmountCase{"LowHalfZero", "0.01", std::int64_t{1} << 32, 10000, 42949672960000},
+        AmountCase{"LowHalfThree", "0.01", (std::int64_t{1} << 32) + 3, 10000, 42949672990000},
+        AmountCase{"SignBitOfTheLowHalf", "0.01", std::int64_t{1} << 31, 10000, 21474836480000},
+        AmountCase{"Negative", "0.01", -(std::int64_t{1} << 32) - 3, 10000, -42949672990000}),
+    nameOfCase<AmountCase>);
+
+}  // namespace
+}  // namespace qel::testing

@@ -1,0 +1,269 @@
+// What several tests share: the message texts, assertions on a whole event and on a whole list of
+// diagnostics, receipt entries, and one purchase to begin from.
+
+#ifndef QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
+#define QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "qel/event_parameters.h"
+#include "qel/instant.h"
+#include "qel/purchase_event.h"
+#include "qel/receipt_item.h"
+#include "reference/message_texts.h"
+#include "support/recording_monitor.h"
+#include "support/store_doubles.h"
+
+namespace qel::testing {
+
+// --- Names of table tests ---
+
+// Names a case of a table test by its `name`.
+template <typename Case>
+std::string nameOfCase(const ::testing::TestParamInfo<Case>& info) {
+  return info.param.name;
+}
+
+// --- Diagnostics ---
+
+// The message `code` as the monitor must receive it: at level 8, with its text and `context`.
+inline Diagnostic logged(int code, std::vector<Diagnostic::Context> context = {}) {
+  return {8, code, messageTexts().at(code), std::move(context)};
+}
+
+// Checks the whole ordered list of messages, each with its level, code, text and context.
+inline ::testing::AssertionResult hasLogged(const std::vector<Diagnostic>& actual,
+                                            const std::vector<Diagnostic>& expected) {
+  if (actual == expected) return ::testing::AssertionSuccess();
+  const auto describe = [](const std::vector<Diagnostic>& diagnostics) {
+    std::ostringstream out;
+    for (const Diagnostic& diagnostic : diagnostics) {
+      out << "\n  level " << diagnostic.level << ", " << diagnostic.code << " \""
+          << diagnostic.message << "\"";
+      for (const Diagnostic::Context& context : diagnostic.context) {
+        std::visit([&out](const auto& content) { out << " [" << content << "]"; }, context);
+      }
+    }
+    return diagnostics.empty() ? "\n  (nothing)" : out.str();
+  };
+  return ::testing::AssertionFailure()
+         << "logged:" << describe(actual) << "\nexpected:" << describe(expected);
+}
+
+// --- Events ---
+
+using ParameterContent = std::variant<std::int64_t, std::string>;
+
+// An event as a test writes it down: {{"price", 990000}, {"currency", "USD"}}.
+using Event = std::map<std::string, ParameterContent>;
+
+inline Event eventOf(const EventParameters& parameters) {
+  Event event;
+  for (const EventParameters::Entry entry : parameters) {
+    const OptionalText text = entry.value.stringValue();
+    event[std::string(entry.key)] =
+        text.has_value() ? ParameterContent(std::string(*text)) : entry.value.int64Value();
+  }
+  return event;
+}
+
+// Checks the whole mapping, and says which keys differ.
+inline ::testing::AssertionResult isEvent(const std::optional<EventParameters>& actual,
+                                          const Event& expected) {
+  if (!actual.has_value()) return ::testing::AssertionFailure() << "there is no event";
+  const Event event = eventOf(*actual);
+  if (event == expected) return ::testing::AssertionSuccess();
+
+  auto failure = ::testing::AssertionFailure();
+  const auto describeMissing = [&failure](const char* what, const Event& from, const Event& in) {
+    for (const auto& [key, content] : from) {
+      const auto other = in.find(key);
+      if (other != in.end() && other->second == content) continue;
+      failure << "\n  " << what << " \"" << key << "\": ";
+      std::visit([&failure](const auto& value) { failure << value; }, content);
+    }
+  };
+  describeMissing("holds   ", event, expected);
+  describeMissing("expected", expected, event);
+  return failure;
+}
+
+inline ::testing::AssertionResult isNothing(const std::optional<EventParameters>& actual) {
+  if (!actual.has_value()) return ::testing::AssertionSuccess();
+  return isEvent(actual, {}) << "\n  where nothing was expected";
+}
+
+// --- Receipts ---
+
+// The dates of the purchases in most tests, a month apart, each as a receipt writes it and as the
+// instant that `date -u -d TEXT +%s` gives.
+inline constexpr const char* kJanuary = "2019-01-14T09:26:53Z";
+inline constexpr const char* kFebruary = "2019-02-14T09:26:53Z";
+inline constexpr const char* kMarch = "2019-03-14T09:26:53Z";
+inline constexpr const char* kApril = "2019-04-14T09:26:53Z";
+inline constexpr Instant kJanuaryInstant = {.seconds = 1547458013};
+inline constexpr Instant kFebruaryInstant = {.seconds = 1550136413};
+inline constexpr Instant kMarchInstant = {.seconds = 1552555613};
+inline constexpr Instant kAprilInstant = {.seconds = 1555234013};
+
+// The meanings of an entry's purchase type.
+inline constexpr std::int64_t kNonConsumable = 0;
+inline constexpr std::int64_t kConsumable = 1;
+inline constexpr std::int64_t kNonRenewing = 2;
+inline constexpr std::int64_t kAutoRenewable = 3;
+
+inline QELInAppPurchaseItem entryOf(std::int64_t purchaseType, std::string productID,
+                                    std::string date, std::string transactionID,
+                                    std::string originalTransactionID) {
+  QELInAppPurchaseItem item;
+  item.productID = std::move(productID);
+  item.purchaseDateIA5String = std::move(date);
+  item.purchaseType = purchaseType;
+  item.transactionID = std::move(transactionID);
+  item.originalTransactionID = std::move(originalTransactionID);
+  return item;
+}
+
+inline QELInAppPurchaseItem withWebOrder(QELInAppPurchaseItem item,
+                                         std::string webOrderLineItemID) {
+  item.webOrderLineItemID = std::move(webOrderLineItemID);
+  return item;
+}
+
+inline QELInAppPurchaseItem freeTrial(QELInAppPurchaseItem item) {
+  item.isFreeTrial = true;
+  return item;
+}
+
+inline QELInAppPurchaseItem introductoryOffer(QELInAppPurchaseItem item) {
+  item.isIntroductoryOffer = true;
+  return item;
+}
+
+// Changes one field of an entry.
+struct FieldChange {
+  const char* name;
+  void (*change)(QELInAppPurchaseItem&);
+  friend std::ostream& operator<<(std::ostream& out, const FieldChange& c) { return out << c.name; }
+};
+
+// Returns at least one change for each field. Each makes an entry differ from itself if it is a
+// period of "monthly" like firstMonth(): before April, under web order line item 77, at full price.
+inline std::vector<FieldChange> fieldChanges() {
+  using Item = QELInAppPurchaseItem;
+  return {{"ProductID", [](Item& item) { item.productID = "yearly"; }},
+          {"PurchaseDate", [](Item& item) { item.purchaseDateIA5String = kApril; }},
+          {"PurchaseType", [](Item& item) { item.purchaseType = kNonRenewing; }},
+          {"WebOrder", [](Item& item) { item.webOrderLineItemID = "78"; }},
+          {"WebOrderAbsent", [](Item& item) { item.webOrderLineItemID = std::nullopt; }},
+          {"TransactionID", [](Item& item) { item.transactionID = "2"; }},
+          {"OriginalTransactionID", [](Item& item) { item.originalTransactionID = "2"; }},
+          {"FreeTrial", [](Item& item) { item.isFreeTrial = true; }},
+          {"IntroductoryOffer", [](Item& item) { item.isIntroductoryOffer = true; }}};
+}
+
+// A list of references to `entries`, in their order. `entries` must outlive it.
+inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& entries) {
+  return {entries.begin(), entries.end()};
+}
+
+// --- A purchase ---
+
+inline Decimal decimal(std::string_view text) { return Decimal::fromString(text).value(); }
+
+// All that the builder is given for one purchase, to be changed by the test: three packs of coins,
+// a consumable at 0.99 USD, which the receipt confirms. All records note in one log what they are
+// asked.
+class Purchase {
+ public:
+  Purchase() {
+    product.theProductIdentifier = "coins";
+    product.thePrice = decimal("0.99");
+    product.theCurrencyCode = "USD";
+    product.theLocalizedTitle = "Coins";
+    payment.theQuantity = 3;
+    transaction.theTransactionIdentifier = "1";
+    transaction.theTransactionDate = kMarchInstant;
+    transaction.thePayment = &payment;
+    receipt = {entryOf(kConsumable, "coins", kMarch, "1", "1")};
+  }
+  Purchase(const Purchase&) = delete;
+  Purchase& operator=(const Purchase&) = delete;
+
+  std::optional<EventParameters> event() const {
+    return QELInAppPurchaseEventParametersFromProductAndTransactionV2(&product, &transaction,
+                                                                      listOf(receipt));
+  }
+
+  Asked asked;
+  FakeProduct product = FakeProduct(&asked);
+  FakeDiscount offer = FakeDiscount(&asked);
+  FakePayment payment = FakePayment(&asked);
+  FakeTransaction original = FakeTransaction(&asked, "original");
+  FakeTransaction transaction = FakeTransaction(&asked);
+  std::vector<QELInAppPurchaseItem> receipt;
+};
+
+// Makes `purchase` one of the subscription "monthly", which is sold at 4.99 EUR and was bought in
+// March, and which the receipt knows by `entries`.
+inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> entries) {
+  purchase.product.theProductIdentifier = "monthly";
+  purchase.product.thePrice = decimal("4.99");
+  purchase.product.theCurrencyCode = "EUR";
+  purchase.product.theLocalizedTitle = "Monthly";
+  purchase.payment.theQuantity = 1;
+  purchase.transaction.theTransactionIdentifier = "1000";
+  purchase.receipt = std::move(entries);
+}
+
+// The first period of "monthly": transaction 1000, web order line item 77, in March.
+inline QELInAppPurchaseItem firstMonth() {
+  return withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1000", "1000"), "77");
+}
+
+// Makes `purchase` the first period of "monthly", bought at an introductory offer.
+inline void makeIntroductoryOffer(Purchase& purchase, std::string_view price,
+                                  std::uint64_t paymentMode) {
+  makeMonthly(purchase, {introductoryOffer(firstMonth())});
+  purchase.offer.thePrice = decimal(price);
+  purchase.offer.thePaymentMode = paymentMode;
+  purchase.product.theIntroductoryPrice = &purchase.offer;
+}
+
+// What the store's records are asked before the receipt is read: from the checks to the
+// transaction's date, for a product with a price and a payment with a quantity.
+inline Asked questionsOfEveryPurchase() {
+  return {"product.productIdentifier",
+          "product.price",
+          "transaction.payment",
+          "payment.quantity",
+          "transaction.payment",
+          "payment.quantity",
+          "product.priceLocaleCurrencyCode",
+          "product.localizedTitle",
+          "transaction.transactionIdentifier",
+          "transaction.originalTransaction",
+          "transaction.transactionDate"};
+}
+
+// The deduplication identifier of firstMonth() and of every later period of the same subscription
+// under this web order line item. `printf 100077monthly | md5sum` ends in 114f509b0a08bcf9, which
+// is this number.
+inline constexpr std::int64_t kDedupeIdOf100077monthly = 1247304248623414521;
+
+// `printf 1coins | md5sum` ends in 16a65cdfdbecf4cb.
+inline constexpr std::int64_t kDedupeIdOf1coins = 1632094031505585355;
+
+}  // namespace qel::testing
+
+#endif  // QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
