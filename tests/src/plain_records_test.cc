@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "purchase_fixtures.h"
+#include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {
