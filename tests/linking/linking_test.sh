@@ -15,8 +15,10 @@ mkdir -p "$work"
 exported() { nm -DC --defined-only "$1" | cut -d ' ' -f 3- | sort -u; }
 
 for caller in "${compilers[@]}"; do
-  "$caller" -std=c++20 -O2 "${includes[@]}" -I "$source/tests" \
-    -c "$source/tests/src/termination_test.cc" -o "$work/termination-$caller.o"
+  for unit in src/termination_test support/counted_allocations; do
+    "$caller" -std=c++20 -O2 "${includes[@]}" -I "$source/tests" \
+      -c "$source/tests/$unit.cc" -o "$work/$(basename "$unit")-$caller.o"
+  done
 done
 
 for compiler in "${compilers[@]}"; do
@@ -43,7 +45,7 @@ for compiler in "${compilers[@]}"; do
 
     for caller in "${compilers[@]}"; do
       echo "-- called by $caller"
-      "$caller" -o "$work/termination" "$work/termination-$caller.o" \
+      "$caller" -o "$work/termination" "$work/termination_test-$caller.o" "$work/counted_allocations-$caller.o" \
         "${libraries[@]}" -Wl,-rpath,"$build/src:$build/platform" -lgtest -lgtest_main -lmd -pthread
       "$work/termination" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
       tail -n 1 "$work/log"

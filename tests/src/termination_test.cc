@@ -1,6 +1,4 @@
 // Exported functions let no exception through: whatever throws inside them ends the program.
-//
-// Replaces operator new, so it is an executable of its own.
 
 #include <gtest/gtest.h>
 
@@ -8,30 +6,13 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
-#include <new>
 #include <set>
 #include <stdexcept>
 #include <string>
 
 #include "qel/receipt_matching.h"
+#include "support/counted_allocations.h"
 #include "support/purchase_fixtures.h"
-
-namespace {
-
-// Allocations made so far, and the number of the one that fails. The first has the number 0.
-std::size_t allocations = 0;
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-std::size_t failingAllocation = kNone;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (allocations++ == failingAllocation) throw std::bad_alloc();
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace qel::testing {
 namespace {
@@ -69,9 +50,9 @@ class TerminationDeathTest : public ::testing::Test {
   // Allocations of one call of `function`.
   template <typename Function>
   static std::size_t allocationsOf(const Function& function) {
-    const std::size_t before = allocations;
+    const std::size_t before = allocationCount();
     function();
-    return allocations - before;
+    return allocationCount() - before;
   }
 
   // Expects that `function` ends the program when any one of its allocations fails.
@@ -81,7 +62,7 @@ class TerminationDeathTest : public ::testing::Test {
     ASSERT_GT(count, 0u);
     for (std::size_t k = 0; k < count; ++k) {
       const auto failAtK = [&function, k] {
-        failingAllocation = allocations + k;
+        failAllocationAfter(k);
         function();
       };
       EXPECT_EXIT(exitWithOutcomeOf(failAtK), ::testing::ExitedWithCode(kTerminated), "") << k;
