@@ -136,5 +136,34 @@ INSTANTIATE_TEST_SUITE_P(
                       UnencodableCase{"Latin1", "caf\xE9"}),
     nameOfCase<UnencodableCase>);
 
+// --- Surrogates ---
+
+TEST(SurrogateTest, HalvesAreToldApartAtTheirLimits) {
+  EXPECT_FALSE(isHighSurrogate(0xD7FF));
+  EXPECT_TRUE(isHighSurrogate(0xD800));
+  EXPECT_TRUE(isHighSurrogate(0xDBFF));
+  EXPECT_FALSE(isHighSurrogate(0xDC00));
+  EXPECT_FALSE(isLowSurrogate(0xDBFF));
+  EXPECT_TRUE(isLowSurrogate(0xDC00));
+  EXPECT_TRUE(isLowSurrogate(0xDFFF));
+  EXPECT_FALSE(isLowSurrogate(0xE000));
+}
+
+TEST(SurrogateTest, PairIsOneCharacter) {
+  EXPECT_EQ(characterOfPair(0xD800, 0xDC00), U'\U00010000');
+  EXPECT_EQ(characterOfPair(0xD83D, 0xDE00), U'\U0001F600');
+  EXPECT_EQ(characterOfPair(0xDBFF, 0xDFFF), U'\U0010FFFF');
+}
+
+TEST(SurrogateTest, IsReadFromTheStartOfAText) {
+  EXPECT_EQ(surrogateAtStart("\xED\xA0\x80x"), char32_t{0xD800});
+  EXPECT_EQ(surrogateAtStart("\xED\xBF\xBF"), char32_t{0xDFFF});
+  EXPECT_EQ(surrogateAtStart("\xED\x9F\xBF"), std::nullopt);
+  EXPECT_EQ(surrogateAtStart("\xED\xA0"), std::nullopt);
+  EXPECT_EQ(surrogateAtStart("\xED\xA0x"), std::nullopt);
+  EXPECT_EQ(surrogateAtStart("a\xED\xA0\x80"), std::nullopt);
+  EXPECT_EQ(surrogateAtStart(""), std::nullopt);
+}
+
 }  // namespace
 }  // namespace qel::testing
