@@ -92,6 +92,6 @@ def main():
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except Exception as error:  # reported, whatever it is
+    except Exception as error:  # reports every kind of failure
         print("replay:", error, file=sys.stderr)
         sys.exit(2)
