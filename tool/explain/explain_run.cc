@@ -15,6 +15,7 @@
 #include "explain/explanation.h"
 #include "explain/html_report.h"
 #include "explain/text_report.h"
+#include "input_file.h"
 #include "interrupt.h"
 #include "line_blocks.h"
 #include "purchase_reader.h"
@@ -23,6 +24,9 @@
 namespace qel::tool {
 namespace {
 
+// Lines that are longer are rejected, as by the subcommand events.
+constexpr std::size_t kMaxLine = std::size_t{1} << 30;
+
 // A reason to end the run, for people.
 class RunError : public std::runtime_error {
  public:
@@ -30,8 +34,6 @@ class RunError : public std::runtime_error {
 };
 
 std::string reasonOf(const std::error_code& error) { return error.message(); }
-
-std::string inputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 // Colour is for terminals, unless the user does not want it (https://no-color.org).
 TextColor colorOfOutput() {
@@ -197,15 +199,12 @@ class Run {
         report_(report),
         reader_(options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors) {}
 
-  // Throws RunError.
-  void execute(int descriptor) {
-    LineBlockReader blocks(descriptor);
+  // Throws RunError and InputError.
+  void execute() {
+    InputFile input(options_.input);
+    LineBlockReader blocks(input, 1, kMaxLine);
     LineBlock block;
-    try {
-      while (!isDone() && blocks.next(block)) takeBlock(block);
-    } catch (const std::system_error& error) {
-      throw RunError("cannot read " + inputName(options_.input) + ": " + reasonOf(error.code()));
-    }
+    while (!isDone() && blocks.next(block)) takeBlock(block);
     if (isInterrupted()) return;
     if (hasSelection() && taken_ == 0) throw RunError(nothingSelected());
     report_.finish();
@@ -282,17 +281,9 @@ std::string counted(std::uint64_t number, const char* noun) {
 ExitStatus runExplain(const ExplainOptions& options) {
   try {
     catchInterrupt();
-    const bool isStandard = options.input == "-";
-    const int descriptor =
-        isStandard ? STDIN_FILENO : open(options.input.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-      throw RunError("cannot open " + options.input + ": " +
-                     reasonOf(std::error_code(errno, std::generic_category())));
-    }
     const std::unique_ptr<Report> report = makeReport(options);
     Run run(options, *report);
-    run.execute(descriptor);
-    if (!isStandard) close(descriptor);
+    run.execute();
     if (isInterrupted()) {
       std::fprintf(stderr, "qel-purchase: interrupted\n");
       return kInterrupted;

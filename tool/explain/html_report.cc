@@ -39,10 +39,20 @@ std::string badge(std::size_t kind) {
          "</b>";
 }
 
+// Returns the outcome as a sentence that begins with its badge.
+std::string outcomeHtml(const Explanation& explanation) {
+  std::string sentence = htmlOf(explanation.sentence);
+  if (sentence.starts_with(": ")) sentence.erase(0, 2);
+  return badge(static_cast<std::size_t>(explanation.outcome)) + " " + sentence;
+}
+
 std::string element(std::string_view name, const std::string& content) {
   const std::string tag(name);
   return "<" + tag + ">" + content + "</" + tag + ">";
 }
+
+// Returns a text that is never broken.
+std::string oneLine(const std::string& text) { return "<span class=\"one\">" + text + "</span>"; }
 
 std::string term(std::string_view name, const std::string& content) {
   return "<div>" + element("dt", std::string(name)) + element("dd", content) + "</div>";
@@ -50,12 +60,11 @@ std::string term(std::string_view name, const std::string& content) {
 
 // --- The parts of an explanation ---
 
-std::string summaryOf(const Explanation& explanation, std::uint64_t lineNumber) {
-  const OptionalText& id = explanation.facts.purchase.id;
-  return badge(static_cast<std::size_t>(explanation.outcome)) + "<span class=\"what\">" +
-         (id.has_value() ? htmlOf(id, 100) : "line " + std::to_string(lineNumber)) +
-         "<span class=\"sentence\">" +
-         htmlOf(Prose(nameOf(explanation.outcome), explanation.sentence)) + "</span></span>";
+// Returns a row's name and what came out.
+std::string summaryOf(const OptionalText& id, std::uint64_t lineNumber,
+                      const std::string& outcome) {
+  const std::string name = id.has_value() ? htmlOf(id, 100) : "line " + std::to_string(lineNumber);
+  return "<span class=\"name\">" + name + "</span><span class=\"result\">" + outcome + "</span>";
 }
 
 std::string headOf(const Explanation& explanation, std::uint64_t lineNumber) {
@@ -94,7 +103,8 @@ std::string legend() {
 
 std::string rowOfEntry(const TimelineEntry& entry) {
   const OptionalText written = entry.item.purchaseDateIA5String;
-  std::string date = entry.date.has_value() ? dateText(*entry.date) : htmlOf(written, 40);
+  const std::string date =
+      entry.date.has_value() ? oneLine(dateText(*entry.date)) : htmlOf(written, 40);
   std::string note = htmlOf(entry.note);
   if (!entry.date.has_value()) {
     note = (isEmpty(written) ? "" : "date cannot be read: ") +
@@ -126,7 +136,7 @@ std::string receiptOf(const Explanation& explanation, std::string_view name) {
     if (row.entry != nullptr) {
       out += rowOfEntry(*row.entry);
     } else if (row.isTransaction) {
-      out += "<tr class=\"reported\"><td>" + dateText(*facts.transactionDate()) +
+      out += "<tr class=\"reported\"><td>" + oneLine(dateText(*facts.transactionDate())) +
              "</td><td colspan=\"3\">the transaction's date; no entry has it</td></tr>";
     } else {
       out += "<tr><td colspan=\"4\">" + counted(row.leftOut, "entry", "entries") +
@@ -160,8 +170,10 @@ std::string eventOf(const Explanation& explanation) {
   for (const EventKey& key : explanation.keys) {
     std::string origin = htmlOf(key.origin);
     if (!key.readable.empty()) origin = element("b", htmlOf(key.readable)) + ": " + origin;
-    out += "<tr><th scope=\"row\">" + std::string(key.key) + "</th>" +
-           element("td", htmlOf(key.value)) + element("td", origin) + "</tr>";
+    const bool isText = key.value.spans().front().isInput;
+    const std::string value = isText ? htmlOf(key.value) : oneLine(htmlOf(key.value));
+    out += "<tr><th scope=\"row\">" + std::string(key.key) + "</th>" + element("td", value) +
+           element("td", origin) + "</tr>";
   }
   return out + "</tbody></table>";
 }
@@ -213,18 +225,19 @@ void HtmlReport::appendRow(std::size_t kind, const std::string& summary,
 
 void HtmlReport::add(const Explanation& explanation, std::uint64_t lineNumber) {
   const auto kind = static_cast<std::size_t>(explanation.outcome);
-  const std::string summary = summaryOf(explanation, lineNumber);
+  const std::string outcome = outcomeHtml(explanation);
+  const OptionalText& id = explanation.facts.purchase.id;
+  const std::string summary = summaryOf(id, lineNumber, outcome);
   if (detailsSize_ >= kMostDetails) {
     ++withoutDetails_;
     const std::string advice =
-        "<span class=\"sentence\">to explain it: --line " + std::to_string(lineNumber) + "</span>";
+        "<span class=\"advice\">to explain it: --line " + std::to_string(lineNumber) + "</span>";
     appendRow(kind, summary + advice, "");
     return;
   }
   const std::string details = detailsOf(explanation, lineNumber);
   detailsSize_ += details.size();
   if (size_ == 0) {
-    const OptionalText& id = explanation.facts.purchase.id;
     singleTitle_ =
         id.has_value() ? plainHtmlOf(Prose(InputText{id})) : "line " + std::to_string(lineNumber);
     single_ = "<h1>Purchase " +
@@ -236,16 +249,15 @@ void HtmlReport::add(const Explanation& explanation, std::uint64_t lineNumber) {
 }
 
 void HtmlReport::add(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber) {
-  Prose text("Unreadable: ");
+  Prose text;
   if (!error.pointer.empty()) text.append(Prose("at ", InputText{error.pointer}, ": "));
   text.append(InputText{error.message});
-  const std::string name = id.has_value() ? htmlOf(id, 100) : "line " + std::to_string(lineNumber);
-  const std::string summary = badge(kUnreadable) + "<span class=\"what\">" + name +
-                              "<span class=\"sentence\">" + htmlOf(text) + "</span></span>";
+  const std::string outcome = badge(kUnreadable) + " " + htmlOf(text);
+  const std::string summary = summaryOf(id, lineNumber, outcome);
   if (size_ == 0) {
     singleTitle_ = "line " + std::to_string(lineNumber);
     single_ = "<h1>Purchase of line " + std::to_string(lineNumber) +
-              "</h1>\n<p class=\"outcome\">" + badge(kUnreadable) + " " + htmlOf(text) + "</p>\n";
+              "</h1>\n<p class=\"outcome\">" + outcome + "</p>\n";
   }
   appendRow(kUnreadable, summary, "");
 }

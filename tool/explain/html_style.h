@@ -18,12 +18,12 @@ inline constexpr std::string_view kPageStyle = R"(
 *{box-sizing:border-box}
 html{color-scheme:light dark}
 body{margin:0;background:var(--back);color:var(--text);font:16px/1.5 system-ui,sans-serif}
-main{max-width:752px;margin:0 auto;padding:16px;overflow-wrap:anywhere}
+main{max-width:784px;margin:0 auto;padding:16px;overflow-wrap:anywhere}
 h1{font-size:1.4rem;line-height:1.25;margin:.5rem 0}
 h3{font-size:1rem;margin:1.5rem 0 .25rem}
 p{margin:.25rem 0}
 bdi,.code,code,th[scope]{font-family:ui-monospace,monospace;font-size:.92em}
-h1 bdi,.outcome bdi{font-family:inherit;font-size:1em}
+h1 bdi{font-family:inherit;font-size:1em}
 i{color:var(--soft)}
 .badge{display:inline-block;padding:0 .6em;border-radius:1em;font-size:.85rem;line-height:1.6rem;
 border:1px solid currentcolor}
@@ -44,6 +44,8 @@ table{border-collapse:collapse;width:100%;font-size:.92rem}
 th,td{text-align:left;vertical-align:top;padding:.25rem .75rem .25rem 0;border-top:1px solid var(--line)}
 thead th{border:0;color:var(--soft);font-weight:400}
 .event th[scope]{font-weight:400}
+.one,.event th[scope]{white-space:nowrap}
+.event td:nth-child(2){max-width:16rem}
 .entries td:first-child{font-variant-numeric:tabular-nums}
 .reported td{background:var(--tint);font-weight:600}
 .reported td:last-child{font-weight:400}
@@ -63,7 +65,7 @@ line.now{stroke:var(--mark);stroke-dasharray:4 3}
 .mark{font:bold 12px system-ui,sans-serif;fill:var(--bad)}
 .ring{fill:none;stroke:var(--text);stroke-width:2}
 .ring.bad{stroke:var(--bad);stroke-dasharray:3 2}
-.legend{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:0 1rem;font-size:.85rem;color:var(--soft)}
+.legend{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:0 1rem;margin:.25rem 0 1rem;font-size:.85rem;color:var(--soft)}
 .legend li{display:flex;align-items:center;gap:.25rem}
 fieldset{border:1px solid var(--line);border-radius:8px;display:flex;flex-wrap:wrap;gap:.25rem 1rem;margin:1rem 0}
 label{display:flex;align-items:center;gap:.35rem}
@@ -71,11 +73,11 @@ label{display:flex;align-items:center;gap:.35rem}
 .row{border-bottom:1px solid var(--line);padding:.5rem 0;content-visibility:auto;contain-intrinsic-size:auto 68px}
 summary{cursor:pointer}
 summary::marker{color:var(--soft)}
-.row .badge{margin-right:.5rem}
-.what bdi{font-family:inherit;font-size:1em}
-.sentence{display:block;color:var(--soft);font-size:.92rem}
+.name bdi{font-family:inherit;font-size:1em}
+.result,.advice{display:block;margin-top:.15rem}
+.advice{color:var(--soft);font-size:.92rem}
 :focus-visible{outline:2px solid var(--mark);outline-offset:2px}
-@media (max-width:560px){table,tbody,tr,td,tbody th{display:block}thead{display:none}
+@media (max-width:560px){.event td:nth-child(2){max-width:none}table,tbody,tr,td,tbody th{display:block}thead{display:none}
 tr{border-top:1px solid var(--line);padding:.35rem 0}th,td{border:0;padding:0}}
 @media print{.row{content-visibility:visible}fieldset{display:none}main{max-width:none}
 h3,thead{break-after:avoid}tr,.timeline{break-inside:avoid}}
