@@ -8,6 +8,7 @@
 
 #include "command_line.h"
 #include "events_command.h"
+#include "explain/code_command.h"
 #include "explain/explain_command.h"
 
 namespace {
@@ -40,5 +41,6 @@ int main(int argc, char** argv) {
                                    {
                                        qel::tool::addEvents(app),
                                        qel::tool::addExplain(app),
+                                       qel::tool::addCode(app),
                                    });
 }

@@ -242,8 +242,7 @@ void HtmlReport::add(const Explanation& explanation, std::uint64_t lineNumber) {
         id.has_value() ? plainHtmlOf(Prose(InputText{id})) : "line " + std::to_string(lineNumber);
     single_ = "<h1>Purchase " +
               (id.has_value() ? htmlOf(id) : "of line " + std::to_string(lineNumber)) +
-              "</h1>\n<p class=\"outcome\">" + badge(kind) + " " +
-              htmlOf(Prose(nameOf(explanation.outcome), explanation.sentence)) + "</p>\n" + details;
+              "</h1>\n<p class=\"outcome\">" + outcome + "</p>\n" + details;
   }
   appendRow(kind, summary, details);
 }

@@ -52,7 +52,7 @@ thead th{border:0;color:var(--soft);font-weight:400}
 .odd td:last-child{color:var(--bad)}
 .shapes{position:absolute}
 .timeline{display:block;margin:.5rem 0 0}
-.timeline text{font:12px system-ui,sans-serif;fill:var(--soft)}
+.timeline text{font:12px system-ui,sans-serif;fill:var(--soft);paint-order:stroke;stroke:var(--back);stroke-width:4px}
 .timeline .lane{font-family:ui-monospace,monospace;unicode-bidi:isolate}
 .timeline .own{fill:var(--text);font-weight:600}
 .from{text-anchor:start}.mid{text-anchor:middle}.to{text-anchor:end}
@@ -62,7 +62,7 @@ line.now{stroke:var(--mark);stroke-dasharray:4 3}
 .full{fill:var(--mark);stroke:var(--mark);stroke-width:2}
 .hollow{fill:var(--back);stroke:var(--mark);stroke-width:2}
 .unread{fill:var(--back);stroke:var(--bad);stroke-width:1.5}
-.mark{font:bold 12px system-ui,sans-serif;fill:var(--bad)}
+.timeline .mark,.legend .mark{font:bold 12px system-ui,sans-serif;fill:var(--bad);stroke:none}
 .ring{fill:none;stroke:var(--text);stroke-width:2}
 .ring.bad{stroke:var(--bad);stroke-dasharray:3 2}
 .legend{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:0 1rem;margin:.25rem 0 1rem;font-size:.85rem;color:var(--soft)}

@@ -7,13 +7,13 @@
 
 #include "explain/display_text.h"
 #include "explain/entry_text.h"
+#include "explain/text_wrap.h"
 #include "explain/time_text.h"
 #include "explain/timeline_rows.h"
 
 namespace qel::tool {
 namespace {
 
-constexpr std::size_t kColumns = 80;
 // Room for one text of the input, so that its line has room for a mark and an indent.
 constexpr std::size_t kMostInput = 64;
 
@@ -99,24 +99,7 @@ std::vector<std::string> wordsOf(const Prose& text) {
 
 // Appends a sentence that begins at column `start`, and goes on at column `indent`.
 void appendWrapped(const Prose& text, std::size_t start, std::size_t indent, std::string& out) {
-  std::size_t column = start;
-  bool isAtStart = true;
-  for (const std::string& word : wordsOf(text)) {
-    const std::size_t columns = columnsOf(word);
-    if (!isAtStart && column + 1 + columns > kColumns) {
-      out += "\n" + std::string(indent, ' ');
-      column = indent;
-      isAtStart = true;
-    }
-    if (!isAtStart) {
-      out += ' ';
-      ++column;
-    }
-    out += word;
-    column += columns;
-    isAtStart = false;
-  }
-  out += '\n';
+  qel::tool::appendWrapped(wordsOf(text), start, indent, out);
 }
 
 // --- The parts of a report ---
@@ -193,7 +176,7 @@ void appendEntry(const TimelineEntry& entry, TextColor color, std::string& out) 
   std::string line = padded("  " + mark + "  " + date, kKindColumn - 2) + "  ";
   line = padded(line + kindText(entry.item), kKindColumn + 20);
   const std::string identifiers = plain(identifiersText(entry.item));
-  if (columnsOf(line) + columnsOf(identifiers) > kColumns) {
+  if (columnsOf(line) + columnsOf(identifiers) > kLineColumns) {
     line.erase(line.find_last_not_of(' ') + 1);
     line += "\n" + std::string(kKindColumn, ' ');
   }
@@ -259,7 +242,7 @@ void appendEvent(const Explanation& explanation, TextColor color, std::string& o
     const std::vector<Span>& spans = key.value.spans();
     // A text that is a value stands alone, so it needs no quotes.
     const bool isText = spans.size() == 1 && spans.front().isInput;
-    line += isText ? shown(spans.front().text, kColumns - kValueColumn - 1) : plain(key.value);
+    line += isText ? shown(spans.front().text, kLineColumns - kValueColumn - 1) : plain(key.value);
     if (columnsOf(line) + 2 > kOriginColumn) {
       out += line + "\n";
       line.clear();
@@ -290,12 +273,6 @@ std::string rowStart(const OptionalText& id, std::uint64_t lineNumber) {
 }
 
 }  // namespace
-
-std::string wrapped(const Prose& text, std::size_t indent) {
-  std::string out(indent, ' ');
-  appendWrapped(text, indent, indent, out);
-  return out;
-}
 
 std::string textReport(const Explanation& explanation, std::uint64_t lineNumber, TextColor color) {
   std::string out;

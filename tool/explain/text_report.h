@@ -24,10 +24,6 @@ std::string textRow(const Explanation& explanation, std::uint64_t lineNumber, Te
 std::string textRow(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber,
                     TextColor color);
 
-// Returns `text` in lines of up to 80 columns that begin with `indent` spaces. A text of the input
-// is never broken, so a line can be longer; one with unusual characters is in quotes.
-std::string wrapped(const Prose& text, std::size_t indent);
-
 }  // namespace qel::tool
 
 #endif  // QEL_TOOL_EXPLAIN_TEXT_REPORT_H_

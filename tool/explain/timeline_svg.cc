@@ -22,7 +22,8 @@ constexpr std::size_t kMostMarksOfALane = 40;
 
 // Heights in pixels.
 constexpr int kTop = 22;        // the label of the transaction's date
-constexpr int kFirstLane = 78;  // with room for the arc and its label
+constexpr int kFirstLane = 52;  // with the label of the product
+constexpr int kArc = 26;        // room for the arc and its label
 constexpr int kLane = 46;
 constexpr int kLaneLine = 14;  // from the line of a lane to its lower end
 constexpr int kAxis = 24;
@@ -148,25 +149,53 @@ void appendMark(const TimelineEntry& entry, int position, int y, std::string& ou
          plainHtmlOf(tooltipOf(entry)) + "</title></g>";
 }
 
-// Joins the entry that decides to the entry that is reported.
-void appendArc(const Explanation& explanation, const Axis& axis, std::string& out) {
+// The arc from the entry that decides to the entry that is reported.
+struct Arc {
+  int start;
+  int end;
+  std::string_view text;
+};
+
+std::optional<Arc> arcOf(const Explanation& explanation, const Axis& axis) {
   const TimelineEntry* from = nullptr;
   const TimelineEntry* to = nullptr;
   for (const TimelineEntry& entry : explanation.timeline) {
     if (entry.role == Role::kDeciding) from = &entry;
     if (entry.role == Role::kReported) to = &entry;
   }
-  if (from == nullptr || to == nullptr) return;
-  const int start = axis.of(from->date);
-  const int end = axis.of(to->date);
+  if (from == nullptr || to == nullptr) return std::nullopt;
   const bool isConversion = explanation.facts.isMarked(ParameterKey::kSubConvert);
-  out += "<svg x=\"" + percent(start) + "\" y=\"" + std::to_string(kTop + 38) + "\" width=\"" +
-         percent(end - start) +
+  return Arc{axis.of(from->date), axis.of(to->date),
+             isConversion ? "free trial, so a conversion" : "no free trial, so a renewal"};
+}
+
+void appendArc(const Arc& arc, std::string& out) {
+  out += "<svg x=\"" + percent(arc.start) + "\" y=\"" + std::to_string(kTop + 38) + "\" width=\"" +
+         percent(arc.end - arc.start) +
          "\" height=\"20\" viewBox=\"0 0 100 20\" preserveAspectRatio=\"none\">"
          "<path class=\"arc\" d=\"M0 20Q50 -16 100 20\"/></svg>";
-  const int middle = (start + end) / 2;
-  out += textAt(middle, kTop + 34, anchorAt(middle),
-                isConversion ? "free trial, so a conversion" : "no free trial, so a renewal");
+  const int middle = (arc.start + arc.end) / 2;
+  out += textAt(middle, kTop + 34, anchorAt(middle), std::string(arc.text));
+}
+
+// Appends the marks of a lane. Entries without a date would cover each other, so they have one mark
+// with their number.
+void appendMarks(const Lane& lane, const Axis& axis, int y, std::string& out) {
+  const TimelineEntry* undated = nullptr;
+  std::size_t count = 0;
+  for (const TimelineEntry* const entry : lane.entries) {
+    if (entry->date.has_value()) {
+      appendMark(*entry, axis.of(entry->date), y, out);
+    } else {
+      undated = entry;
+      ++count;
+    }
+  }
+  if (undated == nullptr) return;
+  appendMark(*undated, kGutter, y, out);
+  if (count == 1) return;
+  out += "<text x=\"" + percent(kGutter) + "\" dx=\"10\" y=\"" + std::to_string(y - 6) +
+         "\" class=\"from\">" + std::to_string(count) + "</text>";
 }
 
 std::string description(const Explanation& explanation) {
@@ -196,7 +225,9 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
   const std::vector<Lane> lanes = lanesOf(explanation);
   const std::optional<Instant> transaction = explanation.facts.transactionDate();
   const Axis axis(lanes, transaction);
-  const int laneEnd = kTop + kFirstLane + kLane * (static_cast<int>(lanes.size()) - 1);
+  const std::optional<Arc> arc = arcOf(explanation, axis);
+  const int firstLane = kTop + kFirstLane + (arc.has_value() ? kArc : 0);
+  const int laneEnd = firstLane + kLane * (static_cast<int>(lanes.size()) - 1);
   const std::string title = std::string(name) + "-title";
   const std::string details = std::string(name) + "-desc";
 
@@ -210,7 +241,7 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
            "\" y1=\"" + std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(laneEnd) + "\"/>";
     out += textAt(position, kTop - 8, anchorAt(position), "transaction " + dateText(*transaction));
   }
-  int y = kTop + kFirstLane - kLaneLine;
+  int y = firstLane - kLaneLine;
   for (std::size_t i = 0; i < lanes.size(); ++i, y += kLane) {
     const std::string line = std::to_string(y);
     out += "<line class=\"lane\" x1=\"0\" x2=\"100%\" y1=\"" + line + "\" y2=\"" + line + "\"/>";
@@ -219,19 +250,21 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
     const int labelY = i == 0 ? kTop + 16 : y - 16;
     out += textAt(0, labelY, i == 0 ? "from lane own" : "from lane", escapedHtml(product));
   }
-  appendArc(explanation, axis, out);
-  y = kTop + kFirstLane - kLaneLine;
+  if (arc.has_value()) appendArc(*arc, out);
+  y = firstLane - kLaneLine;
   for (const Lane& lane : lanes) {
-    for (const TimelineEntry* const entry : lane.entries) {
-      appendMark(*entry, axis.of(entry->date), y, out);
-    }
+    appendMarks(lane, axis, y, out);
     y += kLane;
   }
   if (!axis.empty()) {
     const std::string first = dateText(axis.first()).substr(0, 10);
     const std::string last = dateText(axis.last()).substr(0, 10);
-    if (first != last) out += textAt(kStart, laneEnd + kAxis - 8, "from axis", first);
-    out += textAt(kEnd, laneEnd + kAxis - 8, "to axis", last);
+    if (first == last) {
+      out += textAt((kStart + kEnd) / 2, laneEnd + kAxis - 8, "mid axis", first);
+    } else {
+      out += textAt(kStart, laneEnd + kAxis - 8, "from axis", first);
+      out += textAt(kEnd, laneEnd + kAxis - 8, "to axis", last);
+    }
   }
   return out + "</svg>";
 }

@@ -1,0 +1,62 @@
+#include "explain/code_command.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "explain/diagnostics_page.h"
+#include "explain/display_text.h"
+#include "line_blocks.h"
+
+namespace qel::tool {
+namespace {
+
+constexpr const char* kFooter =
+    R"(Explains a code of the diagnostics: what it means, what the event then has, usual
+causes, and what to check. Without CODE, lists all codes.
+
+Exit status: 0 explained, 2 wrong usage, or an output that cannot be written.
+
+Example:
+  qel-purchase code 40023)";
+
+ExitStatus complain(const std::string& what) {
+  std::fprintf(stderr, "qel-purchase: %s\n", what.c_str());
+  return kFailed;
+}
+
+ExitStatus show(const std::string& text) {
+  try {
+    writeAll(STDOUT_FILENO, text);
+  } catch (const std::system_error& error) {
+    return complain("cannot write standard output: " + error.code().message());
+  }
+  return kAllRead;
+}
+
+ExitStatus runCode(const std::string& code) {
+  const std::vector<CodeSection> sections = codeSections(diagnosticsPage());
+  std::string list;
+  for (const CodeSection& section : sections) {
+    if (section.code == code) return show(plainText(section));
+    list.append(section.code).append("  ").append(section.message).append("\n");
+  }
+  if (code.empty()) return show(list);
+  return complain("expected a code of the diagnostics, such as 40023, found " +
+                  displayText(code, 40) + "; qel-purchase code lists all");
+}
+
+}  // namespace
+
+Subcommand addCode(CLI::App& app) {
+  const auto code = std::make_shared<std::string>();
+  CLI::App* const command = app.add_subcommand("code", "Explain a code of the diagnostics");
+  command->footer(kFooter);
+  command->add_option("CODE", *code, "A code, such as 40023; without it, all are listed");
+  return {command, [code] { return runCode(*code); }};
+}
+
+}  // namespace qel::tool
