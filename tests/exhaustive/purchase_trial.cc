@@ -211,7 +211,7 @@ void PurchaseTrial::makeRecords(const OraclePurchase& purchase) {
     transaction_.transactionDate.reset();
     if (const auto& date = transaction->date)
       transaction_.transactionDate =
-          Instant{date->seconds, static_cast<std::int32_t>(date->nanoseconds)};
+          Instant(date->seconds, date->nanoseconds);
     transaction_.quantity = transaction->quantity;
   }
 }

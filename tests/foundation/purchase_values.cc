@@ -91,7 +91,7 @@ Outcome outcomeOfOracle(const PurchaseValues& purchase, const DiscountClass& dis
     OracleTransaction& to = values.transaction.emplace();
     to.identifier = transaction->identifier;
     if (transaction->hasOriginal) to.original = {transaction->originalIdentifier};
-    if (const auto& date = transaction->date) to.date = {date->seconds, date->nanoseconds};
+    if (const auto& date = transaction->date) to.date = {date->seconds(), date->nanoseconds()};
     to.quantity = transaction->quantity;
   }
   for (const QELInAppPurchaseItem& item : purchase.receipt) {

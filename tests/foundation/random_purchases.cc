@@ -92,9 +92,9 @@ std::optional<std::string> writtenDate(Random& random) {
 
 std::optional<Instant> date(Random& random) {
   if (oneIn(random, 15)) return std::nullopt;
-  Instant instant = {oneOf(random, moments()).seconds, 0};
-  if (oneIn(random, 10)) instant.nanoseconds = oneIn(random, 2) ? 250000000 : 500000000;
-  return instant;
+  const std::int64_t seconds = oneOf(random, moments()).seconds;
+  if (!oneIn(random, 10)) return Instant(seconds);
+  return Instant(seconds, oneIn(random, 2) ? 250000000 : 500000000);
 }
 
 // Mostly a small number, now and then any at all.

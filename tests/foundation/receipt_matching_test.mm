@@ -142,9 +142,9 @@ TEST(ReceiptMatchingTest, PutsEntriesWithoutADateFirst) {
 TEST(ReceiptMatchingTest, NeverMatchesAFractionOfASecond) {
   @autoreleasepool {
     const LiveReceipt receipt(twoProducts());
-    EXPECT_EQ(receipt.matching(std::nullopt, Instant{kInstantOfMarch.seconds, 250000000}),
+    EXPECT_EQ(receipt.matching(std::nullopt, Instant{kInstantOfMarch.seconds(), 250000000}),
               Positions{});
-    EXPECT_EQ(receipt.matching("monthly", Instant{kInstantOfMarch.seconds, 500000000}),
+    EXPECT_EQ(receipt.matching("monthly", Instant{kInstantOfMarch.seconds(), 500000000}),
               Positions{});
   }
 }

@@ -371,9 +371,9 @@ NSDecimalNumber* liveDecimal(const std::optional<std::string>& text) {
 NSDate* liveDate(const std::optional<Instant>& instant) {
   if (!instant.has_value()) return nil;
   constexpr std::int64_t kReferenceDate = 978307200;
-  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
+  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds() -
                                                                             kReferenceDate) +
-                                                        instant->nanoseconds * 1e-9];
+                                                        instant->nanoseconds() * 1e-9];
 }
 
 NSDate* dateOfTime(double time) {

@@ -60,7 +60,7 @@ std::vector<Row> tableRows() {
 // Returns `instant` as the table has it.
 std::string tableText(const std::optional<Instant>& instant) {
   if (!instant.has_value()) return kNoDate;
-  const std::chrono::sys_seconds time{std::chrono::seconds(instant->seconds)};
+  const std::chrono::sys_seconds time{std::chrono::seconds(instant->seconds())};
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
@@ -72,7 +72,7 @@ std::string tableText(const std::optional<Instant>& instant) {
                 static_cast<int>(clock.minutes().count()),
                 static_cast<int>(clock.seconds().count()));
   std::string result = text.data();
-  if (instant->nanoseconds != 0) result += " + " + std::to_string(instant->nanoseconds) + " ns";
+  if (instant->nanoseconds() != 0) result += " + " + std::to_string(instant->nanoseconds()) + " ns";
   return result;
 }
 

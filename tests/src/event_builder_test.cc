@@ -216,7 +216,7 @@ TEST_F(EventBuilderTest, MonthlySubscriptionRenewedAfterAFreeTrialIsAConversion)
 
 TEST_F(EventBuilderTest, TransactionDateKeepsItsFractionAndSoMatchesNoEntry) {
   makeMonthly(purchase, {firstMonth()});
-  purchase.transaction.theTransactionDate = Instant{kMarchInstant.seconds, 250000000};
+  purchase.transaction.theTransactionDate = Instant{kMarchInstant.seconds(), 250000000};
   EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "EUR"},
                                          {"invalid", 1},
                                          {"price", 4990000},

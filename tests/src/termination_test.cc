@@ -117,8 +117,8 @@ TEST_F(TerminationDeathTest, AnyFailedAllocationOfAnEventEndsTheProgram) {
   const auto buildEvent = [this, &receipt] {
     // Cleared, so that the log takes the same number of allocations each time.
     purchase.asked.clear();
-    QELInAppPurchaseEventParametersFromProductAndTransactionV2(&purchase.product,
-                                                               &purchase.transaction, receipt);
+    static_cast<void>(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        &purchase.product, &purchase.transaction, receipt));
   };
   buildEvent();
   expectEndWhenAnyAllocationFails(buildEvent);
@@ -126,8 +126,9 @@ TEST_F(TerminationDeathTest, AnyFailedAllocationOfAnEventEndsTheProgram) {
 
 TEST_F(TerminationDeathTest, FailedAllocationOfAMatchEndsTheProgram) {
   const QELInAppPurchaseItems receipt = listOf(purchase.receipt);
-  expectEndWhenAnyAllocationFails(
-      [&receipt] { QELMatchingInAppPurchaseItems(receipt, "monthly", std::nullopt); });
+  expectEndWhenAnyAllocationFails([&receipt] {
+    static_cast<void>(QELMatchingInAppPurchaseItems(receipt, "monthly", std::nullopt));
+  });
 }
 
 }  // namespace

@@ -111,10 +111,10 @@ inline constexpr const char* kJanuary = "2019-01-14T09:26:53Z";
 inline constexpr const char* kFebruary = "2019-02-14T09:26:53Z";
 inline constexpr const char* kMarch = "2019-03-14T09:26:53Z";
 inline constexpr const char* kApril = "2019-04-14T09:26:53Z";
-inline constexpr Instant kJanuaryInstant = {.seconds = 1547458013};
-inline constexpr Instant kFebruaryInstant = {.seconds = 1550136413};
-inline constexpr Instant kMarchInstant = {.seconds = 1552555613};
-inline constexpr Instant kAprilInstant = {.seconds = 1555234013};
+inline constexpr Instant kJanuaryInstant(1547458013);
+inline constexpr Instant kFebruaryInstant(1550136413);
+inline constexpr Instant kMarchInstant(1552555613);
+inline constexpr Instant kAprilInstant(1555234013);
 
 // The meanings of an entry's purchase type.
 inline constexpr std::int64_t kNonConsumable = 0;
