@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
+#import "live_doubles.h"
 #include "qel/date_formatter.h"
 #include "qel/rfc3339.h"
-#import "stand_ins.h"
 #include "value_conversion.h"
 
 namespace qel::testing {
