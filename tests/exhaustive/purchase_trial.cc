@@ -182,10 +182,11 @@ ReceiptEntry::ReceiptEntry(const OracleEntry& entry) : values(entry) {
 void PurchaseTrial::setReceipt(OraclePurchase& purchase,
                                std::initializer_list<const ReceiptEntry*> entries) {
   receipt_.clear();
-  purchase.receipt.clear();
+  // Entries that are overwritten keep the memory of their texts.
+  purchase.receipt.resize(entries.size());
   for (const ReceiptEntry* const entry : entries) {
+    purchase.receipt[receipt_.size()] = entry->values;
     receipt_.emplace_back(entry->record);
-    purchase.receipt.push_back(entry->values);
   }
 }
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#import "stand_ins.h"
+#import "live_doubles.h"
 
 namespace qel::foundation {
 namespace {
