@@ -61,34 +61,47 @@ def closure(wanted, paragraphs):
     return sorted(found)
 
 
+def files_of(packages):
+    """Returns the paths of the packages' files and of what dpkg knows of them, without those that are not here."""
+    info = pathlib.Path("/") / DPKG / "info"
+    files = {str(info / "format")}
+    for name in packages:
+        for kind in ("list", "md5sums"):
+            files.update(str(file) for file in (info / f"{name}.{kind}", *info.glob(f"{name}:*.{kind}")))
+    listed = subprocess.run(["dpkg-query", "--listfiles", *packages], check=True, capture_output=True, text=True)
+    files.update(line for line in listed.stdout.splitlines() if line.startswith("/") and line != "/.")
+    # A system can leave out documents of its packages. Directories that only root may read are left out, too.
+    return {file for file in files if os.path.lexists(file) and (os.access(file, os.R_OK) or not os.path.isdir(file))}
+
+
+def copy(files, root):
+    """Copies files to the same places below `root`."""
+    # In ascending order, a directory stands before its files.
+    names_to_copy = "\0".join(sorted(file[1:] for file in files))
+    with subprocess.Popen(["tar", "-C", "/", "--create", "--no-recursion", "--null", "--files-from=-"],
+                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as packing:
+        with subprocess.Popen(["tar", "-C", root, "--extract", "--no-same-owner"], stdin=packing.stdout) as unpacking:
+            packing.stdin.write(names_to_copy.encode())
+            packing.stdin.close()
+    if packing.returncode or unpacking.returncode:
+        sys.exit("clean_root.py: cannot copy the files; tar says why above")
+
+
 def main(root, wanted):
     paragraphs = read_status()
     packages = closure(wanted, paragraphs)
-
-    for directory in ("dev", "proc", "tmp", DPKG / "updates", DPKG / "info"):
+    for directory in ("dev", "proc", "tmp", DPKG / "updates"):
         (root / directory).mkdir(parents=True)
     (root / DPKG / "status").write_text("\n".join(paragraphs[name] for name in packages), encoding="utf-8")
-    info = pathlib.Path("/") / DPKG / "info"
-    files = {str(file) for name in packages for kind in ("list", "md5sums")
-             for file in (info / f"{name}.{kind}", *info.glob(f"{name}:*.{kind}"))}
-    files.add(str(info / "format"))
-    listed = subprocess.run(["dpkg-query", "--listfiles", *packages], check=True, capture_output=True, text=True)
-    files.update(line for line in listed.stdout.splitlines() if line.startswith("/") and line != "/.")
+
+    files = files_of(packages)
     # The links that merge directories, such as /lib to /usr/lib, belong to no package.
     for link in pathlib.Path("/").iterdir():
         if link.is_symlink() and link.is_dir():
             (root / link.resolve().relative_to("/")).mkdir(parents=True, exist_ok=True)
             (root / link.name).symlink_to(link.readlink())
             files.discard(str(link))
-    # In ascending order, a directory stands before its files. A system can leave out documents of its packages.
-    copied = "\0".join(sorted(file[1:] for file in files if os.path.lexists(file)))
-    with subprocess.Popen(["tar", "-C", "/", "--create", "--no-recursion", "--null", "--files-from=-"],
-                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as archive:
-        with subprocess.Popen(["tar", "-C", root, "--extract", "--no-same-owner"], stdin=archive.stdout) as copy:
-            archive.stdin.write(copied.encode())
-            archive.stdin.close()
-    if archive.returncode or copy.returncode:
-        sys.exit("clean_root.py: cannot copy the files; tar says why above")
+    copy(files, root)
 
 
 main(pathlib.Path(sys.argv[1]), sys.argv[2:])
