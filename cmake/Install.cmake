@@ -4,43 +4,41 @@
 include(CMakePackageConfigHelpers)
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/qel-purchase)
 
-# Installs `targets`, libraries, as the component `name` of find_package.
-function(qel_install_libraries name)
-  install(TARGETS ${ARGN} EXPORT qel-purchase-${name}
-    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE COMPONENT development
-    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qel COMPONENT development)
-  install(EXPORT qel-purchase-${name} FILE qel-purchase-${name}-targets.cmake NAMESPACE qel::
-    DESTINATION ${package_directory} COMPONENT development)
-endfunction()
-
-# Sets `result` to the packages that users of `targets` must find: those whose imported targets are in the link
-# interface. A shared library has none of the libraries in it that only its implementation uses.
-function(qel_packages_of result)
-  foreach(target IN LISTS ARGN)
-    get_target_property(libraries ${target} INTERFACE_LINK_LIBRARIES)
-    string(REGEX MATCHALL "[A-Za-z0-9_]+::" namespaces "${libraries}")
-    list(APPEND packages ${namespaces})
-  endforeach()
-  list(REMOVE_DUPLICATES packages)
-  list(TRANSFORM packages REPLACE "::" "")
-  set(${result} "${packages}" PARENT_SCOPE)
+# Installs libraries as a component of find_package: its name, the option that builds it, and its targets. Tells the
+# file for find_package, with COMPONENT_FACTS, the packages that the users of the targets must find. These are the
+# ones with imported targets in the link interface. A shared library has none there that only its implementation uses.
+function(qel_install_component name option)
+  list(APPEND COMPONENTS ${name})
+  set(COMPONENTS ${COMPONENTS} PARENT_SCOPE)
+  string(APPEND COMPONENT_FACTS "\n  set(option_of_${name} ${option})")
+  list(GET ARGN 0 target)
+  if(TARGET ${target})
+    install(TARGETS ${ARGN} EXPORT qel-purchase-${name}
+      LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+      ARCHIVE COMPONENT development
+      PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qel COMPONENT development)
+    install(EXPORT qel-purchase-${name} FILE qel-purchase-${name}-targets.cmake NAMESPACE qel::
+      DESTINATION ${package_directory} COMPONENT development)
+    foreach(target IN LISTS ARGN)
+      get_target_property(libraries ${target} INTERFACE_LINK_LIBRARIES)
+      string(REGEX MATCHALL "[A-Za-z0-9_]+::" namespaces "${libraries}")
+      list(APPEND packages ${namespaces})
+    endforeach()
+    list(REMOVE_DUPLICATES packages)
+    list(TRANSFORM packages REPLACE "::" "")
+    foreach(package IN LISTS packages)
+      if(EXISTS ${PROJECT_SOURCE_DIR}/cmake/Find${package}.cmake)
+        install(FILES cmake/Find${package}.cmake DESTINATION ${package_directory} COMPONENT development)
+      endif()
+    endforeach()
+    string(APPEND COMPONENT_FACTS "\n  set(packages_of_${name} ${packages})")
+  endif()
+  set(COMPONENT_FACTS "${COMPONENT_FACTS}" PARENT_SCOPE)
 endfunction()
 
 # The files for find_package.
-qel_install_libraries(purchase qel_purchase qel_platform)
-qel_packages_of(QEL_PURCHASE_PACKAGES qel_purchase qel_platform)
-if(QEL_PLATFORM_FOUNDATION)
-  qel_install_libraries(foundation qel_foundation)
-  qel_packages_of(QEL_FOUNDATION_PACKAGES qel_foundation)
-endif()
-set(find_modules ${QEL_PURCHASE_PACKAGES} ${QEL_FOUNDATION_PACKAGES})
-list(REMOVE_DUPLICATES find_modules)
-foreach(package IN LISTS find_modules)
-  if(EXISTS ${PROJECT_SOURCE_DIR}/cmake/Find${package}.cmake)
-    install(FILES cmake/Find${package}.cmake DESTINATION ${package_directory} COMPONENT development)
-  endif()
-endforeach()
+qel_install_component(purchase "" qel_purchase qel_platform)
+qel_install_component(foundation QEL_PLATFORM_FOUNDATION qel_foundation)
 configure_file(cmake/qel-purchase-config.cmake.in qel-purchase-config.cmake @ONLY)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/qel-purchase-config-version.cmake
   COMPATIBILITY SameMajorVersion)
