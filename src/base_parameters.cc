@@ -20,7 +20,7 @@ std::optional<std::string_view> checkInputs(const StoreProduct* product,
     log(DiagnosticCode::kNilTransaction);
     return std::nullopt;
   }
-  return productIdentifier;
+  return *productIdentifier;
 }
 
 EventParameters baseParameters(std::string_view productIdentifier, const StoreProduct& product,

@@ -99,7 +99,7 @@ class SelfReplacingMonitor : public RecordingMonitor {
   std::shared_ptr<DiagnosticsMonitor> next_;
 };
 
-// The free trial is told of in two messages: 40009, then 40010.
+// A free trial logs two messages: 40009, then 40010.
 TEST(DiagnosticsTest, MonitorIsAskedForAgainForEachMessage) {
   const auto second = std::make_shared<RecordingMonitor>();
   const auto first = std::make_shared<SelfReplacingMonitor>(second);
