@@ -1,15 +1,12 @@
 #include "explain/code_command.h"
 
-#include <unistd.h>
-
-#include <cstdio>
 #include <memory>
 #include <string>
-#include <system_error>
 
 #include "explain/diagnostics_page.h"
 #include "explain/display_text.h"
-#include "line_blocks.h"
+#include "messages.h"
+#include "output_file.h"
 
 namespace qel::tool {
 namespace {
@@ -23,18 +20,16 @@ Exit status: 0 explained, 2 wrong usage, or an output that cannot be written.
 Example:
   qel-purchase code 40023)";
 
-ExitStatus complain(const std::string& what) {
-  std::fprintf(stderr, "qel-purchase: %s\n", what.c_str());
-  return kFailed;
-}
-
 ExitStatus show(const std::string& text) {
   try {
-    writeAll(STDOUT_FILENO, text);
-  } catch (const std::system_error& error) {
-    return complain("cannot write standard output: " + error.code().message());
+    OutputFile output("-", {});
+    output.write(text);
+    output.commit();
+    return kAllRead;
+  } catch (const OutputError& error) {
+    report(error.what());
+    return kFailed;
   }
-  return kAllRead;
 }
 
 ExitStatus runCode(const std::string& code) {
@@ -45,8 +40,9 @@ ExitStatus runCode(const std::string& code) {
     list.append(section.code).append("  ").append(section.message).append("\n");
   }
   if (code.empty()) return show(list);
-  return complain("expected a code of the diagnostics, such as 40023, found " +
-                  displayText(code, 40) + "; qel-purchase code lists all");
+  report("expected a code of the diagnostics, such as 40023, found " + displayText(code, 40) +
+         "; qel-purchase code lists all");
+  return kFailed;
 }
 
 }  // namespace

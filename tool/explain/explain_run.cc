@@ -1,15 +1,11 @@
 #include "explain/explain_run.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 
 #include "explain/display_text.h"
 #include "explain/explanation.h"
@@ -18,22 +14,22 @@
 #include "input_file.h"
 #include "interrupt.h"
 #include "line_blocks.h"
+#include "messages.h"
+#include "output_file.h"
 #include "purchase_reader.h"
 #include "unreadable_line.h"
 
 namespace qel::tool {
 namespace {
 
-// Lines that are longer are rejected, as by the subcommand events.
+// Longer lines are rejected.
 constexpr std::size_t kMaxLine = std::size_t{1} << 30;
 
-// A reason to end the run, for people.
+// Why a run cannot do what it was asked for, for people.
 class RunError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
-
-std::string reasonOf(const std::error_code& error) { return error.message(); }
 
 // Colour is for terminals, unless the user does not want it (https://no-color.org).
 TextColor colorOfOutput() {
@@ -44,91 +40,88 @@ TextColor colorOfOutput() {
   return isatty(STDOUT_FILENO) != 0 && !isUnwanted ? TextColor::kAnsi : TextColor::kNone;
 }
 
-// Receives the purchases of a run.
+// Receives the purchases of a run. The functions throw OutputError and RunError.
 class Report {
  public:
   virtual ~Report() = default;
   virtual void add(const Explanation& explanation, std::uint64_t lineNumber) = 0;
   virtual void add(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber) = 0;
-  // Writes what is left. Throws RunError.
+  // Writes what is left.
   virtual void finish() = 0;
 };
-
-void writeOut(std::string& text) {
-  try {
-    writeAll(STDOUT_FILENO, text);
-  } catch (const std::system_error& error) {
-    throw RunError("cannot write standard output: " + reasonOf(error.code()));
-  }
-  text.clear();
-}
 
 // Each purchase in full, one after the other.
 class FullText : public Report {
  public:
+  explicit FullText(OutputFile& output) : output_(output) {}
+
   void add(const Explanation& explanation, std::uint64_t lineNumber) override {
-    append(textReport(explanation, lineNumber, color_));
+    write(textReport(explanation, lineNumber, color_));
   }
   void add(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber) override {
-    append(textRow(error, id, lineNumber, color_));
+    write(textRow(error, id, lineNumber, color_));
   }
-  void finish() override { writeOut(out_); }
+  void finish() override {}
 
  private:
-  void append(const std::string& text) {
-    out_ += isFirst_ ? text : "\n\n" + text;
+  void write(const std::string& text) {
+    output_.write(isFirst_ ? text : "\n\n" + text);
     isFirst_ = false;
-    writeOut(out_);
   }
 
+  OutputFile& output_;
   const TextColor color_ = colorOfOutput();
   bool isFirst_ = true;
-  std::string out_;
 };
 
 // One purchase in full; several as a list.
 class ListText : public Report {
  public:
-  explicit ListText(const std::string& input) : input_(input) {}
+  ListText(const std::string& input, OutputFile& output) : input_(input), output_(output) {}
 
   void add(const Explanation& explanation, std::uint64_t lineNumber) override {
     if (count_ == 0) full_ = textReport(explanation, lineNumber, color_);
     append(textRow(explanation, lineNumber, color_));
   }
   void add(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber) override {
-    append(textRow(error, id, lineNumber, color_));
-    if (count_ == 1) full_ = out_;
+    const std::string row = textRow(error, id, lineNumber, color_);
+    if (count_ == 0) full_ = row;
+    append(row);
   }
   void finish() override {
     if (count_ == 1) {
-      out_ = full_;
+      rows_ = full_;
     } else if (count_ > 1) {
-      out_ += "\nTo explain one of them: qel-purchase explain " +
-              (input_ == "-" ? std::string() : displayText(input_, 60) + " ") +
-              "--line N, or --id ID\n";
+      rows_ += "\nTo explain one of them: qel-purchase explain " +
+               (input_ == "-" ? std::string() : displayText(input_, 60) + " ") +
+               "--line N, or --id ID\n";
     }
-    writeOut(out_);
+    output_.write(rows_);
   }
 
  private:
   void append(const std::string& row) {
     constexpr std::size_t kMostBuffered = 65536;
-    out_ += row;
+    rows_ += row;
     ++count_;
-    if (count_ > 1 && out_.size() > kMostBuffered) writeOut(out_);
+    if (count_ < 2 || rows_.size() < kMostBuffered) return;
+    output_.write(rows_);
+    rows_.clear();
   }
 
   const std::string& input_;
+  OutputFile& output_;
   const TextColor color_ = colorOfOutput();
   std::size_t count_ = 0;
+  // The explanation of the first purchase, in case that it is the only one.
   std::string full_;
-  std::string out_;
+  std::string rows_;
 };
 
 // A page, written as a whole at the end.
 class Page : public Report {
  public:
-  explicit Page(const std::string& path) : path_(path) {}
+  explicit Page(OutputFile& output) : output_(output) {}
 
   void add(const Explanation& explanation, std::uint64_t lineNumber) override {
     checkSize();
@@ -140,18 +133,11 @@ class Page : public Report {
   }
   void finish() override {
     if (report_.size() == 0) throw RunError("no page written: the input has no purchases");
-    std::string page = report_.page();
-    if (path_ == "-") {
-      writeOut(page);
-      return;
-    }
-    writeFile(page);
-    if (report_.withoutDetails() > 0) {
-      std::fprintf(stderr,
-                   "qel-purchase: the page explains %zu purchases and lists %zu more with their "
-                   "outcome only; select with --id or --line\n",
-                   report_.size() - report_.withoutDetails(), report_.withoutDetails());
-    }
+    output_.write(report_.page());
+    if (report_.withoutDetails() == 0) return;
+    report("the page explains " + counted(report_.size() - report_.withoutDetails(), "purchase") +
+           ", and lists " + std::to_string(report_.withoutDetails()) +
+           " more with their outcome only; select with --id or --line");
   }
 
  private:
@@ -159,36 +145,11 @@ class Page : public Report {
     if (report_.size() < HtmlReport::kMostPurchases) return;
     throw RunError("no page written: the input has more than " +
                    std::to_string(HtmlReport::kMostPurchases) +
-                   " purchases; select with --id or --line, or give a part of the input, such as "
+                   " purchases; select with --id or --line, or give a part of the input, as in "
                    "head -n 1000 FILE | qel-purchase explain --html PAGE");
   }
 
-  // Replaces the file as a whole, so that no reader sees a part of a page.
-  void writeFile(const std::string& page) const {
-    const std::string unfinished = path_ + ".unfinished";
-    const int descriptor = open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-                                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
-    if (descriptor < 0) fail(std::error_code(errno, std::generic_category()));
-    std::error_code error;
-    try {
-      writeAll(descriptor, page);
-    } catch (const std::system_error& failure) {
-      error = failure.code();
-    }
-    if (close(descriptor) != 0 && !error) error.assign(errno, std::generic_category());
-    if (!error && std::rename(unfinished.c_str(), path_.c_str()) != 0) {
-      error.assign(errno, std::generic_category());
-    }
-    if (!error) return;
-    unlink(unfinished.c_str());
-    fail(error);
-  }
-
-  [[noreturn]] void fail(const std::error_code& error) const {
-    throw RunError("cannot write " + path_ + ": " + reasonOf(error));
-  }
-
-  const std::string& path_;
+  OutputFile& output_;
   HtmlReport report_;
 };
 
@@ -199,7 +160,7 @@ class Run {
         report_(report),
         reader_(options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors) {}
 
-  // Throws RunError and InputError.
+  // Reads the input. Throws InputError, OutputError and RunError.
   void execute() {
     InputFile input(options_.input);
     LineBlockReader blocks(input, 1, kMaxLine);
@@ -227,18 +188,25 @@ class Run {
       }
       const bool isBlank = line.find_first_not_of(" \t\r") == std::string_view::npos;
       const bool isOther = options_.line.has_value() && *options_.line != lineNumber;
-      if (!isBlank && !isOther) takeLine(line, lineNumber);
+      if (!isBlank && !isOther) takeLine(line, lineNumber, block.isCut);
       lastLine_ = lineNumber++;
     }
   }
 
-  void takeLine(std::string_view line, std::uint64_t lineNumber) {
+  void takeLine(std::string_view line, std::uint64_t lineNumber, bool isCut) {
     try {
+      if (isCut) {
+        throw JsonError{{},
+                        "expected a line of at most " + std::to_string(kMaxLine) +
+                            " bytes that fits into memory, found a longer one"};
+      }
       const Purchase& purchase = reader_.read(line);
       if (options_.id.has_value() && !isEqual(purchase.id, *options_.id)) return;
       report_.add(explain(purchase), lineNumber);
     } catch (const JsonError& error) {
-      const std::optional<std::string> id = idOfUnreadableLine(line);
+      constexpr std::size_t kSearchedSize = 65536;
+      const std::optional<std::string> id =
+          idOfUnreadableLine(isCut ? line.substr(0, kSearchedSize) : line);
       if (options_.id.has_value() && id != options_.id) return;
       report_.add(error, id, lineNumber);
       ++rejected_;
@@ -252,10 +220,9 @@ class Run {
       return "no purchase of " + name + " has the id " + displayText(*options_.id, 60) +
              "; without --id, the command lists all purchases";
     }
-    return "line " + std::to_string(*options_.line) + " of " + name +
-           (*options_.line > lastLine_
-                ? " does not exist: there are " + std::to_string(lastLine_) + " lines"
-                : std::string(" is blank"));
+    const std::string line = "line " + std::to_string(*options_.line) + " of " + name;
+    if (*options_.line <= lastLine_) return line + " is blank";
+    return line + " does not exist: the input has " + counted(lastLine_, "line");
   }
 
   const ExplainOptions& options_;
@@ -266,36 +233,33 @@ class Run {
   std::uint64_t lastLine_ = 0;
 };
 
-std::unique_ptr<Report> makeReport(const ExplainOptions& options) {
-  if (options.html.has_value()) return std::make_unique<Page>(*options.html);
-  if (options.id.has_value() || options.line.has_value()) return std::make_unique<FullText>();
-  return std::make_unique<ListText>(options.input);
-}
-
-std::string counted(std::uint64_t number, const char* noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+std::unique_ptr<Report> makeReport(const ExplainOptions& options, OutputFile& output) {
+  if (options.html.has_value()) return std::make_unique<Page>(output);
+  if (options.id.has_value() || options.line.has_value()) return std::make_unique<FullText>(output);
+  return std::make_unique<ListText>(options.input, output);
 }
 
 }  // namespace
 
 ExitStatus runExplain(const ExplainOptions& options) {
   try {
-    catchInterrupt();
-    const std::unique_ptr<Report> report = makeReport(options);
-    Run run(options, *report);
+    catchInterrupts();
+    OutputFile output(options.html.value_or("-"), {options.input});
+    const std::unique_ptr<Report> content = makeReport(options, output);
+    Run run(options, *content);
     run.execute();
     if (isInterrupted()) {
-      std::fprintf(stderr, "qel-purchase: interrupted\n");
-      return kInterrupted;
+      report("interrupted");
+      return static_cast<ExitStatus>(128 + interruptSignal());
     }
+    output.commit();
     if (!run.hasSelection()) {
-      std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
-                   counted(run.read(), "purchase").c_str(),
-                   counted(run.rejected(), "line").c_str());
+      report(counted(run.read(), "purchase") + " read, " + counted(run.rejected(), "line") +
+             " rejected");
     }
     return run.rejected() > 0 ? kSomeRejected : kAllRead;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "qel-purchase: %s\n", error.what());
+  } catch (const std::runtime_error& error) {
+    report(error.what());
     return kFailed;
   }
 }

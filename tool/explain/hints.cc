@@ -54,7 +54,7 @@ Nearest nearestEntry(const PurchaseFacts& facts, const Instant& date) {
   for (const QELInAppPurchaseItem& item : facts.ofProduct) {
     const std::optional<Instant> itemDate = dateOf(item);
     if (!itemDate.has_value()) continue;
-    const std::int64_t difference = itemDate->seconds - date.seconds;
+    const std::int64_t difference = itemDate->seconds() - date.seconds();
     if (nearest.item == nullptr || std::abs(difference) < std::abs(nearest.difference)) {
       nearest = {&item, difference};
     }
@@ -85,7 +85,7 @@ void hintOnDate(const PurchaseFacts& facts, std::vector<Prose>& hints) {
                               facts.hasCode(DiagnosticCode::kAutoRenewable);
   if (!isDateCompared || !facts.atDate.empty() || !date.has_value()) return;
 
-  if (date->nanoseconds != 0) {
+  if (date->nanoseconds() != 0) {
     hints.emplace_back("The transaction's date has a fraction of a second, ", dateText(*date),
                        ". Entries have whole seconds, so none can be equal.");
   }

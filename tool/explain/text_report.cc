@@ -145,9 +145,10 @@ void appendOutcome(const Explanation& explanation, TextColor color, std::string&
 // The products of the other entries, the most frequent first.
 Prose otherProductsText(const Explanation& explanation) {
   constexpr std::size_t kMostNames = 3;
-  std::map<OptionalText, std::size_t> counts;
+  std::map<std::optional<std::string>, std::size_t> counts;
   for (const TimelineEntry& entry : explanation.others) ++counts[entry.item.productID];
-  std::vector<std::pair<OptionalText, std::size_t>> products(counts.begin(), counts.end());
+  std::vector<std::pair<std::optional<std::string>, std::size_t>> products(counts.begin(),
+                                                                           counts.end());
   std::stable_sort(products.begin(), products.end(),
                    [](const auto& a, const auto& b) { return a.second > b.second; });
   Prose text;

@@ -8,7 +8,7 @@
 namespace qel::tool {
 
 std::string dateText(const Instant& instant) {
-  const std::chrono::sys_seconds seconds{std::chrono::seconds(instant.seconds)};
+  const auto seconds = instant.sysTime<std::chrono::seconds>();
   const auto day = std::chrono::floor<std::chrono::days>(seconds);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss<std::chrono::seconds> time(seconds - day);
@@ -19,8 +19,8 @@ std::string dateText(const Instant& instant) {
       static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
       static_cast<int>(time.seconds().count()));
   std::string text(buffer.data(), static_cast<std::size_t>(size));
-  if (instant.nanoseconds == 0) return text;
-  std::string fraction = std::to_string(1000000000 + instant.nanoseconds).substr(1);
+  if (instant.nanoseconds() == 0) return text;
+  std::string fraction = std::to_string(1000000000 + instant.nanoseconds()).substr(1);
   fraction.erase(fraction.find_last_not_of('0') + 1);
   if (fraction.size() < 3) fraction.append(3 - fraction.size(), '0');
   return text + "." + fraction;

@@ -45,11 +45,13 @@ std::vector<Lane> lanesOf(const Explanation& explanation) {
   for (const TimelineRow& row : timelineRows(explanation)) {
     if (row.entry != nullptr) lanes.front().entries.push_back(row.entry);
   }
-  std::map<OptionalText, std::vector<const TimelineEntry*>> others;
+  std::map<std::optional<std::string>, std::vector<const TimelineEntry*>> others;
   for (const TimelineEntry& entry : explanation.others) {
     others[entry.item.productID].push_back(&entry);
   }
-  for (auto& [product, entries] : others) lanes.push_back({product, std::move(entries)});
+  for (auto& [product, entries] : others) {
+    lanes.push_back({entries.front()->item.productID, std::move(entries)});
+  }
   std::stable_sort(lanes.begin() + 1, lanes.end(), [](const Lane& a, const Lane& b) {
     return a.entries.size() > b.entries.size();
   });
@@ -81,10 +83,10 @@ class Axis {
   // Returns the position of an entry; that of the gutter without a date.
   int of(const std::optional<Instant>& date) const {
     if (!date.has_value()) return kGutter;
-    const std::int64_t length = last_->seconds - first_->seconds;
+    const std::int64_t length = last_->seconds() - first_->seconds();
     if (length == 0) return (kStart + kEnd) / 2;
     const double share =
-        static_cast<double>(date->seconds - first_->seconds) / static_cast<double>(length);
+        static_cast<double>(date->seconds() - first_->seconds()) / static_cast<double>(length);
     return kStart + static_cast<int>(share * (kEnd - kStart));
   }
 

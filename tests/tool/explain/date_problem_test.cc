@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"TimeWithoutSeconds", "2020-07-14T19:36Z", DateProblem::kOther},
         Case{"OtherSeparator", "2020-07-14_19:36:40Z", DateProblem::kOther},
         Case{"OtherZone", "2020-07-14T19:36:40 CET", DateProblem::kOther}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& parameter) { return std::string(parameter.param.name); });
 
 TEST(DateProblemTest, EveryProblemHasItsOwnWords) {
   EXPECT_EQ(describe(DateProblem::kOffsetWithoutColon), "offset without a colon");

@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Hebrew", "\u05d7\u05d5\u05d3\u05e9", "\u05d7\u05d5\u05d3\u05e9"},
         Case{"ManyAccents", "a\u0301\u0301\u0301\u0301\u0301\u0301",
              "a\u0301\u0301\u0301\u0301\\u0301\\u0301"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& parameter) { return std::string(parameter.param.name); });
 
 TEST(DisplayTextTest, ShortensTheMiddle) {
   EXPECT_EQ(displayText("abcdefghijklmnopqrstuvwxyz", 10), "abcdef…xyz");
@@ -68,10 +68,10 @@ TEST(DisplayTextTest, NeverTakesMoreColumnsThanItHas) {
                                            "\u202e", "\u200d",       "\u0e33", "\uac00"};
   for (const std::string& one : pieces) {
     for (const std::string& other : pieces) {
-      for (const std::size_t count : {3, 50, 5000}) {
+      for (const std::size_t count : {3U, 50U, 5000U}) {
         std::string text;
         for (std::size_t i = 0; i < count; ++i) text += one + other;
-        for (const std::size_t columns : {12, 30, 64}) {
+        for (const std::size_t columns : {12U, 30U, 64U}) {
           const std::string shown = displayText(text, columns);
           EXPECT_LE(columnsOf(shown), columns) << shown;
           // What is shown is shown as it is when it is shown again, but for the backslashes.

@@ -20,8 +20,8 @@ TEST(TimeTextTest, DateBeyondTheYearsOfTheReceiptIsShown) {
 }
 
 TEST(TimeTextTest, FractionHasAtLeastMilliseconds) {
-  EXPECT_EQ(dateText({.seconds = 0, .nanoseconds = 250000000}), "1970-01-01 00:00:00.250");
-  EXPECT_EQ(dateText({.seconds = 0, .nanoseconds = 1}), "1970-01-01 00:00:00.000000001");
+  EXPECT_EQ(dateText(Instant(0, 250000000)), "1970-01-01 00:00:00.250");
+  EXPECT_EQ(dateText(Instant(0, 1)), "1970-01-01 00:00:00.000000001");
 }
 
 TEST(TimeTextTest, DurationHasItsTwoLargestUnits) {
