@@ -1,6 +1,6 @@
 // Where a rule leads to a result that may surprise: which rule, and why it is so.
 
-#include <algorithm>
+#include <utility>
 
 #include "explain/entry_text.h"
 #include "explain/explanation.h"
@@ -84,11 +84,12 @@ void explainRenewal(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
                                 facts.reported != nullptr && facts.previous == nullptr;
   if (!isFirstOfProduct) return;
   if (const QELInAppPurchaseItem* const earlier = earlierPlan(facts)) {
-    surprises.emplace_back(
-        "This is the first entry of ", InputText{facts.productIdentifier()},
-        ", and still a renewal: it continues the subscription of ", InputText{earlier->productID},
-        ", and only entries of the same product can make a conversion. ",
-        earlier->isFreeTrial ? "So a trial of the other plan does not count." : "");
+    Prose text("This is the first entry of ", InputText{facts.productIdentifier()},
+               ", and still a renewal: it continues the subscription of ",
+               InputText{earlier->productID},
+               ", and only entries of the same product can make a conversion.");
+    if (earlier->isFreeTrial) text.append(" So a trial of the other plan does not count.");
+    surprises.push_back(std::move(text));
     return;
   }
   surprises.emplace_back(

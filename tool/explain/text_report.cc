@@ -112,10 +112,10 @@ void appendTitle(const Explanation& explanation, std::uint64_t lineNumber, TextC
                  std::string& out) {
   const PurchaseFacts& facts = explanation.facts;
   const OptionalText& id = facts.purchase.id;
-  out += painted("Purchase " + (id.has_value() ? shown(*id) + " " : "") + "(line " +
-                     std::to_string(lineNumber) + ")",
-                 kBold, color) +
-         "\n";
+  const std::string line = "(line " + std::to_string(lineNumber) + ")";
+  const std::size_t room = kLineColumns - std::string_view("Purchase  ").size() - line.size();
+  out += painted("Purchase " + (id.has_value() ? shown(*id, room) + " " : "") + line, kBold, color);
+  out += '\n';
   if (facts.purchase.product.has_value()) {
     const OptionalText title = facts.purchase.product->localizedTitle;
     Prose text;
@@ -203,7 +203,13 @@ void appendReceipt(const Explanation& explanation, TextColor color, std::string&
   const std::string heading = "Receipt: " + counted(size, "entry", "entries") + ", " +
                               std::to_string(facts.ofProduct.size()) + " of this product";
   appendHeading(size == 0 ? "Receipt: no entries" : heading, color, out);
-  for (const TimelineRow& row : timelineRows(explanation)) {
+  const std::vector<TimelineRow> rows = timelineRows(explanation);
+  if (!rows.empty() && size > 0) {
+    out += painted("     date (UTC)           what                transaction, of its original",
+                   kDim, color) +
+           "\n";
+  }
+  for (const TimelineRow& row : rows) {
     if (row.entry != nullptr) {
       appendEntry(*row.entry, color, out);
     } else if (row.isTransaction) {
@@ -298,9 +304,11 @@ std::string textRow(const Explanation& explanation, std::uint64_t lineNumber, Te
 std::string textRow(const JsonError& error, const OptionalText& id, std::uint64_t lineNumber,
                     TextColor color) {
   constexpr std::string_view kName = "Unreadable";
+  constexpr std::size_t kMostColumns = 400;
   Prose text(kName, ": ");
   if (!error.pointer.empty()) text.append(Prose("at ", InputText{error.pointer}, ": "));
-  text.append(InputText{error.message});
+  // The message has excerpts of the input among its own words.
+  text.append(std::string_view(displayText(error.message, kMostColumns)));
   std::string line;
   appendWrapped(text, 8, 8, line);
   return rowStart(id, lineNumber) + painted(kName, "\033[1;31m", color) + line.substr(kName.size());

@@ -252,7 +252,7 @@ TEST(SurprisesTest, FirstYearAfterAMonthlyPlanIsARenewal) {
   EXPECT_THAT(textsOf(explained->surprises),
               ElementsAre("This is the first entry of monthly, and still a renewal: it continues "
                           "the subscription of weekly, and only entries of the same product can "
-                          "make a conversion. "));
+                          "make a conversion."));
 }
 
 TEST(SurprisesTest, RenewalWithoutAnEntryBeforeItMayBeAConversion) {

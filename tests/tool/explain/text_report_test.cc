@@ -39,6 +39,7 @@ TEST(TextReportTest, ConversionReadsFromTheOutcomeToTheEvent) {
                   "  Conversion of a free trial: 4.99 EUR\n"
                   "\n"
                   "Receipt: 3 entries, 2 of this product\n"
+                  "     date (UTC)           what                transaction, of its original\n"
                   "     2019-03-14 09:26:53  free trial          1000\n"
                   "                          written as 2019-03-14T10:26:53+01:00\n"
                   "                          right before it, a free trial: so a conversion\n"
@@ -85,7 +86,7 @@ TEST(TextReportTest, RowHasIdAndOutcome) {
   EXPECT_EQ(textRow(*Explained(line), 12, TextColor::kNone),
             "    12  r-1\n        Renewal: 4.99 EUR\n");
   EXPECT_EQ(textRow(JsonError{"/product", "expected x"}, std::nullopt, 7, TextColor::kNone),
-            "     7  (no id)\n        Unreadable: at \"/product\": \"expected x\"\n");
+            "     7  (no id)\n        Unreadable: at \"/product\": expected x\n");
 }
 
 // A receipt of `count` months of "monthly" before April 2019.
