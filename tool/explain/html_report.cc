@@ -123,7 +123,7 @@ std::string rowOfEntry(const TimelineEntry& entry) {
 std::string receiptOf(const Explanation& explanation, std::string_view name) {
   const PurchaseFacts& facts = explanation.facts;
   const std::size_t size = facts.purchase.receipt.size();
-  std::string out = "<h3>Receipt</h3>";
+  std::string out = "<h2>Receipt</h2>";
   if (size == 0) return out + "<p>The receipt has no entries.</p>";
   out += "<p>" + counted(size, "entry", "entries") + ", " + std::to_string(facts.ofProduct.size()) +
          " of this product. Times are UTC.</p>";
@@ -147,7 +147,7 @@ std::string receiptOf(const Explanation& explanation, std::string_view name) {
 }
 
 std::string decisionsOf(const Explanation& explanation) {
-  std::string out = "<h3>Decisions</h3><ol class=\"decisions\">";
+  std::string out = "<h2>Decisions</h2><ol class=\"decisions\">";
   for (const Decision& decision : explanation.decisions) {
     out += "<li>";
     if (decision.code != 0) out += "<b class=\"code\">" + std::to_string(decision.code) + "</b> ";
@@ -165,7 +165,7 @@ std::string decisionsOf(const Explanation& explanation) {
 std::string eventOf(const Explanation& explanation) {
   if (explanation.keys.empty()) return "";
   std::string out =
-      "<h3>Event</h3><table class=\"event\"><thead><tr><th>Key</th><th>Value</th>"
+      "<h2>Event</h2><table class=\"event\"><thead><tr><th>Key</th><th>Value</th>"
       "<th>Where it comes from</th></tr></thead><tbody>";
   for (const EventKey& key : explanation.keys) {
     std::string origin = htmlOf(key.origin);
@@ -180,7 +180,7 @@ std::string eventOf(const Explanation& explanation) {
 
 std::string listOf(std::string_view heading, const std::vector<Prose>& texts) {
   if (texts.empty()) return "";
-  std::string out = element("h3", std::string(heading)) + "<ul class=\"notes\">";
+  std::string out = element("h2", std::string(heading)) + "<ul class=\"notes\">";
   for (const Prose& text : texts) out += element("li", htmlOf(text));
   return out + "</ul>";
 }

@@ -20,7 +20,7 @@ html{color-scheme:light dark}
 body{margin:0;background:var(--back);color:var(--text);font:16px/1.5 system-ui,sans-serif}
 main{max-width:784px;margin:0 auto;padding:16px;overflow-wrap:anywhere}
 h1{font-size:1.4rem;line-height:1.25;margin:.5rem 0}
-h3{font-size:1rem;margin:1.5rem 0 .25rem}
+h2{font-size:1rem;margin:1.5rem 0 .25rem}
 p{margin:.25rem 0}
 bdi,.code,code,th[scope]{font-family:ui-monospace,monospace;font-size:.92em}
 h1 bdi{font-family:inherit;font-size:1em}
@@ -80,7 +80,7 @@ summary::marker{color:var(--soft)}
 @media (max-width:560px){.event td:nth-child(2){max-width:none}table,tbody,tr,td,tbody th{display:block}thead{display:none}
 tr{border-top:1px solid var(--line);padding:.35rem 0}th,td{border:0;padding:0}}
 @media print{.row{content-visibility:visible}fieldset{display:none}main{max-width:none}
-h3,thead{break-after:avoid}tr,.timeline{break-inside:avoid}}
+h2,thead{break-after:avoid}tr,.timeline{break-inside:avoid}}
 )";
 
 }  // namespace qel::tool

@@ -179,7 +179,7 @@ class PageBrowserTest(unittest.TestCase):
         self.open(self.make(EXAMPLES, "--line", "28"))
         self.assertEqual(self.browser.execute_script("return document.documentElement.lang"), "en")
         self.assertEqual(len(self.all("h1")), 1)
-        self.assertEqual([heading.text for heading in self.all("h3")], ["Receipt", "Decisions", "Event"])
+        self.assertEqual([heading.text for heading in self.all("h2")], ["Receipt", "Decisions", "Event"])
         picture = self.all("svg.timeline")[0]
         self.assertEqual(picture.aria_role, "image")
         self.assertEqual(picture.accessible_name.split(" 2 entries")[0], "Timeline of the receipt")
