@@ -314,6 +314,49 @@ TEST(DecimalTest, HugeExponentCanBeOutweighedByZeros) {
   EXPECT_EQ(decimal("5" + std::string(1000, '0') + "e-1000").doubleValue(), 5.0);
 }
 
+// --- Minor units ---
+
+TEST(MinorUnitsTest, AreDividedByAPowerOfTen) {
+  EXPECT_EQ(Decimal::fromMinorUnits(499, 2), decimal("4.99"));
+  EXPECT_EQ(Decimal::fromMinorUnits(-499, 2), decimal("-4.99"));
+  EXPECT_EQ(Decimal::fromMinorUnits(120, 0), decimal("120"));
+  EXPECT_EQ(Decimal::fromMinorUnits(1, 38), decimal("1e-38"));
+  EXPECT_EQ(Decimal::fromMinorUnits(499, 2).doubleValue(), 4.99);
+}
+
+TEST(MinorUnitsTest, AreNotANumberWithOtherDigits) {
+  EXPECT_TRUE(std::isnan(Decimal::fromMinorUnits(499, -1).doubleValue()));
+  EXPECT_TRUE(std::isnan(Decimal::fromMinorUnits(499, 39).doubleValue()));
+}
+
+// --- Equality ---
+
+TEST(DecimalEqualityTest, IsThatOfTheNumbers) {
+  EXPECT_EQ(Decimal::initWithLongLong(10), decimal("10"));
+  EXPECT_EQ(Decimal::initWithLongLong(10), Decimal::fromMinorUnits(1000, 2));
+  EXPECT_EQ(decimal("0"), decimal("-0.00"));
+  EXPECT_EQ(Decimal::fromMinorUnits(0, 2), Decimal());
+  EXPECT_NE(decimal("1"), decimal("-1"));
+  EXPECT_NE(decimal("1"), decimal("10"));
+  EXPECT_NE(decimal("1"), decimal("2"));
+  EXPECT_NE(decimal("0"), decimal("1"));
+  EXPECT_NE(decimal("1"), decimal("0"));
+}
+
+TEST(DecimalEqualityTest, ComparesEveryDigitOfAProduct) {
+  const Decimal third = decimal("33333333333333333333333333333333333333");
+  const Decimal product = third.decimalNumberByMultiplyingBy(third);
+  EXPECT_EQ(product, third.decimalNumberByMultiplyingBy(third));
+  EXPECT_NE(product, third.decimalNumberByMultiplyingBy(
+                         decimal("33333333333333333333333333333333333334")));
+}
+
+TEST(DecimalEqualityTest, NotANumberEqualsNothing) {
+  EXPECT_NE(Decimal::notANumber(), Decimal::notANumber());
+  EXPECT_NE(Decimal::notANumber(), Decimal());
+  EXPECT_NE(Decimal(), Decimal::notANumber());
+}
+
 // --- JSON numbers ---
 
 class JsonNumberTest : public ::testing::TestWithParam<const char*> {};
