@@ -131,7 +131,7 @@ class CommandTest(unittest.TestCase):
             self.assertEqual(process.returncode, status, process.stderr)
         output = process.stdout
         self.assertTrue(not output or output.endswith(b"\n"))
-        # Split at newlines alone: other line separators may stand in a title.
+        # Split at newlines alone: a title may have other line separators.
         return [self.result(line) for line in output.split(b"\n")[:-1]]
 
     def result(self, line):
@@ -865,8 +865,8 @@ class MemoryTest(CommandTest):
         for _ in range(megabytes * 1_000_000 // len(chunk)):
             process.stdin.write(chunk)
         process.stdin.flush()
-        # What a child is charged with at its end counts the memory of this process before the
-        # command took its place, so the command is asked while it still runs.
+        # The usage of an ended child includes the memory of this process before exec, so the peak
+        # is read while the command runs.
         with open("/proc/{}/status".format(process.pid), encoding="ascii") as status:
             peak = next(line for line in status if line.startswith("VmHWM:"))
         process.stdin.close()
