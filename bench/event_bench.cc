@@ -60,7 +60,8 @@ BENCHMARK(BM_EventIntroductoryOffer)->Name("BM_Event/introductory_offer");
 // A subscription without an entry at the transaction's date.
 void BM_EventInvalid(benchmark::State& state) {
   SamplePurchase purchase(2);
-  ++purchase.transaction.transactionDate->seconds;
+  const Instant date = *purchase.transaction.transactionDate;
+  purchase.transaction.transactionDate = Instant(date.seconds() + 1);
   measureEvent(state, purchase);
 }
 BENCHMARK(BM_EventInvalid)->Name("BM_Event/invalid");

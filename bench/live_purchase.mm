@@ -112,7 +112,7 @@ NSNumber* numberOf(const std::optional<std::int64_t>& number) {
 }
 
 NSDate* dateOf(const Instant& instant) {
-  return [[NSDate alloc] initWithTimeIntervalSince1970:static_cast<double>(instant.seconds)];
+  return [[NSDate alloc] initWithTimeIntervalSince1970:static_cast<double>(instant.seconds())];
 }
 
 BenchProduct* productOf(const PlainProduct& sample) {

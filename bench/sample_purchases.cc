@@ -58,7 +58,7 @@ SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned se
   const std::chrono::sys_seconds date = start + std::chrono::hours(latest);
   transaction = {.transactionIdentifier = std::to_string(kFirstIdentifier + latest),
                  .originalTransaction = PlainOriginalTransaction{std::to_string(kFirstIdentifier)},
-                 .transactionDate = Instant{.seconds = date.time_since_epoch().count()}};
+                 .transactionDate = Instant(date)};
 }
 
 }  // namespace qel::bench

@@ -31,7 +31,7 @@ bool isSame(const std::optional<Decimal>& read, const std::optional<OracleReadin
 
 bool isSame(const std::optional<Instant>& read, const std::optional<OracleInstant>& expected) {
   if (!read.has_value() || !expected.has_value()) return read.has_value() == expected.has_value();
-  return OracleInstant{read->seconds, read->nanoseconds} == *expected;
+  return OracleInstant{read->seconds(), read->nanoseconds()} == *expected;
 }
 
 bool isSame(const PlainProduct& read, const OracleProduct& expected) {

@@ -8,19 +8,19 @@ namespace qel {
 std::optional<std::string_view> checkInputs(const StoreProduct* product,
                                             const StoreTransaction* transaction) noexcept {
   if (product == nullptr) {
-    log(message::kNilProduct);
+    log(DiagnosticCode::kNilProduct);
     return std::nullopt;
   }
   const OptionalText productIdentifier = product->productIdentifier();
   if (isEmpty(productIdentifier)) {
-    log(message::kEmptyProductId);
+    log(DiagnosticCode::kEmptyProductId);
     return std::nullopt;
   }
   if (transaction == nullptr) {
-    log(message::kNilTransaction);
+    log(DiagnosticCode::kNilTransaction);
     return std::nullopt;
   }
-  return productIdentifier;
+  return *productIdentifier;
 }
 
 EventParameters baseParameters(std::string_view productIdentifier, const StoreProduct& product,

@@ -43,8 +43,8 @@ void setInvalidSubscription(EventParameters& parameters) {
 
 // Logs a one-off purchase. Types without a meaning are not logged.
 void logOneOffPurchase(PurchaseType type) {
-  if (type == PurchaseType::kConsumable) log(message::kConsumable);
-  if (type == PurchaseType::kNonConsumable) log(message::kNonConsumable);
+  if (type == PurchaseType::kConsumable) log(DiagnosticCode::kConsumable);
+  if (type == PurchaseType::kNonConsumable) log(DiagnosticCode::kNonConsumable);
 }
 
 // Classifies a purchase of an auto-renewable subscription, or of another product with several
@@ -58,25 +58,25 @@ void classifyAutoRenewableSubscription(const QELInAppPurchaseItem& item,
   setDedupeId(result, item, item.webOrderLineItemID);
 
   if (!item.isFreeTrial && !item.isIntroductoryOffer) {
-    log(message::kAutoRenewable);
+    log(DiagnosticCode::kAutoRenewable);
     QELMaybeAddSubscriptionParameters(result, items, item);
     return;
   }
   if (item.isFreeTrial) {
     result.setFlag(ParameterKey::kFreeTrial);
     if (isRepurchase) {
-      log(message::kRepurchasedFreeTrial);
+      log(DiagnosticCode::kRepurchasedFreeTrial);
       result.setFlag(ParameterKey::kInvalid);
       return;
     }
-    log(message::kFreeTrial);
+    log(DiagnosticCode::kFreeTrial);
   }
   if (item.isIntroductoryOffer) {
     result.setFlag(ParameterKey::kPriceIsDiscounted);
     QELMaybeAddSubscriptionParameters(result, items, item);
-    log(message::kIntroductoryOffer);
+    log(DiagnosticCode::kIntroductoryOffer);
   }
-  log(message::kAutoRenewableRenewal);
+  log(DiagnosticCode::kAutoRenewableRenewal);
 }
 
 }  // namespace
@@ -88,12 +88,12 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   if (parameters.empty()) return std::nullopt;
   if (isEmpty(productIdentifier)) return std::nullopt;
   // Only a warning: the receipt can still classify the purchase.
-  if (isEmpty(transactionIdentifier)) log(message::kEmptyTransactionId);
+  if (isEmpty(transactionIdentifier)) log(DiagnosticCode::kEmptyTransactionId);
 
   const std::optional<QELInAppPurchaseItems> items =
       QELMatchingInAppPurchaseItems(receiptItems, productIdentifier, std::nullopt);
   if (!items.has_value() || items->empty()) {
-    log(message::kMissingInReceipt, *productIdentifier);
+    log(DiagnosticCode::kMissingInReceipt, *productIdentifier);
     parameters.setFlag(ParameterKey::kInvalid);
     return parameters;
   }
@@ -104,13 +104,13 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
                             !isEmpty(originalTransactionIdentifier) &&
                             !isEqual(transactionIdentifier, originalTransactionIdentifier);
   if (typeOf(latest) == PurchaseType::kNonConsumable && isRepurchase) {
-    log(message::kRestoredNonConsumable);
+    log(DiagnosticCode::kRestoredNonConsumable);
     parameters.setFlag(ParameterKey::kInvalid);
     return parameters;
   }
   if (items->size() == 1 && !isSubscriptionLike(latest)) {
     if (!isFirstPurchase(latest)) {
-      log(message::kMismatchedTransactionIds);
+      log(DiagnosticCode::kMismatchedTransactionIds);
       return parameters;
     }
     logOneOffPurchase(typeOf(latest));
@@ -122,12 +122,12 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
       QELMatchingInAppPurchaseItems(*items, std::nullopt, transactionDate)
           .value_or(QELInAppPurchaseItems());
   if (atDate.empty() && isSubscriptionLike(latest)) {
-    log(message::kSubscriptionMissingInReceipt, *productIdentifier);
+    log(DiagnosticCode::kSubscriptionMissingInReceipt, *productIdentifier);
     setInvalidSubscription(parameters);
     return parameters;
   }
   if (atDate.size() > 1) {
-    log(message::kDuplicateTransactionDate, *productIdentifier, atDate.size());
+    log(DiagnosticCode::kDuplicateTransactionDate, *productIdentifier, atDate.size());
     // Also if the product is not a subscription.
     setInvalidSubscription(parameters);
     return parameters;
@@ -140,7 +140,7 @@ std::optional<EventParameters> QELValidatedInAppPurchaseParameters(
   if (typeOf(latest) == PurchaseType::kNonRenewingSubscription) {
     parameters.setFlag(ParameterKey::kSubscription);
     setDedupeId(parameters, item, std::nullopt);
-    log(message::kNonRenewingSubscription);
+    log(DiagnosticCode::kNonRenewingSubscription);
   } else {
     classifyAutoRenewableSubscription(item, *items, isRepurchase, parameters);
   }

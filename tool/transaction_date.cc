@@ -36,9 +36,9 @@ std::optional<Instant> parseTransactionDate(std::string_view text) {
   if (digits.empty()) return std::nullopt;
   const std::string withoutFraction =
       std::string(text.substr(0, kPoint)) + std::string(text.substr(end));
-  std::optional<Instant> instant = parseRfc3339(withoutFraction);
-  if (instant.has_value()) instant->nanoseconds = nanosecondsOf(digits);
-  return instant;
+  const std::optional<Instant> second = parseRfc3339(withoutFraction);
+  if (!second.has_value()) return std::nullopt;
+  return Instant(second->seconds(), nanosecondsOf(digits));
 }
 
 }  // namespace qel::tool

@@ -8,11 +8,11 @@ int main() {
                                   .priceLocaleCurrencyCode = "EUR",
                                   .localizedTitle = "100 coins"};
   const qel::PlainTransaction transaction{.transactionIdentifier = "1000000512", .quantity = 2};
-  const qel::QELInAppPurchaseItem entry{.purchaseDateIA5String = "2019-03-14T09:26:53Z",
-                                        .purchaseType = 1,  // consumable
-                                        .productID = "coins.100",
+  const qel::QELInAppPurchaseItem entry{.productID = "coins.100",
                                         .transactionID = "1000000512",
-                                        .originalTransactionID = "1000000512"};
+                                        .originalTransactionID = "1000000512",
+                                        .purchaseDateIA5String = "2019-03-14T09:26:53Z",
+                                        .purchaseType = 1};  // consumable
   const qel::QELInAppPurchaseItems receipt = {entry};
 
   const auto event = qel::plainPurchaseEvent(&product, &transaction, receipt);

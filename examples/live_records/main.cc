@@ -108,7 +108,7 @@ class TransactionRecord final : public qel::StoreTransaction {
   }
   const qel::StoreTransaction* originalTransaction() const override { return nullptr; }
   std::optional<qel::Instant> transactionDate() const override {
-    return qel::Instant{.seconds = order_.secondsSince1970()};
+    return qel::Instant(order_.secondsSince1970());
   }
   const qel::StorePayment* payment() const override { return &payment_; }
 
@@ -121,13 +121,13 @@ class TransactionRecord final : public qel::StoreTransaction {
 int main() {
   const shop::Item item;
   const shop::Order order;
-  const qel::QELInAppPurchaseItem entry{.purchaseDateIA5String = "2019-03-14T09:26:53Z",
-                                        .isIntroductoryOffer = true,
-                                        .purchaseType = 3,  // auto-renewable subscription
-                                        .productID = "monthly",
+  const qel::QELInAppPurchaseItem entry{.productID = "monthly",
                                         .transactionID = "1000",
                                         .originalTransactionID = "1000",
-                                        .webOrderLineItemID = "77"};
+                                        .webOrderLineItemID = "77",
+                                        .purchaseDateIA5String = "2019-03-14T09:26:53Z",
+                                        .purchaseType = 3,  // auto-renewable subscription
+                                        .isIntroductoryOffer = true};
   const qel::QELInAppPurchaseItems receipt = {entry};
 
   const ProductRecord product(item);

@@ -151,9 +151,9 @@ class PlainTransactionRecord final : public StoreTransaction {
 // Returns the event of a purchase that is given as plain data, as
 // QELInAppPurchaseEventParametersFromProductAndTransactionV2 does for records. Both pointers may be
 // null.
-inline std::optional<EventParameters> plainPurchaseEvent(const PlainProduct* product,
-                                                         const PlainTransaction* transaction,
-                                                         QELInAppPurchaseItemsView receiptItems) {
+[[nodiscard]] inline std::optional<EventParameters> plainPurchaseEvent(
+    const PlainProduct* product, const PlainTransaction* transaction,
+    QELInAppPurchaseItemsView receiptItems) {
   std::optional<PlainProductRecord> productRecord;
   if (product != nullptr) productRecord.emplace(*product);
   std::optional<PlainTransactionRecord> transactionRecord;

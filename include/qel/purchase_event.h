@@ -41,7 +41,7 @@ QEL_EXPORT extern const std::string_view kQELParameterIsSubscriptionRenewal;
 //
 // Threads: any, several calls at once, each with its own arguments. The result belongs to the
 // caller.
-QEL_EXPORT std::optional<qel::EventParameters>
+[[nodiscard]] QEL_EXPORT std::optional<qel::EventParameters>
 QELInAppPurchaseEventParametersFromProductAndTransactionV2(
     const qel::StoreProduct* product, const qel::StoreTransaction* transaction,
     qel::QELInAppPurchaseItemsView receiptItems) noexcept;

@@ -24,7 +24,7 @@
 // Lets no exception through: if memory runs out, the program ends with std::terminate.
 //
 // Threads: any, several calls at once; `items` must not change during a call.
-QEL_EXPORT std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
+[[nodiscard]] QEL_EXPORT std::optional<qel::QELInAppPurchaseItems> QELMatchingInAppPurchaseItems(
     qel::QELInAppPurchaseItemsView items, const qel::OptionalText& productIdentifier,
     const std::optional<qel::Instant>& date) noexcept;
 

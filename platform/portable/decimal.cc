@@ -1,19 +1,21 @@
 #include "qel/decimal.h"
 
 #include <algorithm>
-#include <boost/multiprecision/cpp_int.hpp>
+#include <bit>
 #include <cfloat>
-#include <charconv>
+#include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <limits>
-#include <string>
-#include <system_error>
+#include <span>
+
+#include "portable/wide_integer.h"
 
 namespace qel {
 namespace {
 
-__extension__ using Uint128 = unsigned __int128;
-using Coefficient = std::array<std::uint64_t, 4>;
+constexpr std::size_t kCoefficientLimbs = 4;
+using Coefficient = std::array<Limb, kCoefficientLimbs>;
 
 // Limits of a parsed number. A product may have twice the exponent.
 constexpr int kMostDigits = 38;
@@ -24,11 +26,6 @@ constexpr bool isDigit(char character) { return character >= '0' && character <=
 
 constexpr bool fitsOneLimb(const Coefficient& coefficient) {
   return coefficient[1] == 0 && coefficient[2] == 0 && coefficient[3] == 0;
-}
-
-constexpr std::uint64_t lowHalf(Uint128 number) { return static_cast<std::uint64_t>(number); }
-constexpr std::uint64_t highHalf(Uint128 number) {
-  return static_cast<std::uint64_t>(number >> 64);
 }
 
 // Removes the digits at the start of `text` and returns them.
@@ -93,74 +90,32 @@ class SignificantDigits {
     for (const char digit : digits) {
       ++zeros_;
       if (digit == '0') continue;
-      const bool isFirst = coefficient_ == 0;
-      if (!shift(isFirst ? 1 : zeros_)) return false;
-      coefficient_ += static_cast<unsigned>(digit - '0');
+      const bool isFirst = count_ == 0;
+      if (!shift(isFirst ? 1 : zeros_, static_cast<Limb>(digit - '0'))) return false;
       zeros_ = 0;
     }
     return true;
   }
 
-  // Multiplies by ten `places` times. Returns false if there are too many digits.
-  bool shift(std::int64_t places) {
+  // Appends `places` digits: zeros, and `last` as the last. Returns false if there are too many.
+  bool shift(std::int64_t places, Limb last) {
     if (places > kMostDigits - count_) return false;
     count_ += static_cast<int>(places);
-    for (; places > 0; --places) coefficient_ *= 10;
+    for (; places > 1; --places) multiplyAndAdd(coefficient_, 10, 0);
+    multiplyAndAdd(coefficient_, 10, last);
     return true;
   }
 
-  Uint128 coefficient() const { return coefficient_; }
+  const std::array<Limb, 2>& coefficient() const { return coefficient_; }
 
   // Number of zeros after the last other digit.
   std::int64_t trailingZeros() const { return zeros_; }
 
  private:
-  Uint128 coefficient_ = 0;
+  std::array<Limb, 2> coefficient_ = {};
   int count_ = 0;
   std::int64_t zeros_ = 0;
 };
-
-// Returns the product, or std::nullopt if it needs more than 256 bits.
-std::optional<Coefficient> wideProduct(const Coefficient& left, const Coefficient& right) {
-  namespace mp = boost::multiprecision;
-  constexpr unsigned kBitsOfLimb = 64;
-  mp::uint256_t wideLeft;
-  mp::uint256_t wideRight;
-  mp::import_bits(wideLeft, left.begin(), left.end(), kBitsOfLimb, false);
-  mp::import_bits(wideRight, right.begin(), right.end(), kBitsOfLimb, false);
-  mp::uint512_t wideProduct;
-  mp::multiply(wideProduct, wideLeft, wideRight);
-  std::array<std::uint64_t, 8> limbs = {};
-  mp::export_bits(wideProduct, limbs.begin(), kBitsOfLimb, false);
-
-  const auto pastResult = limbs.begin() + 4;
-  if (std::any_of(pastResult, limbs.end(), [](std::uint64_t limb) { return limb != 0; })) {
-    return std::nullopt;
-  }
-  Coefficient result;
-  std::copy(limbs.begin(), pastResult, result.begin());
-  return result;
-}
-
-// Divides by ten in place and returns the remainder.
-unsigned divideByTen(Coefficient& coefficient) {
-  unsigned remainder = 0;
-  for (std::size_t i = coefficient.size(); i-- > 0;) {
-    const Uint128 dividend = Uint128{remainder} << 64 | coefficient[i];
-    coefficient[i] = static_cast<std::uint64_t>(dividend / 10);
-    remainder = static_cast<unsigned>(dividend % 10);
-  }
-  return remainder;
-}
-
-std::string decimalDigits(Coefficient coefficient) {
-  std::string digits;
-  do {
-    digits.push_back(static_cast<char>('0' + divideByTen(coefficient)));
-  } while (coefficient != Coefficient{});
-  std::reverse(digits.begin(), digits.end());
-  return digits;
-}
 
 // The powers of ten that are exact as doubles: 10^22 is the last.
 constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -173,6 +128,57 @@ constexpr std::uint64_t kGreatestExactInteger = std::uint64_t{1} << DBL_MANT_DIG
 static_assert(std::numeric_limits<double>::is_iec559 && FLT_EVAL_METHOD == 0,
               "amounts need IEEE 754 doubles, and each operation on them rounded to one");
 
+// Returns how many limbs ten to the power of `power` can have, and one more.
+constexpr std::size_t limbsOfPower(int power) {
+  return static_cast<std::size_t>((power + kLimbDigits - 1) / kLimbDigits + 1);
+}
+
+// Multiplies by ten to the power of `exponent`, or divides if it is negative. Returns whether the
+// quotient is exact; otherwise it is rounded down.
+bool scaleByPowerOfTen(std::span<Limb> integer, int exponent) {
+  constexpr int kMostDigitsAtOnce = 9;
+  bool isExact = true;
+  for (int left = std::abs(exponent); left > 0; left -= kMostDigitsAtOnce) {
+    const auto power = static_cast<std::size_t>(std::min(left, kMostDigitsAtOnce));
+    const auto factor = static_cast<std::uint32_t>(kPowersOfTen[power]);
+    if (exponent > 0) {
+      multiplyAndAdd(integer, factor, 0);
+    } else if (divide(integer, factor) != 0) {
+      isExact = false;
+    }
+  }
+  return isExact;
+}
+
+// Returns the double nearest to integer times two to the power of exponent, or to a number slightly
+// greater if `isExact` is false. The integer must be 2^64 or more, and is overwritten.
+double roundedToDouble(std::span<Limb> integer, int exponent, bool isExact) {
+  std::size_t highest = integer.size() - 1;
+  while (integer[highest] == 0) --highest;
+  const int zeroBits = std::countl_zero(integer[highest]);
+  Limb& next = integer[highest - 1];
+  Limb leading = integer[highest] << zeroBits | next >> 1 >> (kLimbBits - 1 - zeroBits);
+  next <<= zeroBits;
+  // The 64 leading bits are more than a double has, so that the last one can stand for all that
+  // follow: the conversion rounds as if it saw them.
+  if (!isExact || !isZero(integer.first(highest))) leading |= 1;
+  exponent += kLimbBits * static_cast<int>(highest) - zeroBits;
+  return std::ldexp(static_cast<double>(leading), exponent);
+}
+
+// Returns the double nearest to coefficient times ten to the power of exponent, for any coefficient
+// but zero. std::from_chars would do the same, but not every standard library has it for doubles.
+double nearestDoubleOfAny(const Coefficient& coefficient, int exponent) {
+  const std::size_t limbs = limbsOfPower(std::abs(exponent));
+  std::array<Limb, kCoefficientLimbs + limbsOfPower(-2 * kLeastExponent)> storage = {};
+  const std::span integer = std::span(storage).first(kCoefficientLimbs + limbs);
+  // Limbs of zeros below the coefficient, so that a quotient stays above 2^64.
+  const std::size_t zeroLimbs = exponent < 0 ? limbs : 1;
+  std::copy(coefficient.begin(), coefficient.end(), integer.subspan(zeroLimbs).begin());
+  const bool isExact = scaleByPowerOfTen(integer, exponent);
+  return roundedToDouble(integer, -kLimbBits * static_cast<int>(zeroLimbs), isExact);
+}
+
 // Returns the double nearest to coefficient times ten to the power of exponent.
 double nearestDouble(const Coefficient& coefficient, int exponent) {
   // One operation on two exact doubles rounds only once, so its result is the nearest double.
@@ -183,14 +189,7 @@ double nearestDouble(const Coefficient& coefficient, int exponent) {
     const auto integer = static_cast<double>(coefficient[0]);
     return exponent < 0 ? integer / kPowersOfTen[power] : integer * kPowersOfTen[power];
   }
-
-  std::string text = decimalDigits(coefficient);
-  text += exponent < 0 ? "e-" : "e";
-  text += decimalDigits({power});
-  double result = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
-  // A product can be too large for a double, but never too small.
-  return error == std::errc() ? result : std::numeric_limits<double>::infinity();
+  return isZero(coefficient) ? 0 : nearestDoubleOfAny(coefficient, exponent);
 }
 
 }  // namespace
@@ -202,17 +201,17 @@ std::optional<Decimal> Decimal::fromString(std::string_view text) {
 
   SignificantDigits digits;
   if (!digits.append(number.integer) || !digits.append(number.fraction)) return std::nullopt;
-  if (digits.coefficient() == 0) return Decimal(number.isNegative, 0, 0, 0);
+  if (isZero(digits.coefficient())) return Decimal(number.isNegative, 0, 0, 0);
 
   std::int64_t exponent = exponentOf(number) + digits.trailingZeros() -
                           static_cast<std::int64_t>(number.fraction.size());
   if (exponent > kGreatestExponent) {
-    if (!digits.shift(exponent - kGreatestExponent)) return std::nullopt;
+    if (!digits.shift(exponent - kGreatestExponent, 0)) return std::nullopt;
     exponent = kGreatestExponent;
   }
   if (exponent < kLeastExponent) return std::nullopt;
-  return Decimal(number.isNegative, lowHalf(digits.coefficient()), highHalf(digits.coefficient()),
-                 static_cast<int>(exponent));
+  const auto [low, high] = digits.coefficient();
+  return Decimal(number.isNegative, low, high, static_cast<int>(exponent));
 }
 
 bool Decimal::isJsonNumber(std::string_view text) {
@@ -226,13 +225,14 @@ Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& factor) const {
   const int exponent = exponent_ + factor.exponent_;
   if (exponent < 2 * kLeastExponent || exponent > 2 * kGreatestExponent) return notANumber();
   if (fitsOneLimb(coefficient_) && fitsOneLimb(factor.coefficient_)) {
-    const Uint128 product = Uint128{coefficient_[0]} * factor.coefficient_[0];
-    return Decimal(isNegative, lowHalf(product), highHalf(product), exponent);
+    const auto [low, high] = multiplyLimbs(coefficient_[0], factor.coefficient_[0]);
+    return Decimal(isNegative, low, high, exponent);
   }
-  const std::optional<Coefficient> product = wideProduct(coefficient_, factor.coefficient_);
-  if (!product.has_value()) return notANumber();
+  const auto product = multiply(coefficient_, factor.coefficient_);
+  const auto pastResult = product.begin() + kCoefficientLimbs;
+  if (!isZero({pastResult, product.end()})) return notANumber();
   Decimal result(isNegative, 0, 0, exponent);
-  result.coefficient_ = *product;
+  std::copy(product.begin(), pastResult, result.coefficient_.begin());
   return result;
 }
 

@@ -72,7 +72,7 @@ std::optional<Instant> parseRfc3339(std::string_view text) {
   if (!time.has_value() || !offset.has_value()) return std::nullopt;
 
   const std::chrono::sys_seconds midnight = std::chrono::sys_days(date);
-  return Instant{.seconds = midnight.time_since_epoch().count() + *time - *offset};
+  return Instant(midnight.time_since_epoch().count() + *time - *offset);
 }
 
 }  // namespace qel

@@ -29,7 +29,7 @@ class QEL_EXPORT DateFormatter {
 
   // Returns the instant that `text` denotes, a whole second. Returns std::nullopt if `text` is
   // absent or does not fit the pattern.
-  std::optional<Instant> dateFromString(const OptionalText& text) const;
+  [[nodiscard]] std::optional<Instant> dateFromString(const OptionalText& text) const;
 
  private:
   // State of the implementation, null if it has none.

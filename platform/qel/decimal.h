@@ -26,14 +26,14 @@ class Decimal {
   constexpr Decimal() = default;
 
   // Returns the decimal of `integer`.
-  static constexpr Decimal initWithLongLong(std::int64_t integer) {
+  [[nodiscard]] static constexpr Decimal initWithLongLong(std::int64_t integer) {
     // Negating as unsigned gives the magnitude of the most negative integer too.
     const auto bits = static_cast<std::uint64_t>(integer);
     return Decimal(integer < 0, integer < 0 ? 0 - bits : bits, 0, 0);
   }
 
   // Returns NaN. A product with NaN is NaN.
-  static constexpr Decimal notANumber() {
+  [[nodiscard]] static constexpr Decimal notANumber() {
     Decimal result;
     result.isNan_ = true;
     return result;
@@ -44,18 +44,18 @@ class Decimal {
   // of at most 38 digits and an exponent from -128 to 127.
   //
   // Example: Decimal::fromString("8.29")
-  QEL_EXPORT static std::optional<Decimal> fromString(std::string_view text);
+  [[nodiscard]] QEL_EXPORT static std::optional<Decimal> fromString(std::string_view text);
 
   // Returns whether `text` is a number in JSON syntax (RFC 8259), of any size.
-  QEL_EXPORT static bool isJsonNumber(std::string_view text);
+  [[nodiscard]] QEL_EXPORT static bool isJsonNumber(std::string_view text);
 
   // Returns the exact product, never a rounded one. Returns NaN if either factor is NaN, or if the
   // product needs a coefficient of more than 256 bits or an exponent outside -256 to 254.
-  QEL_EXPORT Decimal decimalNumberByMultiplyingBy(const Decimal& factor) const;
+  [[nodiscard]] QEL_EXPORT Decimal decimalNumberByMultiplyingBy(const Decimal& factor) const;
 
   // Returns the nearest double, the even one in a tie. Returns an infinity if the magnitude is too
   // large for a double, and NaN for NaN. Depends on no locale.
-  QEL_EXPORT double doubleValue() const;
+  [[nodiscard]] QEL_EXPORT double doubleValue() const;
 
  private:
   // 256 bits, least significant 64 first.

@@ -15,7 +15,7 @@ namespace qel {
 // 0x114F509B0A08BCF9.
 //
 // This never changes: the same purchase must have the same identifier in every version.
-QEL_EXPORT std::uint64_t qel_64LSBMD5(std::string_view bytes);
+[[nodiscard]] QEL_EXPORT std::uint64_t qel_64LSBMD5(std::string_view bytes);
 
 }  // namespace qel
 

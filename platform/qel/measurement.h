@@ -38,7 +38,7 @@ class DiagnosticsMonitor {
 class QELMeasurement {
  public:
   // Returns the installed monitor, null if there is none. Call it again for every message.
-  QEL_EXPORT static std::shared_ptr<DiagnosticsMonitor> monitor();
+  [[nodiscard]] QEL_EXPORT static std::shared_ptr<DiagnosticsMonitor> monitor();
 
   // Replaces the installed monitor. Null removes it.
   QEL_EXPORT static void setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor);

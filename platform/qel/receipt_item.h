@@ -17,21 +17,6 @@ namespace qel {
 // One in-app purchase entry of an app's receipt. Entries are equal if all their fields are. Absent
 // fields are equal here, so that an entry always equals itself.
 struct QELInAppPurchaseItem {
-  // The fields that sorting reads fill the first 64 bytes: a receipt can have thousands of entries.
-
-  // The purchase date as the receipt has it, usually an RFC 3339 timestamp: 2019-03-14T09:26:53Z.
-  // May be any text.
-  std::optional<std::string> purchaseDateIA5String = std::nullopt;
-
-  bool isFreeTrial = false;
-
-  // Bought at an introductory price.
-  bool isIntroductoryOffer = false;
-
-  // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
-  // Only the low 32 bits count, as a signed integer. Absent counts as 0.
-  std::optional<std::int64_t> purchaseType = std::nullopt;
-
   std::optional<std::string> productID = std::nullopt;
 
   std::optional<std::string> transactionID = std::nullopt;
@@ -44,21 +29,29 @@ struct QELInAppPurchaseItem {
   // one of a subscription. May be any text, which enters the deduplication identifier unchanged.
   std::optional<std::string> webOrderLineItemID = std::nullopt;
 
+  // The purchase date as the receipt has it, usually an RFC 3339 timestamp: 2019-03-14T09:26:53Z.
+  // May be any text.
+  std::optional<std::string> purchaseDateIA5String = std::nullopt;
+
+  // 0 non-consumable, 1 consumable, 2 non-renewing subscription, 3 auto-renewable subscription.
+  // Only the low 32 bits count, as a signed integer. Absent counts as 0.
+  std::optional<std::int64_t> purchaseType = std::nullopt;
+
+  bool isFreeTrial = false;
+
+  // Bought at an introductory price.
+  bool isIntroductoryOffer = false;
+
   // Written out, because clang compiles a defaulted comparison into functions of the standard
   // library that a shared library would export.
   friend bool operator==(const QELInAppPurchaseItem& left, const QELInAppPurchaseItem& right) {
-    return areSame(left.purchaseDateIA5String, right.purchaseDateIA5String) &&
-           left.isFreeTrial == right.isFreeTrial &&
-           left.isIntroductoryOffer == right.isIntroductoryOffer &&
-           left.purchaseType == right.purchaseType && areSame(left.productID, right.productID) &&
-           areSame(left.transactionID, right.transactionID) &&
-           areSame(left.originalTransactionID, right.originalTransactionID) &&
-           areSame(left.webOrderLineItemID, right.webOrderLineItemID);
-  }
-
- private:
-  static bool areSame(const OptionalText& left, const OptionalText& right) {
-    return left.has_value() ? isEqual(left, right) : !right.has_value();
+    return OptionalText(left.productID) == right.productID &&
+           OptionalText(left.transactionID) == right.transactionID &&
+           OptionalText(left.originalTransactionID) == right.originalTransactionID &&
+           OptionalText(left.webOrderLineItemID) == right.webOrderLineItemID &&
+           OptionalText(left.purchaseDateIA5String) == right.purchaseDateIA5String &&
+           left.purchaseType == right.purchaseType && left.isFreeTrial == right.isFreeTrial &&
+           left.isIntroductoryOffer == right.isIntroductoryOffer;
   }
 };
 

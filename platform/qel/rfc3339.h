@@ -20,7 +20,7 @@ namespace qel {
 // fractions of a second, lower-case letters, and text before or after are not accepted.
 //
 // Threads: safe from any thread.
-QEL_EXPORT std::optional<Instant> parseRfc3339(std::string_view text);
+[[nodiscard]] QEL_EXPORT std::optional<Instant> parseRfc3339(std::string_view text);
 
 }  // namespace qel
 

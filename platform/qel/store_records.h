@@ -92,7 +92,7 @@ class StoreTransaction {
 };
 
 // Returns the number of units that `transaction` bought, 0 if it has no payment.
-inline std::int64_t quantityOf(const StoreTransaction& transaction) {
+[[nodiscard]] inline std::int64_t quantityOf(const StoreTransaction& transaction) {
   const StorePayment* const payment = transaction.payment();
   return payment != nullptr ? payment->quantity() : 0;
 }

@@ -13,38 +13,90 @@
 #include <string_view>
 
 #include "qel/export.h"
+#include "qel/lifetime.h"
 
 namespace qel {
 
 // A text that may be absent, which is not the same as empty. A view: the text belongs to whoever
-// returned it.
-using OptionalText = std::optional<std::string_view>;
+// returned it, and must outlive the view. Used like std::optional<std::string_view>.
+//
+// Example: OptionalText title() const override { return title_; }  // std::optional<std::string>
+class OptionalText {
+ public:
+  // Absent.
+  constexpr OptionalText() = default;
+  // NOLINTBEGIN(google-explicit-constructor): texts of any kind convert to a view of them.
+  constexpr OptionalText(std::nullopt_t) {}
+
+  constexpr OptionalText(std::string_view text) : text_(text) {}
+  constexpr OptionalText(std::optional<std::string_view> text) : text_(text) {}
+  constexpr OptionalText(const std::string& text QEL_LIFETIME_BOUND) : text_(text) {}
+  constexpr OptionalText(const std::optional<std::string>& text QEL_LIFETIME_BOUND) : text_(text) {}
+
+  // A null pointer is an absent text.
+  constexpr OptionalText(const char* text) {
+    if (text != nullptr) text_ = text;
+  }
+  // NOLINTEND(google-explicit-constructor)
+
+  [[nodiscard]] constexpr bool has_value() const { return text_.has_value(); }
+  constexpr explicit operator bool() const { return text_.has_value(); }
+
+  // The text, which must be present.
+  constexpr std::string_view operator*() const { return *text_; }
+  constexpr const std::string_view* operator->() const QEL_LIFETIME_BOUND { return &*text_; }
+
+  // Returns the text, or `otherwise` if it is absent.
+  [[nodiscard]] constexpr std::string_view value_or(std::string_view otherwise) const {
+    return text_.value_or(otherwise);
+  }
+
+  // Absent texts are equal here. See isEqual for the other comparison.
+  friend constexpr bool operator==(const OptionalText& left, const OptionalText& right) {
+    return left.has_value() == right.has_value() && left.value_or({}) == right.value_or({});
+  }
+  // Otherwise the comparison of std::optional with a value would be chosen, for which an absent
+  // text equals nothing.
+  template <typename Text>
+  friend constexpr bool operator==(const OptionalText& left, const std::optional<Text>& right) {
+    return left == OptionalText(right);
+  }
+  template <typename Text>
+  friend constexpr bool operator==(const std::optional<Text>& left, const OptionalText& right) {
+    return right == OptionalText(left);
+  }
+
+ private:
+  std::optional<std::string_view> text_;
+};
 
 // Returns whether `text` is absent or has length 0.
-constexpr bool isEmpty(const OptionalText& text) { return !text.has_value() || text->empty(); }
+[[nodiscard]] constexpr bool isEmpty(const OptionalText& text) {
+  return !text.has_value() || text->empty();
+}
 
 // Returns whether both texts are present and have the same bytes. An absent text equals nothing,
 // not even another absent text.
-constexpr bool isEqual(const OptionalText& left, const OptionalText& right) {
+[[nodiscard]] constexpr bool isEqual(const OptionalText& left, const OptionalText& right) {
   return left.has_value() && right.has_value() && *left == *right;
 }
 
 // Surrogates are the halves of a UTF-16 pair: a high one, then a low one.
-constexpr bool isHighSurrogate(char32_t codePoint) {
+[[nodiscard]] constexpr bool isHighSurrogate(char32_t codePoint) {
   return codePoint >= 0xD800 && codePoint <= 0xDBFF;
 }
-constexpr bool isLowSurrogate(char32_t codePoint) {
+[[nodiscard]] constexpr bool isLowSurrogate(char32_t codePoint) {
   return codePoint >= 0xDC00 && codePoint <= 0xDFFF;
 }
 
 // Returns the character of a pair.
-constexpr char32_t characterOfPair(char32_t high, char32_t low) {
+[[nodiscard]] constexpr char32_t characterOfPair(char32_t high, char32_t low) {
   return 0x10000 + ((high & 0x3FF) << 10 | (low & 0x3FF));
 }
 
 // Returns the surrogate at the start of `text`, which takes three bytes. Returns std::nullopt if
 // there is none.
-constexpr std::optional<char32_t> surrogateAtStart(std::string_view text) {
+[[nodiscard]] constexpr std::optional<char32_t> surrogateAtStart(std::string_view text) {
   const auto byte = [text](std::size_t i) {
     return static_cast<char32_t>(static_cast<unsigned char>(text[i]));
   };
@@ -57,7 +109,7 @@ constexpr std::optional<char32_t> surrogateAtStart(std::string_view text) {
 // Returns `text` in well-formed UTF-8. A high surrogate followed by a low one, as joining two texts
 // can produce, becomes the one character of the pair. Returns std::nullopt if any other surrogate
 // is left, or if the text is ill-formed otherwise.
-QEL_EXPORT std::optional<std::string> utf8DataWithoutLoss(std::string text);
+[[nodiscard]] QEL_EXPORT std::optional<std::string> utf8DataWithoutLoss(std::string text);
 
 }  // namespace qel
 

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "qel/export.h"
+#include "qel/lifetime.h"
 #include "qel/text.h"
 
 namespace qel {
@@ -23,16 +24,16 @@ class QELValuePtr;
 class QELValue {
  public:
   // Returns a new value with a copy of `string`.
-  QEL_EXPORT static QELValuePtr initWithString(std::string_view string);
+  [[nodiscard]] QEL_EXPORT static QELValuePtr initWithString(std::string_view string);
 
   // Returns a new value.
-  QEL_EXPORT static QELValuePtr initWithInt64(std::int64_t integer);
+  [[nodiscard]] QEL_EXPORT static QELValuePtr initWithInt64(std::int64_t integer);
 
   // The integer; 0 for a string.
-  std::int64_t int64Value() const { return isString_ ? 0 : number_; }
+  [[nodiscard]] std::int64_t int64Value() const { return isString_ ? 0 : number_; }
 
   // The string, valid as long as this value; absent for an integer.
-  OptionalText stringValue() const {
+  [[nodiscard]] OptionalText stringValue() const QEL_LIFETIME_BOUND {
     if (!isString_) return std::nullopt;
     return std::string_view(reinterpret_cast<const char*>(this + 1),
                             static_cast<std::size_t>(number_));
@@ -80,7 +81,10 @@ class QELValuePtr {
     if (value_ != nullptr) release(value_);
   }
 
-  const QELValue* get() const { return value_; }
+  [[nodiscard]] const QELValue* get() const { return value_; }
+
+  // Whether there is a value.
+  explicit operator bool() const { return value_ != nullptr; }
   const QELValue& operator*() const { return *value_; }
   const QELValue* operator->() const { return value_; }
 

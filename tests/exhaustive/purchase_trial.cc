@@ -182,10 +182,11 @@ ReceiptEntry::ReceiptEntry(const OracleEntry& entry) : values(entry) {
 void PurchaseTrial::setReceipt(OraclePurchase& purchase,
                                std::initializer_list<const ReceiptEntry*> entries) {
   receipt_.clear();
-  purchase.receipt.clear();
+  // Entries that are overwritten keep the memory of their texts.
+  purchase.receipt.resize(entries.size());
   for (const ReceiptEntry* const entry : entries) {
+    purchase.receipt[receipt_.size()] = entry->values;
     receipt_.emplace_back(entry->record);
-    purchase.receipt.push_back(entry->values);
   }
 }
 
@@ -211,7 +212,7 @@ void PurchaseTrial::makeRecords(const OraclePurchase& purchase) {
     transaction_.transactionDate.reset();
     if (const auto& date = transaction->date)
       transaction_.transactionDate =
-          Instant{date->seconds, static_cast<std::int32_t>(date->nanoseconds)};
+          Instant(date->seconds, date->nanoseconds);
     transaction_.quantity = transaction->quantity;
   }
 }

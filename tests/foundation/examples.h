@@ -1,27 +1,22 @@
-// The purchases of examples/purchases.jsonl, and what tests/golden/purchases.jsonl says that each
-// must give. make_examples.py writes what stands behind it.
+// The purchases of examples/purchases.jsonl with their results in tests/golden/purchases.jsonl.
 
 #ifndef QEL_TESTS_FOUNDATION_EXAMPLES_H_
 #define QEL_TESTS_FOUNDATION_EXAMPLES_H_
 
-#include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "purchase_values.h"
+#include "outcome.h"
 
 namespace qel::testing {
 
 struct Example {
   std::string name;
-  PurchaseValues purchase;
-  DiscountClass discountClass;
-  std::optional<std::map<std::string, Outcome::Value>> event;
-  std::vector<Diagnostic> diagnostics;
+  OraclePurchase purchase;
+  Outcome golden;  // `asked` is empty
 };
 
-// All of them, in their order.
+// Returns all examples in their order. Throws if one of the files is not readable.
 std::vector<Example> examplePurchases();
 
 }  // namespace qel::testing

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#import "stand_ins.h"
+#import "live_doubles.h"
 
 // A product of the store that has gone away.
-@interface ProductThatRaises : StandInProduct
+@interface ProductThatRaises : FakeProduct
 @end
 
 @implementation ProductThatRaises
@@ -21,7 +21,7 @@
 }
 @end
 
-@interface MonitorThatRaises : StandInMonitor
+@interface MonitorThatRaises : FakeMonitor
 @end
 
 @implementation MonitorThatRaises
@@ -35,12 +35,12 @@ namespace {
 
 // The name of the exception that the entry point lets through for `receipt`; empty for none.
 std::string raisedFor(NSArray* receipt) {
-  const ProductValues productValues = {.identifier = "monthly"};
-  const TransactionValues transactionValues;
-  id const product = [[[StandInProduct alloc] initWithValues:&productValues
-                                                       asked:nullptr] autorelease];
-  id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
-                                                               asked:nullptr] autorelease];
+  const OracleProduct productValues = {.identifier = "monthly"};
+  const OracleTransaction transactionValues;
+  id const product = [[[FakeProduct alloc] initWithValues:&productValues
+                                                    asked:nullptr] autorelease];
+  id const transaction = [[[FakeTransaction alloc] initWithValues:&transactionValues
+                                                            asked:nullptr] autorelease];
   return raisedBy([&] {
     QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
   });
@@ -48,8 +48,7 @@ std::string raisedFor(NSArray* receipt) {
 
 NSMutableArray* listThatGrows(const QELInAppPurchaseItem& item) {
   NSMutableArray* const list = [NSMutableArray array];
-  [list addObject:[[[StandInEntryThatGrowsItsList alloc] initWithValues:&item
-                                                                   list:list] autorelease]];
+  [list addObject:[[[EntryThatGrowsItsList alloc] initWithValues:&item list:list] autorelease]];
   return list;
 }
 
@@ -77,8 +76,8 @@ TEST(FailureTest, WorksOnAfterAFailure) {
 TEST(FailureTest, KeepsNothingOfAListThatWasChanged) {
   const QELInAppPurchaseItem item;
   NSMutableArray* const list = [[NSMutableArray alloc] init];
-  StandInEntryThatGrowsItsList* const entry =
-      [[StandInEntryThatGrowsItsList alloc] initWithValues:&item list:list];
+  EntryThatGrowsItsList* const entry = [[EntryThatGrowsItsList alloc] initWithValues:&item
+                                                                                list:list];
   [list addObject:entry];
   @autoreleasepool {
     EXPECT_EQ(raisedFor(list), "NSGenericException");
@@ -106,12 +105,12 @@ void callAndCatch(id product, id transaction) {
 
 TEST(FailureDeathTest, EndsTheProgramWhenTheStoreRaises) {
   @autoreleasepool {
-    const ProductValues values = {.identifier = "monthly"};
-    const TransactionValues transactionValues;
+    const OracleProduct values = {.identifier = "monthly"};
+    const OracleTransaction transactionValues;
     id const product = [[[ProductThatRaises alloc] initWithValues:&values
                                                             asked:nullptr] autorelease];
-    id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
-                                                                 asked:nullptr] autorelease];
+    id const transaction = [[[FakeTransaction alloc] initWithValues:&transactionValues
+                                                              asked:nullptr] autorelease];
     EXPECT_EXIT(callAndCatch(product, transaction), ::testing::ExitedWithCode(kTerminated),
                 "terminated");
   }

@@ -3,28 +3,23 @@
 #ifndef QEL_TESTS_FOUNDATION_LIVE_PURCHASE_H_
 #define QEL_TESTS_FOUNDATION_LIVE_PURCHASE_H_
 
-#include "purchase_values.h"
-#import "stand_ins.h"
+#import "live_doubles.h"
+#include "support/plain_purchase.h"
 
 namespace qel::testing {
 
 // A purchase whose objects live as long as it does.
 struct LivePurchase {
-  explicit LivePurchase(const PurchaseValues& values) : values(values) {
-    const ProductValues* const productValues =
-        this->values.product ? &*this->values.product : nullptr;
-    if (productValues != nullptr) {
-      product = [[StandInProductWithOffers alloc] initWithValues:productValues asked:nullptr];
+  explicit LivePurchase(const OraclePurchase& purchase)
+      : values(purchase), items(plainReceipt(purchase)) {
+    if (values.product) {
+      product = [[FakeProductWithOffers alloc] initWithValues:&*values.product asked:nullptr];
     }
-    if (this->values.transaction) {
-      transaction = [[StandInTransaction alloc] initWithValues:&*this->values.transaction
-                                                         asked:nullptr];
+    if (values.transaction) {
+      transaction = [[FakeTransaction alloc] initWithValues:&*values.transaction asked:nullptr];
     }
-    receipt = [[NSMutableArray alloc] init];
-    for (const QELInAppPurchaseItem& item : this->values.receipt) {
-      StandInEntry* const entry = [[StandInEntry alloc] initWithValues:&item asked:nullptr];
-      [receipt addObject:entry];
-      [entry release];
+    @autoreleasepool {
+      receipt = [liveEntries(items) retain];
     }
   }
   ~LivePurchase() {
@@ -35,13 +30,13 @@ struct LivePurchase {
   LivePurchase(const LivePurchase&) = delete;
   LivePurchase& operator=(const LivePurchase&) = delete;
 
-  // What the entry point makes of it.
+  // Returns the entry point's event.
   NSDictionary<NSString*, id>* event() const {
     return QELInAppPurchaseEventParametersFromProductAndTransactionV2(
         static_cast<SKProduct*>(product), static_cast<SKPaymentTransaction*>(transaction), receipt);
   }
 
-  // Everyone that could have been kept or let go: as many owners as when they were made.
+  // Returns whether every object has as many owners as when it was made.
   bool isOwnedAsBefore() const {
     if (product != nil && [product retainCount] != 1) return false;
     if (transaction != nil && [transaction retainCount] != 1) return false;
@@ -51,7 +46,8 @@ struct LivePurchase {
     return [receipt retainCount] == 1;
   }
 
-  const PurchaseValues values;
+  const OraclePurchase values;
+  const std::vector<QELInAppPurchaseItem> items;
   id product = nil;
   id transaction = nil;
   NSMutableArray* receipt = nil;

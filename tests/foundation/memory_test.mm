@@ -54,7 +54,7 @@ TEST(MemoryTest, AMillionCallsLeaveNothingBehindAndReleaseNothingOfOthers) {
 
 TEST(MemoryTest, MessagesToTheMonitorLeaveNothingBehind) {
   std::vector<Diagnostic> diagnostics;
-  StandInMonitor* const monitor = [[StandInMonitor alloc] initWithList:&diagnostics];
+  FakeMonitor* const monitor = [[FakeMonitor alloc] initWithList:&diagnostics];
   QELSetDiagnosticsMonitor(monitor);
   const auto callThrice = [&] {
     for (int i = 0; i < 3; ++i) {

@@ -11,14 +11,13 @@
 #include <string>
 #include <vector>
 
+#import "live_purchase.h"
 #include "own_process.h"
-#include "purchase_values.h"
 #include "qel/measurement.h"
 #include "qel/purchase_event.h"
-#import "stand_ins.h"
 
 // Keeps the contexts of the messages it receives.
-@interface MonitorOfContexts : StandInMonitor {
+@interface MonitorOfContexts : FakeMonitor {
  @public
   NSMutableArray* contexts_;
 }
@@ -41,91 +40,82 @@
 }
 @end
 
+@interface ProductWithoutLocale : FakeProduct
+@end
+
+@implementation ProductWithoutLocale
+- (id)priceLocale {
+  return nil;
+}
+@end
+
 namespace qel::testing {
 namespace {
 
-using Event = std::map<std::string, Outcome::Value>;
-
-QELInAppPurchaseItem entryOf(std::string date, std::string transactionID) {
-  QELInAppPurchaseItem item;
-  item.productID = "monthly";
-  item.purchaseDateIA5String = std::move(date);
-  item.purchaseType = 3;
-  item.transactionID = std::move(transactionID);
-  item.originalTransactionID = "1000";
-  return item;
+OracleEntry monthlyEntry(const char* date, const char* transactionId) {
+  return {.productId = "monthly",
+          .dateText = date,
+          .type = kAutoRenewable,
+          .transactionId = transactionId,
+          .originalId = "1000"};
 }
 
 // A monthly subscription that renews after a free trial.
-PurchaseValues renewal() {
-  PurchaseValues purchase;
-  purchase.product = ProductValues{.identifier = "monthly",
-                                   .price = "4.99",
-                                   .currencyCode = "EUR",
+OraclePurchase renewal() {
+  OraclePurchase purchase;
+  purchase.product = OracleProduct{.identifier = "monthly",
+                                   .price = oracleReading("4.99"),
+                                   .currency = "EUR",
                                    .title = "Monthly",
-                                   .answersIntroductoryPrice = true,
-                                   .introductoryPrice = DiscountValues{.price = "1.99"}};
-  purchase.transaction = TransactionValues{.identifier = "2000",
-                                           .hasOriginal = true,
-                                           .originalIdentifier = "1000",
-                                           .date = Instant{1555234013, 0},
+                                   .answersOffer = true,
+                                   .offer = OracleOffer{.price = oracleReading("1.99")}};
+  purchase.transaction = OracleTransaction{.identifier = "2000",
+                                           .original = OracleOriginal{"1000"},
+                                           .date = OracleInstant{kAprilInstant.seconds, 0},
                                            .quantity = 1};
-  purchase.receipt = {entryOf("2019-04-14T09:26:53Z", "2000"),
-                      entryOf("2019-03-14T09:26:53Z", "1000")};
-  purchase.receipt[0].webOrderLineItemID = "77";
+  purchase.receipt = {monthlyEntry(kApril, "2000"), monthlyEntry(kMarch, "1000")};
+  purchase.receipt[0].webOrder = "77";
   purchase.receipt[1].isFreeTrial = true;
   return purchase;
 }
 
 // The same bought at an introductory price.
-PurchaseValues introductoryOffer() {
-  PurchaseValues purchase = renewal();
-  purchase.receipt[0].isIntroductoryOffer = true;
+OraclePurchase introductoryOffer() {
+  OraclePurchase purchase = renewal();
+  purchase.receipt[0].isOffer = true;
   return purchase;
 }
 
-// The first 64 bits from the end of what md5sum prints for 100077monthly.
-constexpr std::int64_t kDedupeId = 0x114F509B0A08BCF9;
-
-const Event kRenewalEvent = {
-    {"_did", kDedupeId},         {"currency", "EUR"}, {"price", 4990000}, {"product_id", "monthly"},
-    {"product_name", "Monthly"}, {"quantity", 1},     {"sub_convert", 1}, {"value", 4990000}};
+const Event kRenewalEvent = monthlyEvent({{"_did", kDedupeIdOf100077monthly}, {"sub_convert", 1}});
 
 TEST(PurchaseEventTest, GivesTheEventOfARenewal) {
   const Outcome outcome = outcomeOfLiveObjects(renewal());
   EXPECT_EQ(outcome.event, kRenewalEvent);
-  EXPECT_EQ(outcome.diagnostics,
-            (std::vector<Diagnostic>{
-                {8, 40008, "Transaction of auto-renewable subscription will be reported", {}}}));
+  EXPECT_TRUE(hasLogged(outcome.diagnostics, {logged(40008)}));
 }
 
 TEST(PurchaseEventTest, AsksTheStoreForWhatIsNeededAndNoMore) {
-  EXPECT_EQ(outcomeOfLiveObjects(renewal()).asked,
-            (Asked{"product.productIdentifier", "product.price", "transaction.payment",
-                   "payment.quantity", "transaction.payment", "payment.quantity",
-                   "product.priceLocaleCurrencyCode", "product.localizedTitle",
-                   "transaction.transactionIdentifier", "transaction.originalTransaction",
-                   "transaction.transactionIdentifier", "transaction.transactionDate"}));
+  Asked expected = questionsOfEveryPurchase();
+  expected.insert(expected.end() - 1, "original.transactionIdentifier");
+  EXPECT_EQ(outcomeOfLiveObjects(renewal()).asked, expected);
 }
 
 TEST(PurchaseEventTest, AsksNothingOfATransactionWhoseProductHasNoIdentifier) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.product->identifier = "";
   EXPECT_EQ(outcomeOfLiveObjects(purchase).asked, (Asked{"product.productIdentifier"}));
 }
 
 TEST(PurchaseEventTest, AsksEachEntryOnceBetweenTheInputChecksAndTheRest) {
   @autoreleasepool {
-    const PurchaseValues purchase = renewal();
+    const OraclePurchase purchase = renewal();
     Asked asked;
-    id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
-                                                         asked:&asked] autorelease];
-    id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
-                                                                 asked:&asked] autorelease];
-    NSMutableArray* const receipt = [NSMutableArray array];
-    for (const QELInAppPurchaseItem& item : purchase.receipt) {
-      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:&asked] autorelease]];
-    }
+    id const product = [[[FakeProduct alloc] initWithValues:&*purchase.product
+                                                      asked:&asked] autorelease];
+    id const transaction = [[[FakeTransaction alloc] initWithValues:&*purchase.transaction
+                                                              asked:&asked] autorelease];
+    const std::vector<QELInAppPurchaseItem> items = plainReceipt(purchase);
+    NSArray* const receipt = liveEntries(items, &asked);
     QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
 
     const Asked ofEntry = {"entry.productID",     "entry.purchaseDateIA5String",
@@ -143,7 +133,7 @@ TEST(PurchaseEventTest, AsksEachEntryOnceBetweenTheInputChecksAndTheRest) {
 }
 
 // Checks that `purchase` is rejected with the one message `code`, and that the receipt is not read.
-void expectRejectedBeforeTheReceipt(const PurchaseValues& purchase, int code) {
+void expectRejectedBeforeTheReceipt(const OraclePurchase& purchase, int code) {
   @autoreleasepool {
     // Neither is a list nor an entry: each raises an exception when it is asked for anything.
     id const noList = @"no list";
@@ -157,7 +147,7 @@ void expectRejectedBeforeTheReceipt(const PurchaseValues& purchase, int code) {
 }
 
 TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProduct) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.product.reset();
   expectRejectedBeforeTheReceipt(purchase, 40026);
   purchase.transaction.reset();
@@ -165,7 +155,7 @@ TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProduct) {
 }
 
 TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProductIdentifier) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.product->identifier = "";
   expectRejectedBeforeTheReceipt(purchase, 40027);
   purchase.product->identifier.reset();
@@ -175,31 +165,21 @@ TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutAProductIdentifier) {
 }
 
 TEST(PurchaseEventTest, LeavesTheReceiptUnreadWithoutATransaction) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.transaction.reset();
   expectRejectedBeforeTheReceipt(purchase, 40028);
 }
 
 TEST(PurchaseEventTest, GivesStringsAndNumbersThatAProgramCanKeep) {
   @autoreleasepool {
-    const PurchaseValues purchase = renewal();
     NSDictionary<NSString*, id>* event = nil;
     @autoreleasepool {
-      id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
-                                                           asked:nullptr] autorelease];
-      id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
-                                                                   asked:nullptr] autorelease];
-      NSMutableArray* const receipt = [NSMutableArray array];
-      for (const QELInAppPurchaseItem& item : purchase.receipt) {
-        [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
-      }
-      event = [QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction,
-                                                                          receipt) retain];
+      event = [LivePurchase(renewal()).event() retain];
     }
     EXPECT_EQ([event count], kRenewalEvent.size());
     EXPECT_TRUE([[event objectForKey:@"product_id"] isEqual:@"monthly"]);
     EXPECT_TRUE([[event objectForKey:@"price"] isEqual:[NSNumber numberWithLongLong:4990000]]);
-    EXPECT_EQ([[event objectForKey:@"_did"] longLongValue], kDedupeId);
+    EXPECT_EQ([[event objectForKey:@"_did"] longLongValue], kDedupeIdOf100077monthly);
     EXPECT_STREQ([[event objectForKey:@"_did"] objCType], @encode(long long));
     [event release];
   }
@@ -217,33 +197,37 @@ TEST(PurchaseEventTest, NamesTheKeysThatAProgramLooksUp) {
 }
 
 TEST(PurchaseEventTest, GivesNilAndSaysWhyWithoutAProductOrATransaction) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.transaction.reset();
   Outcome outcome = outcomeOfLiveObjects(purchase);
   EXPECT_EQ(outcome.event, std::nullopt);
-  EXPECT_EQ(outcome.diagnostics,
-            (std::vector<Diagnostic>{
-                {8, 40028, "IAP Transaction cannot be created from nil transaction", {}}}));
+  EXPECT_TRUE(hasLogged(outcome.diagnostics, {logged(40028)}));
   purchase.product.reset();
   outcome = outcomeOfLiveObjects(purchase);
   EXPECT_EQ(outcome.event, std::nullopt);
-  EXPECT_EQ(outcome.diagnostics,
-            (std::vector<Diagnostic>{
-                {8, 40026, "IAP Transaction cannot be created from nil product", {}}}));
+  EXPECT_TRUE(hasLogged(outcome.diagnostics, {logged(40026)}));
 }
 
 TEST(PurchaseEventTest, TakesANilReceiptForAnEmptyOne) {
   @autoreleasepool {
-    const PurchaseValues purchase = renewal();
-    id const product = [[[StandInProduct alloc] initWithValues:&*purchase.product
-                                                         asked:nullptr] autorelease];
-    id const transaction = [[[StandInTransaction alloc] initWithValues:&*purchase.transaction
-                                                                 asked:nullptr] autorelease];
-    NSDictionary* const event =
-        QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil);
+    const LivePurchase purchase(renewal());
+    NSDictionary* const event = QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        purchase.product, purchase.transaction, nil);
     EXPECT_EQ([[event objectForKey:(::kQELParameterInAppPurchaseInvalid)] longLongValue], 1);
     EXPECT_TRUE([event isEqual:QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-                                   product, transaction, @[])]);
+                                   purchase.product, purchase.transaction, @[])]);
+  }
+}
+
+TEST(PurchaseEventTest, IsNothingWithoutALocale) {
+  @autoreleasepool {
+    const OraclePurchase purchase = renewal();
+    id const product = [[[ProductWithoutLocale alloc] initWithValues:&*purchase.product
+                                                               asked:nullptr] autorelease];
+    id const transaction = [[[FakeTransaction alloc] initWithValues:&*purchase.transaction
+                                                              asked:nullptr] autorelease];
+    EXPECT_EQ(QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, nil),
+              nil);
   }
 }
 
@@ -256,23 +240,15 @@ TEST(PurchaseEventTest, ReadsTheCurrencyOfAPlatformLocale) {
 }
 
 TEST(PurchaseEventTest, TellsTheMonitorWhatAMessageIsAbout) {
-  PurchaseValues purchase = renewal();
+  OraclePurchase purchase = renewal();
   purchase.product->identifier = "caf\xC3\xA9 \xED\xA0\x80";
-  purchase.receipt[0].productID = purchase.product->identifier;
+  purchase.receipt[0].productId = purchase.product->identifier;
   purchase.receipt[1] = purchase.receipt[0];
-  EXPECT_EQ(outcomeOfLiveObjects(purchase).diagnostics,
-            (std::vector<Diagnostic>{
-                {8,
-                 40024,
-                 "Subscription transaction with duplicate transaction date will be reported as "
-                 "invalid",
-                 {*purchase.product->identifier, std::uint64_t{2}}}}));
+  EXPECT_TRUE(hasLogged(outcomeOfLiveObjects(purchase).diagnostics,
+                        {logged(40024, {*purchase.product->identifier, std::uint64_t{2}})}));
   purchase.receipt.clear();
-  EXPECT_EQ(outcomeOfLiveObjects(purchase).diagnostics,
-            (std::vector<Diagnostic>{{8,
-                                      40020,
-                                      "Transaction missing in receipt will be reported as invalid",
-                                      {*purchase.product->identifier}}}));
+  EXPECT_TRUE(hasLogged(outcomeOfLiveObjects(purchase).diagnostics,
+                        {logged(40020, {*purchase.product->identifier})}));
 }
 
 // GNUstep hands out a small number as an int, however it was made; the largest shows its type.
@@ -299,7 +275,7 @@ TEST(MonitorTest, ReceivesACountAsAnUnsignedNumber) {
 TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
   @autoreleasepool {
     std::vector<Diagnostic> diagnostics;
-    StandInMonitor* const monitor = [[StandInMonitor alloc] initWithList:&diagnostics];
+    FakeMonitor* const monitor = [[FakeMonitor alloc] initWithList:&diagnostics];
     const NSUInteger before = [monitor retainCount];
     QELSetDiagnosticsMonitor(monitor);
     EXPECT_GT([monitor retainCount], before);
@@ -320,8 +296,8 @@ TEST(IntroductoryOfferTest, IsReadByNameWhereThePlatformHasIt) {
     registerDiscountClass({});
     const Outcome outcome = outcomeOfLiveObjects(introductoryOffer());
     ASSERT_TRUE(outcome.event.has_value());
-    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(1990000));
-    EXPECT_EQ(outcome.event->at(kOfferPrice), Outcome::Value(4990000));
+    EXPECT_EQ(outcome.event->at("price"), ParameterContent(1990000));
+    EXPECT_EQ(outcome.event->at(kOfferPrice), ParameterContent(4990000));
     const Asked lastQuestions(outcome.asked.end() - 7, outcome.asked.end());
     EXPECT_EQ(lastQuestions,
               (Asked{"product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
@@ -345,31 +321,31 @@ TEST(IntroductoryOfferTest, IsSentItsOperationsByNameButThePaymentMode) {
 TEST(IntroductoryOfferTest, IsNoFreeTrialBy32BitsOfItsPaymentMode) {
   inProcessOfItsOwn([] {
     registerDiscountClass({});
-    PurchaseValues purchase = introductoryOffer();
-    purchase.product->introductoryPrice->paymentMode = (std::uint64_t{1} << 32) + 2;
+    OraclePurchase purchase = introductoryOffer();
+    purchase.product->offer->mode = (std::uint64_t{1} << 32) + 2;
     const Outcome outcome = outcomeOfLiveObjects(purchase);
     ASSERT_TRUE(outcome.event.has_value());
-    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(1990000));
+    EXPECT_EQ(outcome.event->at("price"), ParameterContent(1990000));
   });
 }
 
 TEST(IntroductoryOfferTest, LeavesThePriceOfAFreeTrialUnasked) {
   inProcessOfItsOwn([] {
     registerDiscountClass({});
-    PurchaseValues purchase = introductoryOffer();
-    purchase.product->introductoryPrice->paymentMode = 2;
+    OraclePurchase purchase = introductoryOffer();
+    purchase.product->offer->mode = 2;
     const Outcome outcome = outcomeOfLiveObjects(purchase);
     ASSERT_TRUE(outcome.event.has_value());
-    EXPECT_EQ(outcome.event->at("price"), Outcome::Value(0));
+    EXPECT_EQ(outcome.event->at("price"), ParameterContent(0));
     EXPECT_EQ(outcome.asked.back(), "discount.paymentMode");
   });
 }
 
 // Checks that the full price stands, and that `lastQuestion` was the last one asked.
-void expectFullPrice(const PurchaseValues& purchase, const std::string& lastQuestion) {
+void expectFullPrice(const OraclePurchase& purchase, const std::string& lastQuestion) {
   const Outcome outcome = outcomeOfLiveObjects(purchase);
   ASSERT_TRUE(outcome.event.has_value());
-  EXPECT_EQ(outcome.event->at("price"), Outcome::Value(4990000));
+  EXPECT_EQ(outcome.event->at("price"), ParameterContent(4990000));
   EXPECT_EQ(outcome.event->count(kOfferPrice), 0u);
   EXPECT_EQ(outcome.asked.back(), lastQuestion);
 }
@@ -381,14 +357,14 @@ TEST(IntroductoryOfferTest, IsNotAskedForWithoutTheClass) {
 
 TEST(IntroductoryOfferTest, IsNotAskedForWhenTheClassHasNoPrice) {
   inProcessOfItsOwn([] {
-    registerDiscountClass({.answersPrice = false});
+    registerDiscountClass({.discountsAnswerPrice = false});
     expectFullPrice(introductoryOffer(), "product.discountsAnswerPrice");
   });
 }
 
 TEST(IntroductoryOfferTest, IsNotAskedForWhenTheClassHasNoPaymentMode) {
   inProcessOfItsOwn([] {
-    registerDiscountClass({.answersPaymentMode = false});
+    registerDiscountClass({.discountsAnswerPaymentMode = false});
     expectFullPrice(introductoryOffer(), "product.discountsAnswerPaymentMode");
   });
 }
@@ -396,8 +372,8 @@ TEST(IntroductoryOfferTest, IsNotAskedForWhenTheClassHasNoPaymentMode) {
 TEST(IntroductoryOfferTest, IsNotAskedOfAProductThatDoesNotAnswerIt) {
   inProcessOfItsOwn([] {
     registerDiscountClass({});
-    PurchaseValues purchase = introductoryOffer();
-    purchase.product->answersIntroductoryPrice = false;
+    OraclePurchase purchase = introductoryOffer();
+    purchase.product->answersOffer = false;
     expectFullPrice(purchase, "product.answersIntroductoryPrice");
   });
 }
@@ -405,8 +381,8 @@ TEST(IntroductoryOfferTest, IsNotAskedOfAProductThatDoesNotAnswerIt) {
 TEST(IntroductoryOfferTest, ChangesNothingWhenTheProductHasNone) {
   inProcessOfItsOwn([] {
     registerDiscountClass({});
-    PurchaseValues purchase = introductoryOffer();
-    purchase.product->introductoryPrice.reset();
+    OraclePurchase purchase = introductoryOffer();
+    purchase.product->offer.reset();
     expectFullPrice(purchase, "product.introductoryPrice");
   });
 }
@@ -414,8 +390,8 @@ TEST(IntroductoryOfferTest, ChangesNothingWhenTheProductHasNone) {
 TEST(IntroductoryOfferTest, ChangesNothingWhenItHasNoPrice) {
   inProcessOfItsOwn([] {
     registerDiscountClass({});
-    PurchaseValues purchase = introductoryOffer();
-    purchase.product->introductoryPrice->price.reset();
+    OraclePurchase purchase = introductoryOffer();
+    purchase.product->offer->price.reset();
     expectFullPrice(purchase, "discount.price");
   });
 }

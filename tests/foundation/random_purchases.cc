@@ -90,9 +90,10 @@ std::optional<std::string> writtenDate(Random& random) {
   return oneOf(random, moments()).text;
 }
 
-std::optional<Instant> date(Random& random) {
+std::optional<OracleInstant> date(Random& random) {
   if (oneIn(random, 15)) return std::nullopt;
-  Instant instant = {oneOf(random, moments()).seconds, 0};
+  OracleInstant instant = {oneOf(random, moments()).seconds, 0};
+  // Fractions that a double has exactly.
   if (oneIn(random, 10)) instant.nanoseconds = oneIn(random, 2) ? 250000000 : 500000000;
   return instant;
 }
@@ -103,30 +104,28 @@ std::int64_t integer(Random& random, std::size_t count) {
   return static_cast<std::int64_t>(below(random, count));
 }
 
-ProductValues product(Random& random) {
-  ProductValues values;
-  if (!oneIn(random, 20)) values.identifier = identifier(random);
-  if (!oneIn(random, 10)) values.price = price(random);
-  values.hasLocale = !oneIn(random, 12);
-  if (!oneIn(random, 12)) values.currencyCode = oneIn(random, 2) ? "EUR" : title(random);
-  if (!oneIn(random, 4)) values.title = title(random);
-  values.answersIntroductoryPrice = !oneIn(random, 4);
-  if (values.answersIntroductoryPrice && !oneIn(random, 5)) {
-    values.introductoryPrice.emplace();
-    if (!oneIn(random, 5)) values.introductoryPrice->price = price(random);
-    values.introductoryPrice->paymentMode = oneIn(random, 12) ? random() : below(random, 4);
+OracleProduct product(Random& random) {
+  OracleProduct product;
+  if (!oneIn(random, 20)) product.identifier = identifier(random);
+  if (!oneIn(random, 10)) product.price = oracleReading(price(random));
+  if (!oneIn(random, 8)) product.currency = oneIn(random, 2) ? "EUR" : title(random);
+  if (!oneIn(random, 4)) product.title = title(random);
+  product.answersOffer = !oneIn(random, 4);
+  if (product.answersOffer && !oneIn(random, 5)) {
+    product.offer.emplace();
+    if (!oneIn(random, 5)) product.offer->price = oracleReading(price(random));
+    product.offer->mode = oneIn(random, 12) ? random() : below(random, 4);
   }
-  return values;
+  return product;
 }
 
-TransactionValues transaction(Random& random) {
-  TransactionValues values;
-  values.identifier = transactionIdentifier(random);
-  values.hasOriginal = oneIn(random, 2);
-  values.originalIdentifier = transactionIdentifier(random);
-  values.date = date(random);
-  if (!oneIn(random, 10)) values.quantity = integer(random, 5);
-  return values;
+OracleTransaction transaction(Random& random) {
+  OracleTransaction transaction;
+  transaction.identifier = transactionIdentifier(random);
+  if (oneIn(random, 2)) transaction.original = {transactionIdentifier(random)};
+  transaction.date = date(random);
+  if (!oneIn(random, 10)) transaction.quantity = integer(random, 5);
+  return transaction;
 }
 
 // The string form of a number: mostly a small one, now and then one beyond 64 bits or no integer.
@@ -137,33 +136,33 @@ std::string webOrderLineItemID(Random& random) {
   return std::to_string(integer(random, 100));
 }
 
-QELInAppPurchaseItem entry(Random& random) {
-  QELInAppPurchaseItem item;
-  if (!oneIn(random, 15)) item.productID = identifier(random);
-  item.purchaseDateIA5String = writtenDate(random);
-  if (!oneIn(random, 12)) item.purchaseType = integer(random, 5);
-  if (oneIn(random, 3)) item.webOrderLineItemID = webOrderLineItemID(random);
-  item.transactionID = transactionIdentifier(random);
-  item.originalTransactionID = transactionIdentifier(random);
-  item.isFreeTrial = oneIn(random, 3);
-  item.isIntroductoryOffer = oneIn(random, 3);
-  return item;
+OracleEntry entry(Random& random) {
+  OracleEntry entry;
+  if (!oneIn(random, 15)) entry.productId = identifier(random);
+  entry.dateText = writtenDate(random);
+  if (!oneIn(random, 12)) entry.type = integer(random, 5);
+  if (oneIn(random, 3)) entry.webOrder = webOrderLineItemID(random);
+  entry.transactionId = transactionIdentifier(random);
+  entry.originalId = transactionIdentifier(random);
+  entry.isFreeTrial = oneIn(random, 3);
+  entry.isOffer = oneIn(random, 3);
+  return entry;
 }
 
 }  // namespace
 
-PurchaseValues RandomPurchases::next() {
-  PurchaseValues values;
-  if (!oneIn(random_, 40)) values.product = product(random_);
-  if (!oneIn(random_, 40)) values.transaction = transaction(random_);
+OraclePurchase RandomPurchases::next() {
+  OraclePurchase purchase;
+  if (!oneIn(random_, 40)) purchase.product = product(random_);
+  if (!oneIn(random_, 40)) purchase.transaction = transaction(random_);
   for (std::size_t entries = below(random_, 6); entries > 0; --entries) {
-    values.receipt.push_back(entry(random_));
-    // Some receipts hold purchases of this product alone.
-    if (values.product.has_value() && !oneIn(random_, 3)) {
-      values.receipt.back().productID = values.product->identifier;
+    purchase.receipt.push_back(entry(random_));
+    // Some receipts have entries of this product alone.
+    if (purchase.product.has_value() && !oneIn(random_, 3)) {
+      purchase.receipt.back().productId = purchase.product->identifier;
     }
   }
-  return values;
+  return purchase;
 }
 
 }  // namespace qel::testing

@@ -1,5 +1,4 @@
-// Purchases at random, most of them such that the receipt and the store have something to say to
-// each other.
+// Random purchases. In most of them the receipt has entries of the product.
 
 #ifndef QEL_TESTS_FOUNDATION_RANDOM_PURCHASES_H_
 #define QEL_TESTS_FOUNDATION_RANDOM_PURCHASES_H_
@@ -7,7 +6,7 @@
 #include <cstdint>
 #include <random>
 
-#include "purchase_values.h"
+#include "reference/event_oracle.h"
 
 namespace qel::testing {
 
@@ -15,7 +14,7 @@ class RandomPurchases {
  public:
   explicit RandomPurchases(std::uint64_t seed) : random_(seed) {}
 
-  PurchaseValues next();
+  OraclePurchase next();
 
  private:
   std::mt19937_64 random_;

@@ -6,12 +6,11 @@
 #include <map>
 #include <string>
 
-#include "purchase_values.h"
+#import "live_doubles.h"
 #import "qel/foundation.h"
-#import "stand_ins.h"
 
 // An entry whose web order line item identifier is any object.
-@interface EntryOfWebOrder : StandInEntry {
+@interface EntryOfWebOrder : FakeEntry {
   NSNumber* webOrder_;
 }
 - (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values
@@ -35,19 +34,17 @@ namespace {
 // The event of product "p", bought in transaction "1". The receipt's one entry carries `webOrder`
 // and no purchase type.
 NSDictionary* eventWithWebOrder(NSNumber* webOrder) {
-  const ProductValues productValues = {.identifier = "p", .price = "0.99", .currencyCode = "EUR"};
-  const TransactionValues transactionValues = {
-      .identifier = "1", .date = Instant{1552555613, 0}, .quantity = 1};
-  QELInAppPurchaseItem item;
-  item.productID = "p";
-  item.purchaseDateIA5String = "2019-03-14T09:26:53Z";
-  item.transactionID = "1";
-  item.originalTransactionID = "1";
+  const OracleProduct productValues = {
+      .identifier = "p", .price = oracleReading("0.99"), .currency = "EUR"};
+  const OracleTransaction transactionValues = {
+      .identifier = "1", .date = OracleInstant{1552555613, 0}, .quantity = 1};
+  QELInAppPurchaseItem item = entryOf(kNonConsumable, "p", kMarch, "1", "1");
+  item.purchaseType = std::nullopt;
 
-  id const product = [[[StandInProduct alloc] initWithValues:&productValues
-                                                       asked:nullptr] autorelease];
-  id const transaction = [[[StandInTransaction alloc] initWithValues:&transactionValues
-                                                               asked:nullptr] autorelease];
+  id const product = [[[FakeProduct alloc] initWithValues:&productValues
+                                                    asked:nullptr] autorelease];
+  id const transaction = [[[FakeTransaction alloc] initWithValues:&transactionValues
+                                                            asked:nullptr] autorelease];
   id const entry = [[[EntryOfWebOrder alloc] initWithValues:&item webOrder:webOrder] autorelease];
   return QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction,
                                                                     @[ entry ]);
@@ -99,15 +96,15 @@ TEST(WebOrderLineItemTest, EntersTheIdentifierWithItsFraction) {
 
 TEST(WebOrderLineItemTest, IsAskedForItsStringAlone) {
   @autoreleasepool {
-    NSNumber* const number = [[[StandInNumber alloc]
-        initWithText:@"340282366920938463463374607431768211456"] autorelease];
+    NSNumber* const number =
+        [[[FakeNumber alloc] initWithText:@"340282366920938463463374607431768211456"] autorelease];
     EXPECT_EQ(identifierWithWebOrder(number), 0xD2DD8421E501C4ABu);
   }
 }
 
 TEST(WebOrderLineItemTest, IsPresentWithoutAString) {
   @autoreleasepool {
-    NSNumber* const number = [[[StandInNumber alloc] initWithText:nil] autorelease];
+    NSNumber* const number = [[[FakeNumber alloc] initWithText:nil] autorelease];
     // The text is empty: printf 1p | md5sum
     EXPECT_EQ(identifierWithWebOrder(number), 0x1AD98B5790B91C77u);
     // Presence alone makes the entry one of a subscription.

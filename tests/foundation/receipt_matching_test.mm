@@ -12,13 +12,14 @@
 #include <utility>
 #include <vector>
 
+#import "live_doubles.h"
 #import "qel/foundation.h"
 #include "qel/receipt_matching.h"
 #include "random_purchases.h"
-#import "stand_ins.h"
+#include "support/plain_purchase.h"
 
 // The one entry of a list that releases it when it is asked for its product.
-@interface EntryThatLeavesItsList : StandInEntry {
+@interface EntryThatLeavesItsList : FakeEntry {
  @public
   NSMutableArray* list_;
 }
@@ -37,12 +38,8 @@ namespace {
 
 using Positions = std::vector<std::size_t>;
 
-constexpr char kMarch[] = "2019-03-14T09:26:53Z";
 constexpr char kMarchInParis[] = "2019-03-14T10:26:53+01:00";
-constexpr char kApril[] = "2019-04-14T09:26:53Z";
 constexpr char kMay[] = "2019-05-14T09:26:53Z";
-constexpr Instant kInstantOfMarch = {1552555613, 0};
-constexpr Instant kInstantOfApril = {1555234013, 0};
 
 QELInAppPurchaseItem entryOf(std::optional<std::string> product, std::optional<std::string> date) {
   QELInAppPurchaseItem item;
@@ -55,10 +52,8 @@ QELInAppPurchaseItem entryOf(std::optional<std::string> product, std::optional<s
 class LiveReceipt {
  public:
   explicit LiveReceipt(std::vector<QELInAppPurchaseItem> items) : items_(std::move(items)) {
-    for (const QELInAppPurchaseItem& item : items_) {
-      StandInEntry* const entry = [[StandInEntry alloc] initWithValues:&item asked:&asked_];
-      [list_ addObject:entry];
-      [entry release];
+    @autoreleasepool {
+      [list_ addObjectsFromArray:liveEntries(items_, &asked_)];
     }
   }
   ~LiveReceipt() { [list_ release]; }
@@ -106,16 +101,16 @@ TEST(ReceiptMatchingTest, TakesTheEntriesOfAMoment) {
   @autoreleasepool {
     const LiveReceipt receipt(twoProducts());
     // Entries of equal dates keep their order.
-    EXPECT_EQ(receipt.matching(std::nullopt, kInstantOfMarch), (Positions{1, 3}));
-    EXPECT_EQ(receipt.matching("", kInstantOfMarch), (Positions{1, 3}));
+    EXPECT_EQ(receipt.matching(std::nullopt, kMarchInstant), (Positions{1, 3}));
+    EXPECT_EQ(receipt.matching("", kMarchInstant), (Positions{1, 3}));
   }
 }
 
 TEST(ReceiptMatchingTest, TakesTheEntriesOfAProductAtAMoment) {
   @autoreleasepool {
     const LiveReceipt receipt(twoProducts());
-    EXPECT_EQ(receipt.matching("monthly", kInstantOfMarch), (Positions{3}));
-    EXPECT_EQ(receipt.matching("coins", kInstantOfApril), (Positions{4}));
+    EXPECT_EQ(receipt.matching("monthly", kMarchInstant), (Positions{3}));
+    EXPECT_EQ(receipt.matching("coins", kAprilInstant), (Positions{4}));
   }
 }
 
@@ -124,7 +119,7 @@ TEST(ReceiptMatchingTest, TellsNoneFromNil) {
     const LiveReceipt receipt(twoProducts());
     EXPECT_EQ(receipt.matching("weekly", std::nullopt), Positions{});
     EXPECT_EQ(receipt.matching("Monthly", std::nullopt), Positions{});
-    EXPECT_EQ(receipt.matching("weekly", kInstantOfMarch), Positions{});
+    EXPECT_EQ(receipt.matching("weekly", kMarchInstant), Positions{});
     EXPECT_EQ(receipt.matching(std::nullopt, Instant{0, 0}), Positions{});
   }
 }
@@ -134,17 +129,17 @@ TEST(ReceiptMatchingTest, PutsEntriesWithoutADateFirst) {
     const LiveReceipt receipt({entryOf("monthly", kMarch), entryOf("monthly", std::nullopt),
                                entryOf(std::nullopt, kMarch), entryOf("monthly", "2019-03-14")});
     EXPECT_EQ(receipt.matching("monthly", std::nullopt), (Positions{1, 3, 0}));
-    EXPECT_EQ(receipt.matching("monthly", kInstantOfMarch), (Positions{0}));
-    EXPECT_EQ(receipt.matching(std::nullopt, kInstantOfMarch), (Positions{0, 2}));
+    EXPECT_EQ(receipt.matching("monthly", kMarchInstant), (Positions{0}));
+    EXPECT_EQ(receipt.matching(std::nullopt, kMarchInstant), (Positions{0, 2}));
   }
 }
 
 TEST(ReceiptMatchingTest, NeverMatchesAFractionOfASecond) {
   @autoreleasepool {
     const LiveReceipt receipt(twoProducts());
-    EXPECT_EQ(receipt.matching(std::nullopt, Instant{kInstantOfMarch.seconds, 250000000}),
+    EXPECT_EQ(receipt.matching(std::nullopt, Instant{kMarchInstant.seconds(), 250000000}),
               Positions{});
-    EXPECT_EQ(receipt.matching("monthly", Instant{kInstantOfMarch.seconds, 500000000}),
+    EXPECT_EQ(receipt.matching("monthly", Instant{kMarchInstant.seconds(), 500000000}),
               Positions{});
   }
 }
@@ -170,7 +165,7 @@ TEST(ReceiptMatchingTest, TakesAnEntryThatStandsTwiceTwice) {
 
 TEST(ReceiptMatchingTest, GivesNilWithoutEntries) {
   @autoreleasepool {
-    NSDate* const date = liveDate(kInstantOfMarch);
+    NSDate* const date = liveDate(kMarchInstant);
     EXPECT_EQ(QELMatchingInAppPurchaseItems(nil, @"monthly", date), nil);
     EXPECT_EQ(QELMatchingInAppPurchaseItems(@[], @"monthly", date), nil);
     EXPECT_EQ(QELMatchingInAppPurchaseItems(nil, nil, nil), nil);
@@ -217,7 +212,7 @@ TEST(ReceiptMatchingTest, AsksTheEntriesFromFirstToLast) {
 TEST(ReceiptMatchingTest, LetsThroughWhatTheListAndTheEntriesRaise) {
   const QELInAppPurchaseItem item = entryOf("monthly", kMarch);
   NSMutableArray* const list = [[NSMutableArray alloc] init];
-  id const entry = [[StandInEntryThatGrowsItsList alloc] initWithValues:&item list:list];
+  id const entry = [[EntryThatGrowsItsList alloc] initWithValues:&item list:list];
   [list addObject:entry];
   @autoreleasepool {
     EXPECT_EQ(raisedFor(list), "NSGenericException");
@@ -253,11 +248,9 @@ TEST(ReceiptMatchingTest, ReturnsAListThatOutlivesTheReceipt) {
   @autoreleasepool {
     NSArray* matching = nil;
     const std::vector<QELInAppPurchaseItem> items = twoProducts();
-    NSMutableArray* const list = [[NSMutableArray alloc] init];
+    NSMutableArray* list = nil;
     @autoreleasepool {
-      for (const QELInAppPurchaseItem& item : items) {
-        [list addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
-      }
+      list = [liveEntries(items) retain];
       matching = [QELMatchingInAppPurchaseItems(list, @"coins", nil) retain];
     }
     [list release];
@@ -275,13 +268,12 @@ TEST(ReceiptMatchingTest, GivesTheSameThroughLiveEntriesAsThroughPlainOnes) {
   RandomPurchases purchases(seed);
   for (int i = 0; i < kPurchases; ++i) {
     @autoreleasepool {
-      const PurchaseValues purchase = purchases.next();
-      std::optional<std::string> product;
-      if (purchase.product.has_value()) product = purchase.product->identifier;
-      std::optional<Instant> date;
-      if (purchase.transaction.has_value()) date = purchase.transaction->date;
+      const OraclePurchase purchase = purchases.next();
+      const OracleText product = purchase.product.value_or(OracleProduct()).identifier;
+      const std::optional<Instant> date =
+          plainInstant(purchase.transaction.value_or(OracleTransaction()).date);
 
-      const LiveReceipt receipt(purchase.receipt);
+      const LiveReceipt receipt(plainReceipt(purchase));
       const QELInAppPurchaseItems references(receipt.items().begin(), receipt.items().end());
       const auto matchingRecords = QELMatchingInAppPurchaseItems(references, product, date);
       std::optional<Positions> expected;

@@ -46,17 +46,17 @@ constexpr int kPurchases = 2000;
 constexpr std::uint64_t kSeed = 20190314;
 
 // The same purchases every time.
-std::vector<PurchaseValues> purchases() {
+std::vector<OraclePurchase> purchases() {
   RandomPurchases random(kSeed);
-  std::vector<PurchaseValues> values;
+  std::vector<OraclePurchase> values;
   for (int i = 0; i < kPurchases; ++i) values.push_back(random.next());
   return values;
 }
 
 // The events of all purchases, null for none, which the caller owns.
-NSArray* eventsOf(const std::vector<PurchaseValues>& values) {
+NSArray* eventsOf(const std::vector<OraclePurchase>& values) {
   NSMutableArray* const events = [[NSMutableArray alloc] init];
-  for (const PurchaseValues& purchase : values) {
+  for (const OraclePurchase& purchase : values) {
     @autoreleasepool {
       NSDictionary* const event = LivePurchase(purchase).event();
       [events addObject:event != nil ? event : static_cast<id>([NSNull null])];
@@ -66,7 +66,7 @@ NSArray* eventsOf(const std::vector<PurchaseValues>& values) {
 }
 
 TEST(ThreadsTest, EachGetsItsOwnEventsAndAllMessagesArrive) {
-  const std::vector<PurchaseValues> values = purchases();
+  const std::vector<OraclePurchase> values = purchases();
   CountingMonitor* const monitor = [[CountingMonitor alloc] init];
   QELSetDiagnosticsMonitor(monitor);
   NSArray* const expected = eventsOf(values);
@@ -91,7 +91,7 @@ TEST(ThreadsTest, EachGetsItsOwnEventsAndAllMessagesArrive) {
 }
 
 TEST(ThreadsTest, TheMonitorMayBeReplacedMeanwhile) {
-  const std::vector<PurchaseValues> values = purchases();
+  const std::vector<OraclePurchase> values = purchases();
   std::atomic<bool> isDone = false;
   std::thread replacing([&isDone] {
     while (!isDone) {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#import "stand_ins.h"
+#import "live_doubles.h"
 
 namespace qel::foundation {
 namespace {
@@ -133,7 +133,7 @@ TEST(InstantFromTest, NeverCutsASmallFractionToAWholeSecond) {
     EXPECT_EQ(instantFrom(dateAt(-1e-10)), (Instant{kReferenceDate - 1, 999999999}));
     EXPECT_EQ(instantFrom(dateAt(-1e-30)), (Instant{kReferenceDate - 1, 999999999}));
     const double nextAfterSecond = std::nextafter(574248413.0, 1e10);
-    EXPECT_NE(instantFrom(dateAt(nextAfterSecond))->nanoseconds, 0);
+    EXPECT_NE(instantFrom(dateAt(nextAfterSecond))->nanoseconds(), 0);
   }
 }
 
@@ -142,7 +142,7 @@ TEST(InstantFromTest, TakesATimeThatIsNotANumberForADateOfNoPurchase) {
   @autoreleasepool {
     const std::optional<Instant> instant = instantFrom(dateOfTime(std::nan("")));
     ASSERT_TRUE(instant.has_value());
-    EXPECT_NE(instant->nanoseconds, 0);
+    EXPECT_NE(instant->nanoseconds(), 0);
   }
 }
 

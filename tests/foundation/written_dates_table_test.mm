@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
+#import "live_doubles.h"
 #include "qel/date_formatter.h"
 #include "qel/rfc3339.h"
-#import "stand_ins.h"
 #include "value_conversion.h"
 
 namespace qel::testing {
@@ -60,7 +60,7 @@ std::vector<Row> tableRows() {
 // Returns `instant` as the table has it.
 std::string tableText(const std::optional<Instant>& instant) {
   if (!instant.has_value()) return kNoDate;
-  const std::chrono::sys_seconds time{std::chrono::seconds(instant->seconds)};
+  const std::chrono::sys_seconds time{std::chrono::seconds(instant->seconds())};
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
@@ -72,7 +72,7 @@ std::string tableText(const std::optional<Instant>& instant) {
                 static_cast<int>(clock.minutes().count()),
                 static_cast<int>(clock.seconds().count()));
   std::string result = text.data();
-  if (instant->nanoseconds != 0) result += " + " + std::to_string(instant->nanoseconds) + " ns";
+  if (instant->nanoseconds() != 0) result += " + " + std::to_string(instant->nanoseconds()) + " ns";
   return result;
 }
 
@@ -125,8 +125,7 @@ std::string randomDate(std::mt19937_64& random) {
   const auto below = [&random](auto count) { return random() % static_cast<std::uint64_t>(count); };
   const std::chrono::days days(below((kLast - kFirst).count()));
   std::string date = tableText(
-      Instant{.seconds = std::chrono::sys_seconds(kFirst + days).time_since_epoch().count() +
-                         static_cast<std::int64_t>(below(86400))});
+      Instant(std::chrono::sys_seconds(kFirst + days) + std::chrono::seconds(below(86400))));
   const std::uint64_t form = below(3);
   if (form == 0) return date;
   std::array<char, 16> zone;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the library. Builds and runs the example of the README against it, with CMake and with pkg-config, and
+# Installs the library. Builds and runs the examples against it, with CMake and with pkg-config, and
 # checks what find_package says if it cannot find what it is asked for.
 #
 #   package_test.sh BUILD_DIR SOURCE_DIR
@@ -43,10 +43,12 @@ sed -n '/^```cpp$/,/^```$/p' "$source/README.md" | sed '1d;$d' | diff - "$source
 cmake --install "$build" --prefix "$work/installed" >/dev/null
 
 # With CMake.
-cmake -S "$source/examples/embed" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" \
-  -DCMAKE_CXX_FLAGS="${CXXFLAGS:-}" ${CXX:+-DCMAKE_CXX_COMPILER="$CXX"} >/dev/null
-cmake --build "$work/build" >/dev/null
-"$work/build/embed" | diff "$here/embed.txt" -
+for example in embed live_records; do
+  cmake -S "$source/examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" \
+    -DCMAKE_CXX_FLAGS="${CXXFLAGS:-}" ${CXX:+-DCMAKE_CXX_COMPILER="$CXX"} >/dev/null
+  cmake --build "$work/$example" >/dev/null
+  "$work/$example/$example" | diff "$here/$example.txt" -
+done
 
 # With pkg-config. Archives bring along what they link, with --static and without.
 for static in "" --static; do

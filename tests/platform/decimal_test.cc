@@ -151,6 +151,8 @@ INSTANTIATE_TEST_SUITE_P(
         DoubleCase{"OfMoney", read("15.12") * integer(9) * integer(1000000), 136080000.0},
         DoubleCase{"OfASmallPrice", read("0.29") * integer(7) * integer(1000000), 2030000.0},
         DoubleCase{"ByZero", read("8.29") * integer(0), 0.0},
+        DoubleCase{"ByZeroOfTheGreatestExponent", read("1e127") * integer(0), 0.0},
+        DoubleCase{"ByZeroOfTheLeastExponent", read("1e-128") * integer(0), 0.0},
         DoubleCase{"OfPositiveAndNegative", read("2.5") * integer(-2), -5.0},
         DoubleCase{"OfNegativeAndPositive", read("-2.5") * integer(2), -5.0},
         DoubleCase{"OfTwoNegatives", read("-2.5") * integer(-2), 5.0},

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <ostream>
+#include <ranges>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "support/purchase_fixtures.h"
@@ -147,8 +149,111 @@ TEST(EventParametersTest, StepPastAnEntryGivesThatEntry) {
   parameters.setFlag(ParameterKey::kValue);
   EventParameters::Iterator entry = parameters.begin();
   EXPECT_EQ((*entry++).key, "price");
-  EXPECT_EQ((*entry).key, "value");
+  EXPECT_EQ(entry->key, "value");
   EXPECT_EQ(++entry, parameters.end());
+}
+
+// --- Keys of the owner ---
+
+// Two keys of the builder, and three others: before, between and after them.
+EventParameters withOtherKeys() {
+  EventParameters parameters;
+  parameters.set("value", QELValue::initWithInt64(1));
+  parameters.set("price", QELValue::initWithInt64(2));
+  parameters.set("store", QELValue::initWithString("de"));
+  parameters.set("zone", QELValue::initWithInt64(4));
+  parameters.set("Campaign", QELValue::initWithInt64(5));
+  return parameters;
+}
+
+TEST(EventParametersTest, KeyByTextIsTheSameKey) {
+  EventParameters parameters;
+  parameters.set("price", QELValue::initWithInt64(1));
+  parameters.set(ParameterKey::kPrice, QELValue::initWithInt64(2));
+  EXPECT_TRUE(isEvent(parameters, {{"price", 2}}));
+  EXPECT_EQ(parameters.find("price"), parameters.find(ParameterKey::kPrice));
+}
+
+TEST(EventParametersTest, HoldsKeysOfTheOwner) {
+  const EventParameters parameters = withOtherKeys();
+  EXPECT_TRUE(isEvent(parameters,
+                      {{"Campaign", 5}, {"price", 2}, {"store", "de"}, {"value", 1}, {"zone", 4}}));
+  EXPECT_EQ(parameters.size(), 5U);
+  EXPECT_TRUE(parameters.contains("store"));
+  EXPECT_FALSE(parameters.contains("Store"));
+  EXPECT_FALSE(parameters.contains("quantity"));
+  EXPECT_TRUE(parameters.contains(ParameterKey::kPrice));
+  EXPECT_FALSE(parameters.contains(ParameterKey::kQuantity));
+}
+
+TEST(EventParametersTest, IterationMergesAllKeysInOrder) {
+  const EventParameters parameters = withOtherKeys();
+  std::vector<std::string_view> keys;
+  for (const auto& [key, value] : parameters) keys.push_back(key);
+  EXPECT_EQ(keys, (std::vector<std::string_view>{"Campaign", "price", "store", "value", "zone"}));
+}
+
+TEST(EventParametersTest, OnlyOtherKeysAreIteratedToo) {
+  EventParameters parameters;
+  EXPECT_EQ(parameters.begin(), parameters.end());
+  parameters.set("zone", QELValue::initWithInt64(4));
+  EXPECT_FALSE(parameters.empty());
+  EXPECT_EQ(parameters.begin()->key, "zone");
+  EXPECT_EQ(++parameters.begin(), parameters.end());
+}
+
+TEST(EventParametersTest, OtherKeysAreReplacedNotByNull) {
+  EventParameters parameters;
+  parameters.set("store", QELValue::initWithString("de"));
+  parameters.set("store", QELValue::initWithString("fr"));
+  parameters.set("store", nullptr);
+  parameters.set("empty", nullptr);
+  EXPECT_TRUE(isEvent(parameters, {{"store", "fr"}}));
+}
+
+TEST(EventParametersTest, ErasesKeysThatAreThere) {
+  EventParameters parameters = withOtherKeys();
+  EXPECT_TRUE(parameters.erase("store"));
+  EXPECT_FALSE(parameters.erase("store"));
+  EXPECT_TRUE(parameters.erase("price"));
+  EXPECT_TRUE(parameters.erase(ParameterKey::kValue));
+  EXPECT_FALSE(parameters.erase(ParameterKey::kValue));
+  EXPECT_TRUE(isEvent(parameters, {{"Campaign", 5}, {"zone", 4}}));
+}
+
+TEST(EventParametersTest, MergesOtherKeys) {
+  EventParameters parameters = withOtherKeys();
+  EventParameters other;
+  other.set("zone", QELValue::initWithInt64(6));
+  other.set("tag", QELValue::initWithInt64(7));
+  parameters.merge(other);
+  EXPECT_EQ(parameters.size(), 6U);
+  EXPECT_EQ(parameters.find("zone")->int64Value(), 6);
+  EXPECT_EQ(parameters.find("tag")->int64Value(), 7);
+}
+
+TEST(EventParametersTest, EqualityIsThatOfKeysAndValues) {
+  EXPECT_EQ(withOtherKeys(), withOtherKeys());
+  EXPECT_EQ(EventParameters(), EventParameters());
+  EXPECT_NE(withOtherKeys(), EventParameters());
+  EventParameters otherValue = withOtherKeys();
+  otherValue.set("zone", QELValue::initWithInt64(6));
+  EXPECT_NE(otherValue, withOtherKeys());
+  EventParameters otherKey = withOtherKeys();
+  otherKey.erase("zone");
+  otherKey.set("zones", QELValue::initWithInt64(4));
+  EXPECT_NE(otherKey, withOtherKeys());
+}
+
+static_assert(std::ranges::forward_range<EventParameters>);
+
+TEST(EventParametersTest, IsARangeForViewsAndAlgorithms) {
+  const EventParameters parameters = withOtherKeys();
+  const auto isText = [](const EventParameters::Entry& entry) {
+    return entry.value.stringValue().has_value();
+  };
+  EXPECT_EQ(std::ranges::count_if(parameters, isText), 1);
+  for (const auto& entry : parameters | std::views::filter(isText)) EXPECT_EQ(entry.key, "store");
 }
 
 }  // namespace

@@ -202,14 +202,5 @@ TEST(DateFormatterTest, ReadsNothingInAnAbsentText) {
   EXPECT_EQ(formatter.dateFromString(std::nullopt), std::nullopt);
 }
 
-// --- Instants ---
-
-TEST(InstantTest, FractionsOfASecondCount) {
-  EXPECT_NE((Instant{7, 0}), (Instant{7, 1}));
-  EXPECT_LT((Instant{7, 999999999}), (Instant{8, 0}));
-  EXPECT_LT((Instant{-1, 999999999}), (Instant{0, 0}));
-  EXPECT_LT((Instant{7, 1}), (Instant{7, 2}));
-}
-
 }  // namespace
 }  // namespace qel::testing

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "support/purchase_fixtures.h"
 
@@ -33,6 +35,51 @@ TEST(TextTest, EqualityIsThatOfTheBytes) {
   EXPECT_FALSE(isEqual("coins", "coin"));
   EXPECT_FALSE(isEqual("caf\xC3\xA9", "cafe\xCC\x81"));
   EXPECT_FALSE(isEqual(std::string_view("a\0b", 3), std::string_view("a\0c", 3)));
+}
+
+// --- Views of texts that may be absent ---
+
+TEST(OptionalTextTest, NullPointerIsAbsent) {
+  const char* const null = nullptr;
+  EXPECT_FALSE(OptionalText(null).has_value());
+  EXPECT_FALSE(OptionalText().has_value());
+  EXPECT_FALSE(OptionalText(std::nullopt).has_value());
+}
+
+TEST(OptionalTextTest, ViewsTextsOfEveryKind) {
+  const std::string text = "coins";
+  const std::optional<std::string> present = text;
+  const OptionalText views[] = {"coins", std::string_view("coins"), text, present,
+                                std::optional<std::string_view>("coins")};
+  for (const OptionalText& view : views) {
+    ASSERT_TRUE(view);
+    EXPECT_EQ(*view, "coins");
+    EXPECT_EQ(view->size(), 5U);
+    EXPECT_EQ(view.value_or("other"), "coins");
+  }
+  EXPECT_EQ(OptionalText(text)->data(), text.data());
+  EXPECT_EQ(OptionalText(present)->data(), present->data());
+}
+
+TEST(OptionalTextTest, AbsentTextHasNoValue) {
+  const std::optional<std::string> absent;
+  EXPECT_FALSE(OptionalText(absent));
+  EXPECT_FALSE(OptionalText(std::optional<std::string_view>()));
+  EXPECT_EQ(OptionalText(absent).value_or("other"), "other");
+}
+
+TEST(OptionalTextTest, AbsentTextsAreEqualToEachOtherOnly) {
+  const OptionalText absent;
+  EXPECT_EQ(absent, OptionalText());
+  EXPECT_EQ(absent, std::nullopt);
+  EXPECT_EQ(absent, std::optional<std::string>());
+  EXPECT_EQ(std::optional<std::string_view>(), absent);
+  EXPECT_NE(absent, "");
+  EXPECT_NE(absent, std::optional<std::string>(""));
+  EXPECT_EQ(OptionalText("a"), "a");
+  EXPECT_EQ(OptionalText("a"), std::optional<std::string>("a"));
+  EXPECT_EQ(std::optional<std::string_view>("a"), OptionalText("a"));
+  EXPECT_NE(OptionalText("a"), std::optional<std::string_view>("b"));
 }
 
 // --- Encoding ---

@@ -32,8 +32,8 @@ constexpr UBool kStrict = 0;
 std::optional<std::int64_t> componentSeconds(std::string_view text) {
   const std::optional<Instant> instant = DateFormatter().dateFromString(text);
   if (!instant.has_value()) return std::nullopt;
-  EXPECT_EQ(instant->nanoseconds, 0) << text;
-  return instant->seconds;
+  EXPECT_EQ(instant->nanoseconds(), 0) << text;
+  return instant->seconds();
 }
 
 // Expects that the component reads `text` as the oracle does, std::nullopt included.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <map>
 #include <tuple>
 #include <utility>
 
@@ -22,8 +23,9 @@ bool areSame(const OracleText& left, const OracleText& right) {
 template <typename Argument, typename Result>
 class Memo {
  public:
-  template <typename Function>
-  const Result& operator()(const Argument& argument, const Function& function) {
+  // `argument` is an Argument or, so that a lookup copies nothing, a tuple of references.
+  template <typename Reference, typename Function>
+  const Result& operator()(const Reference& argument, const Function& function) {
     if (results_.size() >= kCapacity) results_.clear();
     auto place = results_.find(argument);
     if (place == results_.end()) place = results_.emplace(argument, function()).first;
@@ -32,7 +34,7 @@ class Memo {
 
  private:
   static constexpr std::size_t kCapacity = 1000;
-  std::map<Argument, Result> results_;
+  std::map<Argument, Result, std::less<>> results_;
 };
 
 std::optional<std::int64_t> secondsOf(const OracleEntry& entry) {
@@ -43,7 +45,7 @@ std::optional<std::int64_t> secondsOf(const OracleEntry& entry) {
 
 std::int64_t dedupeIdOf(const OracleEntry& entry, const OracleText& webOrder) {
   thread_local Memo<std::tuple<OracleText, OracleText, OracleText>, std::int64_t> memo;
-  return memo({entry.originalId, webOrder, entry.productId}, [&] {
+  return memo(std::tie(entry.originalId, webOrder, entry.productId), [&] {
     return static_cast<std::int64_t>(oracleDedupeId(entry.originalId, webOrder, entry.productId));
   });
 }
@@ -54,7 +56,7 @@ std::int64_t micros(const OracleReading& price, std::int64_t quantity) {
   }
   const OracleDecimal& number = price.number;
   thread_local Memo<std::tuple<bool, mpz_class, std::int64_t, std::int64_t>, std::int64_t> memo;
-  return memo({number.isNegative, number.coefficient, number.exponent, quantity}, [&] {
+  return memo(std::tie(number.isNegative, number.coefficient, number.exponent, quantity), [&] {
     return number.times(OracleDecimal::ofInteger(quantity))
         .times(OracleDecimal::ofInteger(1000000))
         .truncatedNearestDouble();
@@ -66,15 +68,22 @@ class EventOracle {
  public:
   explicit EventOracle(const OraclePurchase& purchase)
       : purchase_(purchase), product_(*purchase.product), transaction_(*purchase.transaction) {
-    // A row for each date keeps the receipt's order within a date; absent comes first.
-    std::map<std::optional<std::int64_t>, std::vector<const OracleEntry*>> rows;
+    // Absent dates come first. Entries of one date keep their order in the receipt, which is the
+    // order of their addresses.
+    std::vector<std::pair<std::optional<std::int64_t>, const OracleEntry*>> dated;
+    dated.reserve(purchase.receipt.size());
     for (const OracleEntry& entry : purchase.receipt) {
-      if (areSame(entry.productId, product_.identifier)) rows[secondsOf(entry)].push_back(&entry);
+      if (areSame(entry.productId, product_.identifier))
+        dated.emplace_back(secondsOf(entry), &entry);
     }
-    for (const auto& [date, row] : rows) entries_.insert(entries_.end(), row.begin(), row.end());
-    if (transaction_.date.has_value() && transaction_.date->nanoseconds == 0) {
-      atDate_ = rows[transaction_.date->seconds];
+    std::sort(dated.begin(), dated.end());
+    const bool isWholeSecond = transaction_.date.has_value() && transaction_.date->nanoseconds == 0;
+    entries_.reserve(dated.size());
+    for (const auto& [date, entry] : dated) {
+      entries_.push_back(entry);
+      if (isWholeSecond && date == transaction_.date->seconds) atDate_.push_back(entry);
     }
+    event_.reserve(kKeys);
   }
 
   OracleOutcome outcome() {
@@ -84,9 +93,9 @@ class EventOracle {
     classify();
     setDiscount();
     for (const char* const key : {"price", "value", "currency", "product_id"}) {
-      if (!event_.contains(key)) return {std::nullopt, messages_};
+      if (!event_.contains(key)) return {std::nullopt, std::move(messages_)};
     }
-    return {event_, messages_};
+    return {std::move(event_), std::move(messages_)};
   }
 
  private:
@@ -193,7 +202,8 @@ class EventOracle {
     const bool isPriced = hasOffer && !isTrialOffer && product_.offer->price.has_value();
     if (!isTrial && !isTrialOffer && !isPriced) return;
 
-    if (event_.contains("price")) event_["original_price"] = event_["price"];
+    const auto fullPrice = event_.find("price");
+    if (fullPrice != event_.end()) event_.emplace("original_price", OracleValue(fullPrice->second));
     if (isTrial || isTrialOffer) {
       flag("price_is_discounted");
       event_["price"] = std::int64_t{0};
@@ -205,6 +215,8 @@ class EventOracle {
       event_["value"] = micros(*product_.offer->price, quantity_);
     }
   }
+
+  static constexpr std::size_t kKeys = 14;
 
   const OraclePurchase& purchase_;
   const OracleProduct& product_;

@@ -4,8 +4,8 @@
 #ifndef QEL_TESTS_REFERENCE_EVENT_ORACLE_H_
 #define QEL_TESTS_REFERENCE_EVENT_ORACLE_H_
 
+#include <boost/container/flat_map.hpp>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -92,7 +92,7 @@ struct OracleMessage {
 };
 
 // The keys are literals.
-using OracleEvent = std::map<std::string_view, OracleValue>;
+using OracleEvent = boost::container::flat_map<std::string_view, OracleValue>;
 
 struct OracleOutcome {
   std::optional<OracleEvent> event;

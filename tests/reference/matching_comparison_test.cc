@@ -36,7 +36,7 @@ struct Question {
 void showValue(const Question& question, std::ostream& out) {
   out << "identifier " << question.productIdentifier.value_or("(absent)") << ", date ";
   if (question.date.has_value()) {
-    out << question.date->seconds << "s " << question.date->nanoseconds << "ns";
+    out << question.date->seconds() << "s " << question.date->nanoseconds() << "ns";
   } else {
     out << "(absent)";
   }
@@ -126,8 +126,8 @@ bool isOfProduct(const QELInAppPurchaseItem& entry, const Question& question) {
 
 bool isAtDate(const QELInAppPurchaseItem& entry, const Question& question) {
   const std::optional<std::int64_t> seconds = secondsOf(entry);
-  return seconds.has_value() && question.date.has_value() && question.date->seconds == *seconds &&
-         question.date->nanoseconds == 0;
+  return seconds.has_value() && question.date.has_value() && question.date->seconds() == *seconds &&
+         question.date->nanoseconds() == 0;
 }
 
 bool isTaken(const QELInAppPurchaseItem& entry, const Question& question) {

@@ -22,7 +22,7 @@ class BaseParametersTest : public ::testing::Test {
 
 TEST_F(BaseParametersTest, MissingProductIsRejected) {
   EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-      nullptr, &purchase.transaction, listOf(purchase.receipt))));
+      nullptr, &purchase.transactionRecord, listOf(purchase.receipt))));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40026)}));
   EXPECT_EQ(purchase.asked, Asked());
 }
@@ -34,14 +34,14 @@ TEST_F(BaseParametersTest, MissingProductIsRejectedBeforeAMissingTransaction) {
 }
 
 TEST_F(BaseParametersTest, EmptyProductIdentifierIsRejectedBeforeAMissingTransaction) {
-  purchase.product.theProductIdentifier = "";
+  purchase.product.productIdentifier = "";
   EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-      &purchase.product, nullptr, listOf(purchase.receipt))));
+      &purchase.productRecord, nullptr, listOf(purchase.receipt))));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
 }
 
 TEST_F(BaseParametersTest, AbsentProductIdentifierIsRejectedWithNothingElseAsked) {
-  purchase.product.theProductIdentifier = std::nullopt;
+  purchase.product.productIdentifier = std::nullopt;
   EXPECT_TRUE(isNothing(purchase.event()));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40027)}));
   EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
@@ -49,94 +49,73 @@ TEST_F(BaseParametersTest, AbsentProductIdentifierIsRejectedWithNothingElseAsked
 
 TEST_F(BaseParametersTest, MissingTransactionIsRejectedBeforeAnythingIsBuilt) {
   EXPECT_TRUE(isNothing(QELInAppPurchaseEventParametersFromProductAndTransactionV2(
-      &purchase.product, nullptr, listOf(purchase.receipt))));
+      &purchase.productRecord, nullptr, listOf(purchase.receipt))));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40028)}));
   EXPECT_EQ(purchase.asked, Asked({"product.productIdentifier"}));
 }
 
 TEST_F(BaseParametersTest, EmptyReceiptIsNoRejectionButAnInvalidEvent) {
   purchase.receipt = {};
-  EXPECT_TRUE(isEvent(purchase.event(), {{"currency", "USD"},
-                                         {"invalid", 1},
-                                         {"price", 990000},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", 3},
-                                         {"value", 2970000}}));
+  EXPECT_TRUE(isEvent(purchase.event(), coinsEvent({{"invalid", 1}})));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40020, {"coins"})}));
 }
 
 // --- Base parameters ---
 
-TEST_F(BaseParametersTest, ConsumableCarriesAllBaseParametersAndItsIdentifier) {
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", "USD"},
-                                         {"price", 990000},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", 3},
-                                         {"value", 2970000}}));
-  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
-}
-
 TEST_F(BaseParametersTest, AbsentTitleLeavesTheNameOut) {
-  purchase.product.theLocalizedTitle = std::nullopt;
+  purchase.product.localizedTitle = std::nullopt;
   EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
                                          {"currency", "USD"},
                                          {"price", 990000},
                                          {"product_id", "coins"},
                                          {"quantity", 3},
                                          {"value", 2970000}}));
+}
+
+struct BaseParametersCase {
+  const char* name;
+  void (*change)(Purchase&);
+  Event changed;
+  friend std::ostream& operator<<(std::ostream& out, const BaseParametersCase& c) {
+    return out << c.name;
+  }
+};
+
+class ChangedBaseParametersTest : public BaseParametersTest,
+                                  public ::testing::WithParamInterface<BaseParametersCase> {};
+
+TEST_P(ChangedBaseParametersTest, AreThoseOfTheRecords) {
+  GetParam().change(purchase);
+  Event expected = GetParam().changed;
+  expected["_did"] = kDedupeIdOf1coins;
+  EXPECT_TRUE(isEvent(purchase.event(), coinsEvent(expected)));
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
 }
 
-TEST_F(BaseParametersTest, EmptyTitleAndEmptyCurrencyCodeAreValues) {
-  purchase.product.theLocalizedTitle = "";
-  purchase.product.theCurrencyCode = "";
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", ""},
-                                         {"price", 990000},
-                                         {"product_id", "coins"},
-                                         {"product_name", ""},
-                                         {"quantity", 3},
-                                         {"value", 2970000}}));
-  EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021)}));
-}
+constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 
-TEST_F(BaseParametersTest, PriceOfZeroIsAPrice) {
-  purchase.product.thePrice = Decimal();
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", "USD"},
-                                         {"price", 0},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", 3},
-                                         {"value", 0}}));
-}
-
-TEST_F(BaseParametersTest, NegativeQuantityCounts) {
-  purchase.payment.theQuantity = -4;
-  purchase.product.thePrice = decimal("0.5");
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", "USD"},
-                                         {"price", 500000},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", -4},
-                                         {"value", -2000000}}));
-}
-
-TEST_F(BaseParametersTest, PriceThatIsNotANumberGivesTheLeastAmount) {
-  purchase.product.thePrice = Decimal::notANumber();
-  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", "USD"},
-                                         {"price", kLeast},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", 3},
-                                         {"value", kLeast}}));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Records, ChangedBaseParametersTest,
+    ::testing::Values(
+        BaseParametersCase{"Consumable", [](Purchase&) {}, {}},
+        BaseParametersCase{"EmptyTitleIsAValue",
+                           [](Purchase& purchase) { purchase.product.localizedTitle = ""; },
+                           {{"product_name", ""}}},
+        BaseParametersCase{
+            "EmptyCurrencyCodeIsAValue",
+            [](Purchase& purchase) { purchase.product.priceLocaleCurrencyCode = ""; },
+            {{"currency", ""}}},
+        BaseParametersCase{"PriceOfZeroIsAPrice",
+                           [](Purchase& purchase) { purchase.product.price = Decimal(); },
+                           {{"price", 0}, {"value", 0}}},
+        BaseParametersCase{"NegativeQuantityCounts",
+                           [](Purchase& purchase) { purchase.transaction.quantity = -4; },
+                           {{"quantity", -4}, {"value", -3960000}}},
+        BaseParametersCase{
+            "NotANumberGivesTheLeastAmount",
+            [](Purchase& purchase) { purchase.product.price = Decimal::notANumber(); },
+            {{"price", kLeast}, {"value", kLeast}}}),
+    nameOfCase<BaseParametersCase>);
 
 // Both amounts are products of the price as it is: `echo '15.12*9*1000000' | bc` gives
 // 136080000.00.
@@ -153,15 +132,12 @@ class EventAmountTest : public BaseParametersTest,
                         public ::testing::WithParamInterface<AmountCase> {};
 
 TEST_P(EventAmountTest, IsTheExactProductTruncatedTowardZero) {
-  purchase.product.thePrice = decimal(GetParam().price);
-  purchase.payment.theQuantity = GetParam().quantity;
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", kDedupeIdOf1coins},
-                                         {"currency", "USD"},
-                                         {"price", GetParam().priceInMicros},
-                                         {"product_id", "coins"},
-                                         {"product_name", "Coins"},
-                                         {"quantity", GetParam().quantity},
-                                         {"value", GetParam().value}}));
+  purchase.product.price = decimal(GetParam().price);
+  purchase.transaction.quantity = GetParam().quantity;
+  EXPECT_TRUE(isEvent(purchase.event(), coinsEvent({{"_did", kDedupeIdOf1coins},
+                                                    {"price", GetParam().priceInMicros},
+                                                    {"quantity", GetParam().quantity},
+                                                    {"value", GetParam().value}})));
 }
 
 // In each case a product of doubles falls short of the value by 1; at 8.29, of the price too.

@@ -54,14 +54,7 @@ TEST(ConcurrencyTest, PurchasesAreReportedWhileTheMonitorComesAndGoes) {
   const auto report = [&](int& soundCount) {
     Purchase purchase;
     makeMonthly(purchase, {firstMonth()});
-    const Event expected = {{"_did", kDedupeIdOf100077monthly},
-                            {"currency", "EUR"},
-                            {"price", 4990000},
-                            {"product_id", "monthly"},
-                            {"product_name", "Monthly"},
-                            {"quantity", 1},
-                            {"subscription", 1},
-                            {"value", 4990000}};
+    const Event expected = monthlyEvent({{"_did", kDedupeIdOf100077monthly}, {"subscription", 1}});
     for (int i = 0; i < kPurchasesEach; ++i) {
       const std::optional<EventParameters> event = purchase.event();
       if (event.has_value() && eventOf(*event) == expected) ++soundCount;

@@ -2,71 +2,84 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <map>
 #include <memory>
-#include <ostream>
-#include <set>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <string_view>
 
+#include "reference/message_texts.h"
 #include "support/purchase_fixtures.h"
 
 namespace qel::testing {
 namespace {
 
-// The text of each code is in messageTexts().
-struct MessageCase {
-  const char* name;
-  DiagnosticMessage message;
-  int code;
-  friend std::ostream& operator<<(std::ostream& out, const MessageCase& c) { return out << c.name; }
-};
+// The first and the last number that a code can have.
+constexpr int kFirstNumber = 40000;
+constexpr int kLastNumber = 40099;
 
-const MessageCase kMessages[] = {
-    {"EmptyTransactionId", message::kEmptyTransactionId, 40003},
-    {"RestoredNonConsumable", message::kRestoredNonConsumable, 40005},
-    {"MismatchedTransactionIds", message::kMismatchedTransactionIds, 40007},
-    {"AutoRenewable", message::kAutoRenewable, 40008},
-    {"FreeTrial", message::kFreeTrial, 40009},
-    {"AutoRenewableRenewal", message::kAutoRenewableRenewal, 40010},
-    {"RepurchasedFreeTrial", message::kRepurchasedFreeTrial, 40011},
-    {"IntroductoryOffer", message::kIntroductoryOffer, 40018},
-    {"MissingInReceipt", message::kMissingInReceipt, 40020},
-    {"Consumable", message::kConsumable, 40021},
-    {"NonConsumable", message::kNonConsumable, 40022},
-    {"SubscriptionMissingInReceipt", message::kSubscriptionMissingInReceipt, 40023},
-    {"DuplicateTransactionDate", message::kDuplicateTransactionDate, 40024},
-    {"NonRenewingSubscription", message::kNonRenewingSubscription, 40025},
-    {"NilProduct", message::kNilProduct, 40026},
-    {"EmptyProductId", message::kEmptyProductId, 40027},
-    {"NilTransaction", message::kNilTransaction, 40028},
-};
-
-class MessageTest : public ::testing::TestWithParam<MessageCase> {};
-
-TEST_P(MessageTest, HasItsCodeAndText) {
-  EXPECT_EQ(GetParam().message.code, GetParam().code);
-  EXPECT_EQ(GetParam().message.text, messageTexts().at(GetParam().code));
+TEST(DiagnosticsTest, EveryCodeHasItsMessage) {
+  std::map<int, std::string> messages;
+  for (int number = kFirstNumber; number <= kLastNumber; ++number) {
+    const std::string_view message = messageOf(static_cast<DiagnosticCode>(number));
+    if (!message.empty()) messages.emplace(number, message);
+  }
+  EXPECT_EQ(messages, messageTexts());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageTest, ::testing::ValuesIn(kMessages), nameOfCase<MessageCase>);
+TEST(DiagnosticsTest, CodesCompareWithTheNumbersOfAMonitor) {
+  EXPECT_TRUE(DiagnosticCode::kFreeTrial == 40009);
+  EXPECT_TRUE(40009 == DiagnosticCode::kFreeTrial);
+  EXPECT_FALSE(DiagnosticCode::kFreeTrial == 40010);
+}
 
-TEST(DiagnosticsTest, SeventeenCodesAreUnique) {
-  std::set<int> codes;
-  for (const MessageCase& each : kMessages) codes.insert(each.message.code);
-  EXPECT_EQ(codes.size(), 17U);
-  EXPECT_EQ(messageTexts().size(), 17U);
+std::string contentsOf(const std::string& path) {
+  std::ifstream file(std::string(QEL_SOURCE_DIR "/") + path);
+  std::ostringstream contents;
+  contents << file.rdbuf();
+  return contents.str();
+}
+
+// Returns the name of each code in the public header.
+std::map<int, std::string> namesInHeader() {
+  const std::string header = contentsOf("include/qel/diagnostic_codes.h");
+  const std::regex enumerator(R"(\n  (k\w+) = (\d+),)");
+  std::map<int, std::string> names;
+  for (std::sregex_iterator match(header.begin(), header.end(), enumerator), end; match != end;
+       ++match) {
+    names.emplace(std::stoi(match->str(2)), match->str(1));
+  }
+  return names;
+}
+
+// The page has one section for each code: a heading with its number and message, then its name.
+TEST(DiagnosticsPageTest, HasTheNumberMessageAndNameOfEachCode) {
+  const std::string page = contentsOf("docs/diagnostics.md");
+  const std::regex section(R"(\n## (\d+) (.+)\n\n`DiagnosticCode::(\w+)`\n)");
+  std::map<int, std::string> messages;
+  std::map<int, std::string> names;
+  for (std::sregex_iterator match(page.begin(), page.end(), section), end; match != end; ++match) {
+    messages.emplace(std::stoi(match->str(1)), match->str(2));
+    names.emplace(std::stoi(match->str(1)), match->str(3));
+  }
+  EXPECT_EQ(messages, messageTexts());
+  EXPECT_EQ(names, namesInHeader());
 }
 
 TEST(DiagnosticsTest, MessagesAreLoggedAtLevelEightWithTheirContexts) {
   const ScopedRecordingMonitor monitor;
-  log(message::kConsumable);
-  log(message::kMissingInReceipt, std::string_view("coins"));
-  log(message::kDuplicateTransactionDate, std::string_view("monthly"), std::uint64_t{3});
+  log(DiagnosticCode::kConsumable);
+  log(DiagnosticCode::kMissingInReceipt, std::string_view("coins"));
+  log(DiagnosticCode::kDuplicateTransactionDate, std::string_view("monthly"), std::uint64_t{3});
   EXPECT_TRUE(hasLogged(monitor->diagnostics(), {logged(40021), logged(40020, {"coins"}),
                                                  logged(40024, {"monthly", std::uint64_t{3}})}));
 }
 
 TEST(DiagnosticsTest, WithoutAMonitorNothingHappens) {
   QELMeasurement::setMonitor(nullptr);
-  log(message::kConsumable);
+  log(DiagnosticCode::kConsumable);
   EXPECT_EQ(QELMeasurement::monitor(), nullptr);
 }
 
@@ -86,7 +99,7 @@ class SelfReplacingMonitor : public RecordingMonitor {
   std::shared_ptr<DiagnosticsMonitor> next_;
 };
 
-// The free trial is told of in two messages: 40009, then 40010.
+// A free trial logs two messages: 40009, then 40010.
 TEST(DiagnosticsTest, MonitorIsAskedForAgainForEachMessage) {
   const auto second = std::make_shared<RecordingMonitor>();
   const auto first = std::make_shared<SelfReplacingMonitor>(second);

@@ -16,13 +16,7 @@ constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 // to each test.
 class DiscountParametersTest : public ::testing::Test {
  protected:
-  DiscountParametersTest() {
-    validated.set(ParameterKey::kPrice, price);
-    offer.thePrice = decimal("1.99");
-    product.theIntroductoryPrice = &offer;
-    payment.theQuantity = 2;
-    transaction.thePayment = &payment;
-  }
+  DiscountParametersTest() { validated.set(ParameterKey::kPrice, price); }
 
   void setDiscounted(std::int64_t value) {
     validated.set(ParameterKey::kPriceIsDiscounted, QELValue::initWithInt64(value));
@@ -38,18 +32,20 @@ class DiscountParametersTest : public ::testing::Test {
   }
 
   std::optional<EventParameters> discount(std::int64_t multiplier = 1000000) const {
-    return QELDiscountParameters(validated, product, transaction, multiplier);
+    return QELDiscountParameters(validated, productRecord, transactionRecord, multiplier);
   }
 
   // The same result whether the receipt or the offer says that nothing was charged.
   const Event kFreeTrialResult = {
       {"original_price", 4990000}, {"price", 0}, {"price_is_discounted", 1}, {"value", 0}};
 
+  PlainProduct product = {.introductoryPrice = PlainDiscount{decimal("1.99")}};
+  PlainTransaction transaction = {.quantity = 2};
   Asked asked;
-  FakeProduct product = FakeProduct(&asked);
-  FakeDiscount offer = FakeDiscount(&asked);
-  FakePayment payment = FakePayment(&asked);
-  FakeTransaction transaction = FakeTransaction(&asked);
+  const PlainProductRecord plainProductRecord = PlainProductRecord(product);
+  const PlainTransactionRecord plainTransactionRecord = PlainTransactionRecord(transaction);
+  const LoggedProduct productRecord = LoggedProduct(plainProductRecord, asked);
+  const LoggedTransaction transactionRecord = LoggedTransaction(plainTransactionRecord, asked);
   const QELValuePtr price = QELValue::initWithInt64(4990000);
   EventParameters validated;
 };
@@ -57,7 +53,8 @@ class DiscountParametersTest : public ::testing::Test {
 // --- Nothing to add ---
 
 TEST_F(DiscountParametersTest, AbsentParametersGiveNothing) {
-  EXPECT_TRUE(isNothing(QELDiscountParameters(std::nullopt, product, transaction, 1000000)));
+  EXPECT_TRUE(
+      isNothing(QELDiscountParameters(std::nullopt, productRecord, transactionRecord, 1000000)));
   EXPECT_EQ(asked, Asked());
 }
 
@@ -156,7 +153,7 @@ TEST_F(DiscountParametersTest, ValidatedParametersAreNotChanged) {
 
 TEST_F(DiscountParametersTest, OfferOfPaymentModeTwoIsAFreeTrialAndItsPriceIsNotRead) {
   setDiscounted(1);
-  offer.thePaymentMode = 2;
+  product.introductoryPrice->paymentMode = 2;
   EXPECT_TRUE(isEvent(discount(), kFreeTrialResult));
   EXPECT_EQ(asked, Asked({"product.hasDiscountClass", "product.discountsAnswerPrice",
                           "product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
@@ -166,8 +163,8 @@ TEST_F(DiscountParametersTest, OfferOfPaymentModeTwoIsAFreeTrialAndItsPriceIsNot
 TEST_F(DiscountParametersTest, OfferOfPaymentModeTwoNeedsNoPriceAnywhere) {
   setDiscounted(1);
   removePrice();
-  offer.thePrice = std::nullopt;
-  offer.thePaymentMode = 2;
+  product.introductoryPrice->price = std::nullopt;
+  product.introductoryPrice->paymentMode = 2;
   EXPECT_TRUE(isEvent(discount(), {{"price", 0}, {"price_is_discounted", 1}, {"value", 0}}));
 }
 
@@ -184,7 +181,7 @@ class PricedPaymentModeTest : public DiscountParametersTest,
 
 TEST_P(PricedPaymentModeTest, ChargesTheOffersPriceAndDoesNotRepeatTheFlag) {
   setDiscounted(1);
-  offer.thePaymentMode = GetParam().paymentMode;
+  product.introductoryPrice->paymentMode = GetParam().paymentMode;
   EXPECT_TRUE(
       isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", 3980000}}));
 }
@@ -208,7 +205,7 @@ TEST_F(DiscountParametersTest, PricedOfferIsAskedInOrderAndTheQuantityReadOnce) 
 
 TEST_F(DiscountParametersTest, OriginalPriceOfAnOfferOfPaymentModeTwoIsTheVeryObjectUnderPrice) {
   setDiscounted(1);
-  offer.thePaymentMode = 2;
+  product.introductoryPrice->paymentMode = 2;
   const std::optional<EventParameters> result = discount();
   ASSERT_TRUE(result.has_value());
   EXPECT_EQ(result->find(ParameterKey::kOriginalPrice), price);
@@ -229,13 +226,13 @@ TEST_F(DiscountParametersTest, PricedOfferOfAProductWithoutAPriceHasNoOriginalPr
 
 TEST_F(DiscountParametersTest, OfferWithoutAPriceGivesNothing) {
   setDiscounted(1);
-  offer.thePrice = std::nullopt;
+  product.introductoryPrice->price = std::nullopt;
   EXPECT_TRUE(isNothing(discount()));
 }
 
 TEST_F(DiscountParametersTest, ProductWithoutAnOfferGivesNothing) {
   setDiscounted(1);
-  product.theIntroductoryPrice = nullptr;
+  product.introductoryPrice = std::nullopt;
   EXPECT_TRUE(isNothing(discount()));
   EXPECT_EQ(asked, Asked({"product.hasDiscountClass", "product.discountsAnswerPrice",
                           "product.discountsAnswerPaymentMode", "product.answersIntroductoryPrice",
@@ -244,39 +241,39 @@ TEST_F(DiscountParametersTest, ProductWithoutAnOfferGivesNothing) {
 
 TEST_F(DiscountParametersTest, OfferAtZeroIsAPrice) {
   setDiscounted(1);
-  offer.thePrice = Decimal();
+  product.introductoryPrice->price = Decimal();
   EXPECT_TRUE(isEvent(discount(), {{"original_price", 4990000}, {"price", 0}, {"value", 0}}));
 }
 
 TEST_F(DiscountParametersTest, QuantityOfZeroLeavesTheValueOut) {
   setDiscounted(1);
-  payment.theQuantity = 0;
+  transaction.quantity = 0;
   EXPECT_TRUE(isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}}));
 }
 
 TEST_F(DiscountParametersTest, QuantityOfZeroWithoutAPriceLeavesTheOffersPriceAlone) {
   setDiscounted(1);
   removePrice();
-  payment.theQuantity = 0;
+  transaction.quantity = 0;
   EXPECT_TRUE(isEvent(discount(), {{"price", 1990000}}));
 }
 
 TEST_F(DiscountParametersTest, MissingPaymentReadsAQuantityOfZero) {
   setDiscounted(1);
-  transaction.thePayment = nullptr;
+  transaction.quantity = std::nullopt;
   EXPECT_TRUE(isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}}));
 }
 
 TEST_F(DiscountParametersTest, NegativeQuantityCounts) {
   setDiscounted(1);
-  payment.theQuantity = -3;
+  transaction.quantity = -3;
   EXPECT_TRUE(
       isEvent(discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", -5970000}}));
 }
 
 TEST_F(DiscountParametersTest, QuantityOfMoreThan32BitsIsNotCut) {
   setDiscounted(1);
-  payment.theQuantity = std::int64_t{1} << 32;
+  transaction.quantity = std::int64_t{1} << 32;
   EXPECT_TRUE(isEvent(
       discount(), {{"original_price", 4990000}, {"price", 1990000}, {"value", 8546984919040000}}));
 }
@@ -291,7 +288,7 @@ TEST_F(DiscountParametersTest, PriceUsesTheMultiplierThatTheBuilderRead) {
 
 struct AvailabilityCase {
   const char* name;
-  bool FakeProduct::*answer;
+  bool PlainProduct::*answer;
   // How many of the four questions are asked until the first no.
   std::ptrdiff_t questions;
   friend std::ostream& operator<<(std::ostream& out, const AvailabilityCase& c) {
@@ -323,10 +320,12 @@ TEST_P(UnavailableOfferTest, DoesNotMatterToAFreeTrial) {
 INSTANTIATE_TEST_SUITE_P(
     Answers, UnavailableOfferTest,
     ::testing::Values(
-        AvailabilityCase{"PlatformWithoutTheClass", &FakeProduct::platformHasDiscountClass, 1},
-        AvailabilityCase{"DiscountsWithoutPrice", &FakeProduct::discountsHavePrice, 2},
-        AvailabilityCase{"DiscountsWithoutPaymentMode", &FakeProduct::discountsHavePaymentMode, 3},
-        AvailabilityCase{"ProductWithoutIntroductoryPrice", &FakeProduct::hasIntroductoryPrice, 4}),
+        AvailabilityCase{"PlatformWithoutTheClass", &PlainProduct::hasDiscountClass, 1},
+        AvailabilityCase{"DiscountsWithoutPrice", &PlainProduct::discountsAnswerPrice, 2},
+        AvailabilityCase{"DiscountsWithoutPaymentMode", &PlainProduct::discountsAnswerPaymentMode,
+                         3},
+        AvailabilityCase{"ProductWithoutIntroductoryPrice", &PlainProduct::answersIntroductoryPrice,
+                         4}),
     nameOfCase<AvailabilityCase>);
 
 // --- Amounts ---
@@ -348,7 +347,7 @@ class OfferAmountTest : public DiscountParametersTest,
 
 TEST_P(OfferAmountTest, IsTheExactProductTruncatedTowardZero) {
   setDiscounted(1);
-  offer.thePrice = decimal(GetParam().offerPrice);
+  product.introductoryPrice->price = decimal(GetParam().offerPrice);
   EXPECT_TRUE(isEvent(
       discount(),
       {{"original_price", 4990000}, {"price", GetParam().price}, {"value", GetParam().value}}));

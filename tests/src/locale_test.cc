@@ -65,14 +65,8 @@ TEST_F(CommaLocaleTest, DoesNotChangeADecimal) {
 TEST_F(CommaLocaleTest, DoesNotChangeAnEvent) {
   Purchase purchase;
   makeMonthly(purchase, {withWebOrder(firstMonth(), "1000000")});
-  EXPECT_TRUE(isEvent(purchase.event(), {{"_did", 214096255627651132},
-                                         {"currency", "EUR"},
-                                         {"price", 4990000},
-                                         {"product_id", "monthly"},
-                                         {"product_name", "Monthly"},
-                                         {"quantity", 1},
-                                         {"subscription", 1},
-                                         {"value", 4990000}}));
+  EXPECT_TRUE(
+      isEvent(purchase.event(), monthlyEvent({{"_did", 214096255627651132}, {"subscription", 1}})));
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         PurchaseCase{"Consumable", [](Purchase&) {},
                      inSequence({matchCalls(1, {kMarch}), messageCall(40021)})},
         PurchaseCase{"EmptyTransactionIdentifier",
-                     [](Purchase& purchase) { purchase.transaction.theTransactionIdentifier = ""; },
+                     [](Purchase& purchase) { purchase.transaction.transactionIdentifier = ""; },
                      inSequence({messageCall(40003), matchCalls(1, {kMarch}), messageCall(40021)})},
         PurchaseCase{"EmptyReceipt", [](Purchase& purchase) { purchase.receipt = {}; },
                      messageCall(40020)},
@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
         PurchaseCase{"SubscriptionWithoutATransactionDate",
                      [](Purchase& purchase) {
                        makeMonthly(purchase, {firstMonth()});
-                       purchase.transaction.theTransactionDate = std::nullopt;
+                       purchase.transaction.transactionDate = std::nullopt;
                      },
                      inSequence({matchCalls(1, {kMarch}), messageCall(40023)})}),
     nameOfCase<PurchaseCase>);
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
         PurchaseCase{"SubscriptionWithAnEmptyTransactionIdentifier",
                      [](Purchase& purchase) {
                        makeMonthly(purchase, {firstMonth()});
-                       purchase.transaction.theTransactionIdentifier = std::nullopt;
+                       purchase.transaction.transactionIdentifier = std::nullopt;
                      },
                      inSequence({messageCall(40003), matchCalls(1, {kMarch}),
                                  matchCalls(2, {kMarch}), messageCall(40008)})},
@@ -131,7 +131,7 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfCase<PurchaseCase>);
 
 TEST_F(PurchaseCallsTest, OfARejectedPurchaseEndAtItsMessage) {
-  purchase.product.theProductIdentifier = "";
+  purchase.product.productIdentifier = "";
   purchase.event();
   EXPECT_EQ(purchase.asked, inSequence({{"product.productIdentifier"}, messageCall(40027)}));
 }

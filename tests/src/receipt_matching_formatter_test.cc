@@ -27,7 +27,7 @@ class ReceiptMatchingFormatterTest : public DateFormatterCountsTest {
   }
 
   void match(const OptionalText& productIdentifier, const std::optional<Instant>& date) const {
-    QELMatchingInAppPurchaseItems(listOf(receipt), productIdentifier, date);
+    static_cast<void>(QELMatchingInAppPurchaseItems(listOf(receipt), productIdentifier, date));
   }
 
   std::vector<QELInAppPurchaseItem> receipt;

@@ -361,7 +361,7 @@ TEST_F(ReceiptValidationTest, AbsentTransactionDateFindsNoEntryOfASubscription) 
 
 TEST_F(ReceiptValidationTest, TransactionDateWithAFractionFindsNoEntryOfASubscription) {
   receipt = {firstMonth()};
-  date->nanoseconds = 250000000;
+  date = Instant(date->seconds(), 250000000);
   expectOutcome(baseWith({{"invalid", 1}, {"subscription", 1}}), {logged(40023, {"monthly"})});
 }
 

@@ -42,9 +42,8 @@ class TerminationDeathTest : public ::testing::Test {
     const QELInAppPurchaseItem renewal = introductoryOffer(
         withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "2000", "1000"), "77"));
     makeMonthly(purchase, {trial, renewal});
-    purchase.transaction.theOriginalTransaction = &purchase.original;
-    purchase.offer.thePrice = decimal("1.99");
-    purchase.product.theIntroductoryPrice = &purchase.offer;
+    purchase.transaction.originalTransaction.emplace();
+    purchase.product.introductoryPrice = PlainDiscount{decimal("1.99")};
   }
 
   // Allocations of one call of `function`.
@@ -79,7 +78,9 @@ TEST_F(TerminationDeathTest, RecordOperationThatThrowsEndsTheProgram) {
   EXPECT_EQ(operations.size(), 17u);
   for (const std::string& operation : operations) {
     const auto throwAtOperation = [this, &operation] {
-      purchase.asked.throwingOperation = operation;
+      purchase.asked.onNote = [&operation](const std::string& noted) {
+        if (noted == operation) throw std::runtime_error(noted);
+      };
       purchase.event();
     };
     EXPECT_EXIT(exitWithOutcomeOf(throwAtOperation), ::testing::ExitedWithCode(kTerminated), "")
@@ -115,10 +116,7 @@ TEST_F(TerminationDeathTest, MonitorThatThrowsEndsTheProgram) {
 TEST_F(TerminationDeathTest, AnyFailedAllocationOfAnEventEndsTheProgram) {
   const QELInAppPurchaseItems receipt = listOf(purchase.receipt);
   const auto buildEvent = [this, &receipt] {
-    // Cleared, so that the log takes the same number of allocations each time.
-    purchase.asked.clear();
-    QELInAppPurchaseEventParametersFromProductAndTransactionV2(&purchase.product,
-                                                               &purchase.transaction, receipt);
+    static_cast<void>(plainPurchaseEvent(&purchase.product, &purchase.transaction, receipt));
   };
   buildEvent();
   expectEndWhenAnyAllocationFails(buildEvent);
@@ -126,8 +124,9 @@ TEST_F(TerminationDeathTest, AnyFailedAllocationOfAnEventEndsTheProgram) {
 
 TEST_F(TerminationDeathTest, FailedAllocationOfAMatchEndsTheProgram) {
   const QELInAppPurchaseItems receipt = listOf(purchase.receipt);
-  expectEndWhenAnyAllocationFails(
-      [&receipt] { QELMatchingInAppPurchaseItems(receipt, "monthly", std::nullopt); });
+  expectEndWhenAnyAllocationFails([&receipt] {
+    static_cast<void>(QELMatchingInAppPurchaseItems(receipt, "monthly", std::nullopt));
+  });
 }
 
 }  // namespace

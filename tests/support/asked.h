@@ -3,7 +3,7 @@
 #ifndef QEL_TESTS_SUPPORT_ASKED_H_
 #define QEL_TESTS_SUPPORT_ASKED_H_
 
-#include <stdexcept>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,14 +16,14 @@ namespace qel::testing {
 struct Asked : std::vector<std::string> {
   using std::vector<std::string>::vector;
 
-  // Appends `operation`. Throws std::runtime_error when it is the throwing one.
+  // Appends `operation` and calls `onNote`.
   void note(std::string operation) {
     push_back(std::move(operation));
-    if (back() == throwingOperation) throw std::runtime_error(back());
+    if (onNote) onNote(back());
   }
 
-  // Throws instead of returning; none when empty.
-  std::string throwingOperation;
+  // Receives each operation before the double answers. May throw, or change the answer.
+  std::function<void(const std::string& operation)> onNote;
 };
 
 }  // namespace qel::testing

@@ -48,7 +48,8 @@ DateFormatter::~DateFormatter() {
 }
 
 std::optional<Instant> DateFormatter::dateFromString(const OptionalText& text) const {
-  testing::formatterCounts().parsed.emplace_back(text);
+  auto& parsed = testing::formatterCounts().parsed.emplace_back();
+  if (text.has_value()) parsed = *text;
   testing::note(testing::formatterParse(state_->number, text));
   return text.has_value() ? parseRfc3339(*text) : std::nullopt;
 }

@@ -18,6 +18,7 @@
 
 #include "qel/event_parameters.h"
 #include "qel/instant.h"
+#include "qel/plain_records.h"
 #include "qel/purchase_event.h"
 #include "qel/receipt_item.h"
 #include "reference/message_texts.h"
@@ -93,7 +94,7 @@ inline ::testing::AssertionResult isEvent(const std::optional<EventParameters>& 
       std::visit([&failure](const auto& value) { failure << value; }, content);
     }
   };
-  describeMissing("holds   ", event, expected);
+  describeMissing("actual  ", event, expected);
   describeMissing("expected", expected, event);
   return failure;
 }
@@ -111,10 +112,10 @@ inline constexpr const char* kJanuary = "2019-01-14T09:26:53Z";
 inline constexpr const char* kFebruary = "2019-02-14T09:26:53Z";
 inline constexpr const char* kMarch = "2019-03-14T09:26:53Z";
 inline constexpr const char* kApril = "2019-04-14T09:26:53Z";
-inline constexpr Instant kJanuaryInstant = {.seconds = 1547458013};
-inline constexpr Instant kFebruaryInstant = {.seconds = 1550136413};
-inline constexpr Instant kMarchInstant = {.seconds = 1552555613};
-inline constexpr Instant kAprilInstant = {.seconds = 1555234013};
+inline constexpr Instant kJanuaryInstant(1547458013);
+inline constexpr Instant kFebruaryInstant(1550136413);
+inline constexpr Instant kMarchInstant(1552555613);
+inline constexpr Instant kAprilInstant(1555234013);
 
 // The meanings of an entry's purchase type.
 inline constexpr std::int64_t kNonConsumable = 0;
@@ -181,48 +182,43 @@ inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& ent
 
 inline Decimal decimal(std::string_view text) { return Decimal::fromString(text).value(); }
 
-// All that the builder is given for one purchase, to be changed by the test: three packs of coins,
-// a consumable at 0.99 USD, which the receipt confirms. All records note in one log what they are
-// asked.
-class Purchase {
- public:
-  Purchase() {
-    product.theProductIdentifier = "coins";
-    product.thePrice = decimal("0.99");
-    product.theCurrencyCode = "USD";
-    product.theLocalizedTitle = "Coins";
-    payment.theQuantity = 3;
-    transaction.theTransactionIdentifier = "1";
-    transaction.theTransactionDate = kMarchInstant;
-    transaction.thePayment = &payment;
-    receipt = {entryOf(kConsumable, "coins", kMarch, "1", "1")};
-  }
+// The arguments of one call, for a test to change: three packs of coins, a consumable at 0.99 USD,
+// which the receipt confirms. The records log each call.
+struct Purchase {
+  Purchase() = default;
   Purchase(const Purchase&) = delete;
   Purchase& operator=(const Purchase&) = delete;
 
   std::optional<EventParameters> event() const {
-    return QELInAppPurchaseEventParametersFromProductAndTransactionV2(&product, &transaction,
-                                                                      listOf(receipt));
+    return QELInAppPurchaseEventParametersFromProductAndTransactionV2(
+        &productRecord, &transactionRecord, listOf(receipt));
   }
 
+  PlainProduct product = {.productIdentifier = "coins",
+                          .price = decimal("0.99"),
+                          .priceLocaleCurrencyCode = "USD",
+                          .localizedTitle = "Coins"};
+  PlainTransaction transaction = {
+      .transactionIdentifier = "1", .transactionDate = kMarchInstant, .quantity = 3};
+  std::vector<QELInAppPurchaseItem> receipt = {entryOf(kConsumable, "coins", kMarch, "1", "1")};
+
+  // The calls to the records below.
   Asked asked;
-  FakeProduct product = FakeProduct(&asked);
-  FakeDiscount offer = FakeDiscount(&asked);
-  FakePayment payment = FakePayment(&asked);
-  FakeTransaction original = FakeTransaction(&asked, "original");
-  FakeTransaction transaction = FakeTransaction(&asked);
-  std::vector<QELInAppPurchaseItem> receipt;
+
+  PlainProductRecord plainProductRecord = PlainProductRecord(product);
+  PlainTransactionRecord plainTransactionRecord = PlainTransactionRecord(transaction);
+  LoggedProduct productRecord = LoggedProduct(plainProductRecord, asked);
+  LoggedTransaction transactionRecord = LoggedTransaction(plainTransactionRecord, asked);
 };
 
 // Makes `purchase` one of the subscription "monthly", which is sold at 4.99 EUR and was bought in
 // March, and which the receipt knows by `entries`.
 inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> entries) {
-  purchase.product.theProductIdentifier = "monthly";
-  purchase.product.thePrice = decimal("4.99");
-  purchase.product.theCurrencyCode = "EUR";
-  purchase.product.theLocalizedTitle = "Monthly";
-  purchase.payment.theQuantity = 1;
-  purchase.transaction.theTransactionIdentifier = "1000";
+  purchase.product = {.productIdentifier = "monthly",
+                      .price = decimal("4.99"),
+                      .priceLocaleCurrencyCode = "EUR",
+                      .localizedTitle = "Monthly"};
+  purchase.transaction = {.transactionIdentifier = "1000", .transactionDate = kMarchInstant};
   purchase.receipt = std::move(entries);
 }
 
@@ -235,9 +231,29 @@ inline QELInAppPurchaseItem firstMonth() {
 inline void makeIntroductoryOffer(Purchase& purchase, std::string_view price,
                                   std::uint64_t paymentMode) {
   makeMonthly(purchase, {introductoryOffer(firstMonth())});
-  purchase.offer.thePrice = decimal(price);
-  purchase.offer.thePaymentMode = paymentMode;
-  purchase.product.theIntroductoryPrice = &purchase.offer;
+  purchase.product.introductoryPrice = PlainDiscount{decimal(price), paymentMode};
+}
+
+// The base parameters of Purchase(), with `others` added or in their place.
+inline Event coinsEvent(Event others) {
+  others.merge(Event{{"currency", "USD"},
+                     {"price", 990000},
+                     {"product_id", "coins"},
+                     {"product_name", "Coins"},
+                     {"quantity", 3},
+                     {"value", 2970000}});
+  return others;
+}
+
+// The same for a purchase of makeMonthly().
+inline Event monthlyEvent(Event others) {
+  others.merge(Event{{"currency", "EUR"},
+                     {"price", 4990000},
+                     {"product_id", "monthly"},
+                     {"product_name", "Monthly"},
+                     {"quantity", 1},
+                     {"value", 4990000}});
+  return others;
 }
 
 // What the store's records are asked before the receipt is read: from the checks to the

@@ -1,10 +1,10 @@
-// Stand-ins for the store's records: plain data with the answers set beforehand, and a list of what
-// was asked, in order.
+// Store records that log each call and pass it on to other records.
 
 #ifndef QEL_TESTS_SUPPORT_STORE_DOUBLES_H_
 #define QEL_TESTS_SUPPORT_STORE_DOUBLES_H_
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -14,124 +14,109 @@
 
 namespace qel::testing {
 
-// Appends each call of an operation of the record `name` to a log, if there is one.
-class Questioned {
+// The log and the record that a logged record calls. Both must outlive it.
+template <typename Record>
+class Logged : public Record {
  public:
-  Questioned(Asked* asked, std::string name) : asked_(asked), name_(std::move(name)) {}
+  // The log names the record `name`.
+  Logged(const Record& record, Asked& asked, std::string name)
+      : record_(record), asked_(asked), name_(std::move(name)) {}
 
  protected:
-  void note(const char* operation) const {
-    if (asked_ != nullptr) asked_->note(name_ + "." + operation);
+  template <typename Answer>
+  Answer call(const char* operation, Answer (Record::*get)() const) const {
+    asked_.note(name_ + "." + operation);
+    return (record_.*get)();
+  }
+
+  // Returns a logged record of `part`, which `place` owns. Returns null if `part` is null.
+  template <typename LoggedPart, typename Part>
+  const Part* logged(std::unique_ptr<LoggedPart>& place, const Part* part, const char* name) const {
+    place = part != nullptr ? std::make_unique<LoggedPart>(*part, asked_, name) : nullptr;
+    return place.get();
   }
 
  private:
-  Asked* asked_;
+  const Record& record_;
+  Asked& asked_;
   std::string name_;
 };
 
-struct FakeDiscount : StoreProductDiscount, Questioned {
-  explicit FakeDiscount(Asked* asked = nullptr) : Questioned(asked, "discount") {}
-
-  std::optional<Decimal> thePrice;
-  std::uint64_t thePaymentMode = 0;
+struct LoggedDiscount final : Logged<StoreProductDiscount> {
+  using Logged::Logged;
 
   std::optional<Decimal> price() const override {
-    note("price");
-    return thePrice;
+    return call("price", &StoreProductDiscount::price);
   }
   std::uint64_t paymentMode() const override {
-    note("paymentMode");
-    return thePaymentMode;
+    return call("paymentMode", &StoreProductDiscount::paymentMode);
   }
 };
 
-struct FakeProduct : StoreProduct, Questioned {
-  explicit FakeProduct(Asked* asked = nullptr) : Questioned(asked, "product") {}
-
-  std::optional<std::string> theProductIdentifier;
-  std::optional<Decimal> thePrice;
-  std::optional<std::string> theCurrencyCode;
-  std::optional<std::string> theLocalizedTitle;
-  bool platformHasDiscountClass = true;
-  bool discountsHavePrice = true;
-  bool discountsHavePaymentMode = true;
-  bool hasIntroductoryPrice = true;
-  const StoreProductDiscount* theIntroductoryPrice = nullptr;
+class LoggedProduct final : public Logged<StoreProduct> {
+ public:
+  LoggedProduct(const StoreProduct& product, Asked& asked) : Logged(product, asked, "product") {}
 
   OptionalText productIdentifier() const override {
-    note("productIdentifier");
-    return theProductIdentifier;
+    return call("productIdentifier", &StoreProduct::productIdentifier);
   }
-  std::optional<Decimal> price() const override {
-    note("price");
-    return thePrice;
-  }
+  std::optional<Decimal> price() const override { return call("price", &StoreProduct::price); }
   OptionalText priceLocaleCurrencyCode() const override {
-    note("priceLocaleCurrencyCode");
-    return theCurrencyCode;
+    return call("priceLocaleCurrencyCode", &StoreProduct::priceLocaleCurrencyCode);
   }
   OptionalText localizedTitle() const override {
-    note("localizedTitle");
-    return theLocalizedTitle;
+    return call("localizedTitle", &StoreProduct::localizedTitle);
   }
   bool hasDiscountClass() const override {
-    note("hasDiscountClass");
-    return platformHasDiscountClass;
+    return call("hasDiscountClass", &StoreProduct::hasDiscountClass);
   }
   bool discountsAnswerPrice() const override {
-    note("discountsAnswerPrice");
-    return discountsHavePrice;
+    return call("discountsAnswerPrice", &StoreProduct::discountsAnswerPrice);
   }
   bool discountsAnswerPaymentMode() const override {
-    note("discountsAnswerPaymentMode");
-    return discountsHavePaymentMode;
+    return call("discountsAnswerPaymentMode", &StoreProduct::discountsAnswerPaymentMode);
   }
   bool answersIntroductoryPrice() const override {
-    note("answersIntroductoryPrice");
-    return hasIntroductoryPrice;
+    return call("answersIntroductoryPrice", &StoreProduct::answersIntroductoryPrice);
   }
   const StoreProductDiscount* introductoryPrice() const override {
-    note("introductoryPrice");
-    return theIntroductoryPrice;
+    return logged(discount_, call("introductoryPrice", &StoreProduct::introductoryPrice),
+                  "discount");
   }
+
+ private:
+  mutable std::unique_ptr<LoggedDiscount> discount_;
 };
 
-struct FakePayment : StorePayment, Questioned {
-  explicit FakePayment(Asked* asked = nullptr) : Questioned(asked, "payment") {}
+struct LoggedPayment final : Logged<StorePayment> {
+  using Logged::Logged;
 
-  std::int64_t theQuantity = 0;
-
-  std::int64_t quantity() const override {
-    note("quantity");
-    return theQuantity;
-  }
+  std::int64_t quantity() const override { return call("quantity", &StorePayment::quantity); }
 };
 
-struct FakeTransaction : StoreTransaction, Questioned {
-  explicit FakeTransaction(Asked* asked = nullptr, std::string name = "transaction")
-      : Questioned(asked, std::move(name)) {}
-
-  std::optional<std::string> theTransactionIdentifier;
-  const StoreTransaction* theOriginalTransaction = nullptr;
-  std::optional<Instant> theTransactionDate;
-  const StorePayment* thePayment = nullptr;
+class LoggedTransaction final : public Logged<StoreTransaction> {
+ public:
+  LoggedTransaction(const StoreTransaction& transaction, Asked& asked,
+                    const char* name = "transaction")
+      : Logged(transaction, asked, name) {}
 
   OptionalText transactionIdentifier() const override {
-    note("transactionIdentifier");
-    return theTransactionIdentifier;
+    return call("transactionIdentifier", &StoreTransaction::transactionIdentifier);
   }
   const StoreTransaction* originalTransaction() const override {
-    note("originalTransaction");
-    return theOriginalTransaction;
+    return logged(original_, call("originalTransaction", &StoreTransaction::originalTransaction),
+                  "original");
   }
   std::optional<Instant> transactionDate() const override {
-    note("transactionDate");
-    return theTransactionDate;
+    return call("transactionDate", &StoreTransaction::transactionDate);
   }
   const StorePayment* payment() const override {
-    note("payment");
-    return thePayment;
+    return logged(payment_, call("payment", &StoreTransaction::payment), "payment");
   }
+
+ private:
+  mutable std::unique_ptr<LoggedTransaction> original_;
+  mutable std::unique_ptr<LoggedPayment> payment_;
 };
 
 }  // namespace qel::testing

@@ -9,7 +9,7 @@ namespace qel {
 
 // How a failure shows an instant.
 std::ostream& operator<<(std::ostream& out, const Instant& instant) {
-  return out << instant.seconds << " s " << instant.nanoseconds << " ns";
+  return out << instant.seconds() << " s " << instant.nanoseconds() << " ns";
 }
 
 }  // namespace qel

@@ -1,18 +1,22 @@
-#import "stand_ins.h"
+#import "live_doubles.h"
 
 #import <objc/runtime.h>
 
 #include <cmath>
 #include <cstdint>
 
+#include "support/plain_purchase.h"
+
 using qel::testing::Asked;
 using qel::testing::Diagnostic;
-using qel::testing::DiscountValues;
 using qel::testing::liveDate;
 using qel::testing::liveDecimal;
 using qel::testing::liveString;
-using qel::testing::ProductValues;
-using qel::testing::TransactionValues;
+using qel::testing::OracleOffer;
+using qel::testing::OracleProduct;
+using qel::testing::OracleTransaction;
+using qel::testing::plainInstant;
+using qel::testing::priceText;
 
 namespace {
 
@@ -24,18 +28,18 @@ NSNumber* liveInteger(const std::optional<std::int64_t>& integer) {
   return integer.has_value() ? [NSNumber numberWithLongLong:*integer] : nil;
 }
 
-// The list that operations sent by performSelector: are noted in.
+// The log of operations sent by performSelector:.
 Asked* performedOperations = nullptr;
 
 }  // namespace
 
 // A locale that has any text, or none, for its currency code.
-@interface StandInLocale : NSObject {
+@interface FakeLocale : NSObject {
   const std::optional<std::string>* currencyCode_;
 }
 @end
 
-@implementation StandInLocale
+@implementation FakeLocale
 - (instancetype)initWithCurrencyCode:(const std::optional<std::string>*)currencyCode {
   if ((self = [super init]) != nil) currencyCode_ = currencyCode;
   return self;
@@ -46,31 +50,31 @@ Asked* performedOperations = nullptr;
 @end
 
 // What an SKProductDiscount is made of, but for its operations, which come at run time.
-@interface StandInDiscount : NSObject {
+@interface FakeDiscount : NSObject {
  @public
-  const DiscountValues* values_;
+  const OracleOffer* values_;
   Asked* asked_;
 }
 @end
 
 namespace {
 
-// The list that questions to the class itself are noted in.
+// The log of calls to the class itself.
 Asked* askedOfDiscountClass = nullptr;
 
-NSDecimalNumber* priceOfDiscount(StandInDiscount* self, SEL) {
+NSDecimalNumber* priceOfDiscount(FakeDiscount* self, SEL) {
   note(self->asked_, "discount.price");
-  return liveDecimal(self->values_->price);
+  return liveDecimal(priceText(self->values_->price));
 }
 
-NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
+NSUInteger paymentModeOfDiscount(FakeDiscount* self, SEL) {
   note(self->asked_, "discount.paymentMode");
-  return self->values_->paymentMode;
+  return self->values_->mode;
 }
 
 }  // namespace
 
-@implementation StandInDiscount
+@implementation FakeDiscount
 + (BOOL)instancesRespondToSelector:(SEL)selector {
   if (sel_isEqual(selector, @selector(price))) {
     note(askedOfDiscountClass, "product.discountsAnswerPrice");
@@ -86,8 +90,8 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
-@implementation StandInProduct
-- (instancetype)initWithValues:(const ProductValues*)values asked:(Asked*)asked {
+@implementation FakeProduct
+- (instancetype)initWithValues:(const OracleProduct*)values asked:(Asked*)asked {
   if ((self = [super init]) != nil) {
     values_ = values;
     asked_ = asked;
@@ -100,12 +104,11 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 - (NSDecimalNumber*)price {
   note(asked_, "product.price");
-  return liveDecimal(values_->price);
+  return liveDecimal(priceText(values_->price));
 }
 - (id)priceLocale {
   note(asked_, "product.priceLocaleCurrencyCode");
-  if (!values_->hasLocale) return nil;
-  return [[[StandInLocale alloc] initWithCurrencyCode:&values_->currencyCode] autorelease];
+  return [[[FakeLocale alloc] initWithCurrencyCode:&values_->currency] autorelease];
 }
 - (NSString*)localizedTitle {
   note(asked_, "product.localizedTitle");
@@ -123,26 +126,26 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
-@implementation StandInProductWithOffers
+@implementation FakeProductWithOffers
 - (id)introductoryPrice {
   note(asked_, "product.introductoryPrice");
-  if (!values_->introductoryPrice.has_value()) return nil;
-  StandInDiscount* const discount =
+  if (!values_->offer.has_value()) return nil;
+  FakeDiscount* const discount =
       [[[NSClassFromString(@"SKProductDiscount") alloc] init] autorelease];
-  discount->values_ = &*values_->introductoryPrice;
+  discount->values_ = &*values_->offer;
   discount->asked_ = asked_;
   return discount;
 }
 @end
 
 // Answers the operation of an SKPayment.
-@interface StandInPayment : NSObject {
+@interface FakePayment : NSObject {
   std::int64_t quantity_;
   Asked* asked_;
 }
 @end
 
-@implementation StandInPayment
+@implementation FakePayment
 - (instancetype)initWithQuantity:(std::int64_t)quantity asked:(Asked*)asked {
   if ((self = [super init]) != nil) {
     quantity_ = quantity;
@@ -157,18 +160,29 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 @end
 
 // The transaction that another one continues.
-@interface StandInOriginal : StandInTransaction
-@end
-
-@implementation StandInOriginal
-- (NSString*)transactionIdentifier {
-  note(asked_, "transaction.transactionIdentifier");
-  return liveString(values_->originalIdentifier);
+@interface FakeOriginal : NSObject {
+  const std::optional<std::string>* identifier_;
+  Asked* asked_;
 }
 @end
 
-@implementation StandInTransaction
-- (instancetype)initWithValues:(const TransactionValues*)values asked:(Asked*)asked {
+@implementation FakeOriginal
+- (instancetype)initWithIdentifier:(const std::optional<std::string>*)identifier
+                             asked:(Asked*)asked {
+  if ((self = [super init]) != nil) {
+    identifier_ = identifier;
+    asked_ = asked;
+  }
+  return self;
+}
+- (NSString*)transactionIdentifier {
+  note(asked_, "original.transactionIdentifier");
+  return liveString(*identifier_);
+}
+@end
+
+@implementation FakeTransaction
+- (instancetype)initWithValues:(const OracleTransaction*)values asked:(Asked*)asked {
   if ((self = [super init]) != nil) {
     values_ = values;
     asked_ = asked;
@@ -181,21 +195,22 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 - (id)originalTransaction {
   note(asked_, "transaction.originalTransaction");
-  if (!values_->hasOriginal) return nil;
-  return [[[StandInOriginal alloc] initWithValues:values_ asked:asked_] autorelease];
+  if (!values_->original.has_value()) return nil;
+  return [[[FakeOriginal alloc] initWithIdentifier:&values_->original->identifier
+                                             asked:asked_] autorelease];
 }
 - (NSDate*)transactionDate {
   note(asked_, "transaction.transactionDate");
-  return liveDate(values_->date);
+  return liveDate(plainInstant(values_->date));
 }
 - (id)payment {
   note(asked_, "transaction.payment");
   if (!values_->quantity.has_value()) return nil;
-  return [[[StandInPayment alloc] initWithQuantity:*values_->quantity asked:asked_] autorelease];
+  return [[[FakePayment alloc] initWithQuantity:*values_->quantity asked:asked_] autorelease];
 }
 @end
 
-@implementation StandInEntry
+@implementation FakeEntry
 - (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values asked:(Asked*)asked {
   if ((self = [super init]) != nil) {
     values_ = values;
@@ -220,7 +235,7 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
   if (!values_->webOrderLineItemID.has_value()) return nil;
   // The platform writes some decimal numbers in another way than they were read.
   NSString* const text = liveString(values_->webOrderLineItemID);
-  return [[[StandInNumber alloc] initWithText:text] autorelease];
+  return [[[FakeNumber alloc] initWithText:text] autorelease];
 }
 - (NSString*)transactionID {
   note(asked_, "entry.transactionID");
@@ -240,7 +255,7 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
-@implementation StandInEntryThatGrowsItsList
+@implementation EntryThatGrowsItsList
 - (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list {
   if ((self = [super initWithValues:values asked:nullptr]) != nil) list_ = list;
   return self;
@@ -251,7 +266,7 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
-@implementation StandInNumber
+@implementation FakeNumber
 - (instancetype)initWithText:(NSString*)text {
   if ((self = [super init]) != nil) text_ = [text copy];
   return self;
@@ -280,7 +295,7 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 }
 @end
 
-@implementation StandInMonitor
+@implementation FakeMonitor
 - (instancetype)initWithList:(std::vector<Diagnostic>*)diagnostics {
   if ((self = [super init]) != nil) diagnostics_ = diagnostics;
   return self;
@@ -322,13 +337,13 @@ NSUInteger paymentModeOfDiscount(StandInDiscount* self, SEL) {
 
 namespace qel::testing {
 
-void registerDiscountClass(const DiscountClass& discountClass) {
-  if (!discountClass.exists) return;
-  const Class made = objc_allocateClassPair([StandInDiscount class], "SKProductDiscount", 0);
-  if (discountClass.answersPrice) {
+void registerDiscountClass(const OraclePlatform& platform) {
+  if (!platform.hasDiscountClass) return;
+  const Class made = objc_allocateClassPair([FakeDiscount class], "SKProductDiscount", 0);
+  if (platform.discountsAnswerPrice) {
     class_addMethod(made, @selector(price), reinterpret_cast<IMP>(priceOfDiscount), "@@:");
   }
-  if (discountClass.answersPaymentMode) {
+  if (platform.discountsAnswerPaymentMode) {
     class_addMethod(made, @selector(paymentMode), reinterpret_cast<IMP>(paymentModeOfDiscount),
                     "Q@:");
   }
@@ -371,9 +386,9 @@ NSDecimalNumber* liveDecimal(const std::optional<std::string>& text) {
 NSDate* liveDate(const std::optional<Instant>& instant) {
   if (!instant.has_value()) return nil;
   constexpr std::int64_t kReferenceDate = 978307200;
-  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds -
+  return [NSDate dateWithTimeIntervalSinceReferenceDate:static_cast<double>(instant->seconds() -
                                                                             kReferenceDate) +
-                                                        instant->nanoseconds * 1e-9];
+                                                        instant->nanoseconds() * 1e-9];
 }
 
 NSDate* dateOfTime(double time) {
@@ -400,36 +415,40 @@ std::string textOfLiveString(NSString* string) {
   return text;
 }
 
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed) {
+NSMutableArray* liveEntries(const std::vector<QELInAppPurchaseItem>& items, Asked* asked) {
+  NSMutableArray* const entries = [NSMutableArray array];
+  for (const QELInAppPurchaseItem& item : items) {
+    [entries addObject:[[[FakeEntry alloc] initWithValues:&item asked:asked] autorelease]];
+  }
+  return entries;
+}
+
+Outcome outcomeOfLiveObjects(const OraclePurchase& purchase, Asked* performed) {
+  const std::vector<QELInAppPurchaseItem> receipt = plainReceipt(purchase);
   @autoreleasepool {
-    NSMutableArray* const receipt = [NSMutableArray array];
-    for (const QELInAppPurchaseItem& item : purchase.receipt) {
-      [receipt addObject:[[[StandInEntry alloc] initWithValues:&item asked:nullptr] autorelease]];
-    }
     performedOperations = performed;
-    Outcome outcome = outcomeWithReceipt(purchase, receipt);
+    Outcome outcome = outcomeWithReceipt(purchase, liveEntries(receipt));
     performedOperations = nullptr;
     return outcome;
   }
 }
 
-Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt) {
+Outcome outcomeWithReceipt(const OraclePurchase& purchase, NSArray* receipt) {
   Outcome outcome;
   @autoreleasepool {
     id product = nil;
     if (const auto& values = purchase.product) {
-      const Class productClass = values->answersIntroductoryPrice ? [StandInProductWithOffers class]
-                                                                  : [StandInProduct class];
+      const Class productClass =
+          values->answersOffer ? [FakeProductWithOffers class] : [FakeProduct class];
       product = [[[productClass alloc] initWithValues:&*values asked:&outcome.asked] autorelease];
     }
     id transaction = nil;
     if (const auto& values = purchase.transaction) {
-      transaction = [[[StandInTransaction alloc] initWithValues:&*values
-                                                          asked:&outcome.asked] autorelease];
+      transaction = [[[FakeTransaction alloc] initWithValues:&*values
+                                                       asked:&outcome.asked] autorelease];
     }
     askedOfDiscountClass = &outcome.asked;
-    QELSetDiagnosticsMonitor(
-        [[[StandInMonitor alloc] initWithList:&outcome.diagnostics] autorelease]);
+    QELSetDiagnosticsMonitor([[[FakeMonitor alloc] initWithList:&outcome.diagnostics] autorelease]);
 
     NSDictionary<NSString*, id>* const event =
         QELInAppPurchaseEventParametersFromProductAndTransactionV2(product, transaction, receipt);
@@ -441,8 +460,8 @@ Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt) {
       id const value = [event objectForKey:key];
       outcome.event->emplace(textOfLiveString(key),
                              [value isKindOfClass:[NSString class]]
-                                 ? Outcome::Value(textOfLiveString(value))
-                                 : Outcome::Value(std::int64_t{[value longLongValue]}));
+                                 ? ParameterContent(textOfLiveString(value))
+                                 : ParameterContent(std::int64_t{[value longLongValue]}));
     }
   }
   return outcome;

@@ -1,8 +1,8 @@
-// Objective-C objects that stand in for those of the store and of the app, under the same operation
-// names. Each answers from plain values, with fresh objects every time, and notes what it is asked.
+// Test doubles for the objects of the store and of the app, under the same operation names. Each
+// answers from plain values, with new objects every time, and logs the call.
 
-#ifndef QEL_TESTS_FOUNDATION_STAND_INS_H_
-#define QEL_TESTS_FOUNDATION_STAND_INS_H_
+#ifndef QEL_TESTS_FOUNDATION_LIVE_DOUBLES_H_
+#define QEL_TESTS_FOUNDATION_LIVE_DOUBLES_H_
 
 #import <Foundation/Foundation.h>
 
@@ -10,37 +10,36 @@
 #include <string_view>
 #include <vector>
 
-#include "purchase_values.h"
+#include "outcome.h"
 #import "qel/foundation.h"
 
-// All objects below read values that someone else keeps alive, and note in a list, which may be
-// null, what they are asked.
+// The values and the log must outlive a double. The log may be null.
 
 // Answers the operations of an SKProduct before there were introductory offers.
-@interface StandInProduct : NSObject {
+@interface FakeProduct : NSObject {
  @protected
-  const qel::testing::ProductValues* values_;
+  const qel::testing::OracleProduct* values_;
   qel::testing::Asked* asked_;
 }
-- (instancetype)initWithValues:(const qel::testing::ProductValues*)values
+- (instancetype)initWithValues:(const qel::testing::OracleProduct*)values
                          asked:(qel::testing::Asked*)asked;
 @end
 
 // Answers introductoryPrice too.
-@interface StandInProductWithOffers : StandInProduct
+@interface FakeProductWithOffers : FakeProduct
 @end
 
 // Answers the operations of an SKPaymentTransaction.
-@interface StandInTransaction : NSObject {
-  const qel::testing::TransactionValues* values_;
+@interface FakeTransaction : NSObject {
+  const qel::testing::OracleTransaction* values_;
   qel::testing::Asked* asked_;
 }
-- (instancetype)initWithValues:(const qel::testing::TransactionValues*)values
+- (instancetype)initWithValues:(const qel::testing::OracleTransaction*)values
                          asked:(qel::testing::Asked*)asked;
 @end
 
 // An entry of the receipt.
-@interface StandInEntry : NSObject <QELInAppPurchaseItem> {
+@interface FakeEntry : NSObject <QELInAppPurchaseItem> {
   const qel::QELInAppPurchaseItem* values_;
   qel::testing::Asked* asked_;
 }
@@ -48,23 +47,22 @@
                          asked:(qel::testing::Asked*)asked;
 @end
 
-// An entry that adds itself to the list that it stands in, when it is asked for its product.
-@interface StandInEntryThatGrowsItsList : StandInEntry {
+// An entry that adds itself to its list when it is asked for its product.
+@interface EntryThatGrowsItsList : FakeEntry {
   NSMutableArray* list_;
 }
 - (instancetype)initWithValues:(const qel::QELInAppPurchaseItem*)values list:(NSMutableArray*)list;
 @end
 
-// A number that answers stringValue, with any text or nil, and raises when it is asked anything
-// else.
-@interface StandInNumber : NSNumber {
+// A number that answers stringValue with any text or nil, and raises for any other operation.
+@interface FakeNumber : NSNumber {
   NSString* text_;
 }
 - (instancetype)initWithText:(NSString*)text;
 @end
 
-// Keeps the messages it is told.
-@interface StandInMonitor : NSObject <QELDiagnosticsMonitor> {
+// Keeps the messages that it receives.
+@interface FakeMonitor : NSObject <QELDiagnosticsMonitor> {
   std::vector<qel::testing::Diagnostic>* diagnostics_;
 }
 - (instancetype)initWithList:(std::vector<qel::testing::Diagnostic>*)diagnostics;
@@ -72,9 +70,9 @@
 
 namespace qel::testing {
 
-// Registers the class SKProductDiscount with the operations that `discountClass` says, or none.
-// A class stays for good: call it once in a process, and see inProcessOfItsOwn.
-void registerDiscountClass(const DiscountClass& discountClass);
+// Registers the class SKProductDiscount with the operations that `platform` has, or no class. A
+// class stays registered: call this once per process, and see inProcessOfItsOwn().
+void registerDiscountClass(const OraclePlatform& platform);
 
 // A string of `text`, unpaired surrogates included; nil for absent.
 NSString* liveString(const std::optional<std::string>& text);
@@ -104,14 +102,16 @@ std::string raisedBy(Body body) {
   return name;
 }
 
-// What the entry point makes of `purchase` when its records are live objects. Appends to
-// `performed`, if not null, the operations that the product and its offer are sent by
-// performSelector:.
-Outcome outcomeOfLiveObjects(const PurchaseValues& purchase, Asked* performed = nullptr);
+// Returns doubles for `items`, which must outlive the list. Autoreleased.
+NSMutableArray* liveEntries(const std::vector<QELInAppPurchaseItem>& items, Asked* asked = nullptr);
+
+// Returns the outcome of the entry point for `purchase` as live objects. Appends to `performed`, if
+// not null, the operations that the product and its offer receive through performSelector:.
+Outcome outcomeOfLiveObjects(const OraclePurchase& purchase, Asked* performed = nullptr);
 
 // The same with `receipt` in place of the purchase's own.
-Outcome outcomeWithReceipt(const PurchaseValues& purchase, NSArray* receipt);
+Outcome outcomeWithReceipt(const OraclePurchase& purchase, NSArray* receipt);
 
 }  // namespace qel::testing
 
-#endif  // QEL_TESTS_FOUNDATION_STAND_INS_H_
+#endif  // QEL_TESTS_FOUNDATION_LIVE_DOUBLES_H_
