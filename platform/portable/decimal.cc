@@ -126,7 +126,8 @@ constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1
 // Integers up to 2^53 are exact as doubles.
 constexpr std::uint64_t kGreatestExactInteger = std::uint64_t{1} << DBL_MANT_DIG;
 
-static_assert(std::numeric_limits<double>::is_iec559 && FLT_EVAL_METHOD == 0,
+static_assert(std::numeric_limits<double>::is_iec559 &&
+                  (FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1),
               "amounts need IEEE 754 doubles, and each operation on them rounded to one");
 
 // Returns how many limbs ten to the power of `power` can have, and one more.
