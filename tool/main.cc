@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "command_line.h"
+#include "completion_command.h"
 #include "events_command.h"
 
 namespace {
@@ -65,6 +66,7 @@ int main(int argc, char** argv) {
     return qel::tool::runCommandLine(argc, argv, app,
                                      {
                                          qel::tool::addEvents(app),
+                                         qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {
     endWithoutMemory();
