@@ -1336,8 +1336,8 @@ class CompletionTest(CommandTest):
         setup = "autoload -U compinit && compinit -D -u && source {} && echo set-up-'done'\n"
         os.write(terminal, setup.format(script).encode())
         self.wait_for(terminal, {"set-up-done\r\n"})
-        # Ctrl-D lists the completions of a line that is not empty; a tab inserts the only one.
-        os.write(terminal, line.encode() + b"\x04\t")
+        # The first tab inserts what is certain, the second lists the choices.
+        os.write(terminal, line.encode() + b"\t\t")
         self.wait_for(terminal, expected)
 
     def wait_for(self, terminal, words):
