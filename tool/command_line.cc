@@ -23,8 +23,8 @@ class HelpFormatter : public CLI::Formatter {
     return CLI::detail::find_and_replace(names, ",", ", ");
   }
   std::string make_option_opts(const CLI::Option* option) const override {
-    if (option->get_type_size() == 0 || option->get_positional()) return "";
-    return " " + option->get_type_name();
+    const std::string type = option->get_type_name();
+    return type.empty() || option->get_positional() ? "" : " " + type;
   }
 };
 
@@ -102,9 +102,9 @@ ExitStatus runCommandLine(int argc, const char* const* argv, CLI::App& app,
     return show(app.help());
   } catch (const CLI::CallForVersion&) {
     return show(app.version() + "\n");
-  } catch (const CLI::RequiredError&) {
-    // No option is required, but a subcommand is.
-    return reportUsage(app, unknownWord(app));
+  } catch (const CLI::RequiredError& error) {
+    const CLI::App& part = chosenPart(app);
+    return reportUsage(part, &part == &app ? unknownWord(app) : error.what());
   } catch (const CLI::ExtrasError&) {
     const CLI::App& part = app.remaining().empty() ? chosenPart(app) : app;
     return reportUsage(part, unknownWord(part));

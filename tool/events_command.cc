@@ -24,9 +24,11 @@ cannot be read or written, or too many rejected lines. After an interrupt 130, a
 SIGTERM 143, after SIGHUP 129: the results of what was read are written.
 
 Examples:
+
   qel-purchase events examples/purchases.jsonl >events.jsonl
-  qel-purchase events --did-as-string --unpaired-surrogates replace \
-      examples/purchases.jsonl | jq -c .event
+
+  qel-purchase events --unpaired-surrogates replace --did-as-string examples/purchases.jsonl | jq -c .event
+
   qel-purchase events -o events.jsonl monday.jsonl.gz tuesday.jsonl.zst)";
 
 constexpr std::uint64_t kMostLines = std::numeric_limits<std::int64_t>::max();
@@ -37,6 +39,7 @@ constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 30;
 // Adds the options that say what is read.
 void addInputOptions(CLI::App& events, EventsOptions& options) {
   events.add_option("FILE", options.inputs, "Purchases, one a line; - is standard input")
+      ->type_name("FILE")
       ->take_all();
   events.add_flag("--allow-unknown", options.ignoresUnknownKeys,
                   "Ignore unknown keys instead of rejecting them");
@@ -84,7 +87,7 @@ void addOutputOptions(CLI::App& events, EventsOptions& options) {
           },
           "escape: write them as in \\ud800, the default;\n"
           "replace: write U+FFFD, for readers that refuse\nthe escape")
-      ->type_name("FORM")
+      ->type_name("escape|replace")
       ->check(oneOf({"escape", "replace"}));
 }
 

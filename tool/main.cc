@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "command_line.h"
+#include "completion_command.h"
 #include "events_command.h"
 #include "explain/code_command.h"
 #include "explain/explain_command.h"
@@ -69,6 +70,7 @@ int main(int argc, char** argv) {
                                          qel::tool::addEvents(app),
                                          qel::tool::addExplain(app),
                                          qel::tool::addCode(app),
+                                         qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {
     endWithoutMemory();

@@ -22,7 +22,7 @@
                       QEL_PURCHASE_VERSION_PATCH)
 
 // Private. Two steps, so that the parts are replaced by their values first.
-#define QEL_PURCHASE_DOTTED(major, minor, patch) QEL_PURCHASE_QUOTED(major.minor.patch)
-#define QEL_PURCHASE_QUOTED(text) #text
+#define QEL_PURCHASE_DOTTED(major, minor, patch) QEL_PURCHASE_QUOTED(major, minor, patch)
+#define QEL_PURCHASE_QUOTED(major, minor, patch) #major "." #minor "." #patch
 
 #endif  // QEL_PLATFORM_VERSION_H_

@@ -56,8 +56,8 @@ for static in "" --static; do
   export PKG_CONFIG_PATH
   # shellcheck disable=SC2046,SC2086  # Lists of flags.
   "${CXX:-c++}" -std=c++20 ${CXXFLAGS:-} "$source/examples/embed/main.cc" \
-    $(pkg-config --cflags --libs $static qel-purchase) -o "$work/embed"
-  "$work/embed" | diff "$here/embed.txt" -
+    $(pkg-config --cflags --libs $static qel-purchase) -o "$work/with_pkg_config"
+  "$work/with_pkg_config" | diff "$here/embed.txt" -
 done
 [ "$(pkg-config --modversion qel-purchase)" = "$("$work/installed/bin/qel-purchase" --version | cut -d ' ' -f 2)" ]
 

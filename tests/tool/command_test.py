@@ -146,7 +146,7 @@ class CommandTest(unittest.TestCase):
             self.assertEqual(process.returncode, status, process.stderr)
         output = process.stdout
         self.assertTrue(not output or output.endswith(b"\n"))
-        # Split at newlines alone: other line separators may stand in a title.
+        # Split at newlines alone: a title may have other line separators.
         return [self.result(line) for line in output.split(b"\n")[:-1]]
 
     def result(self, line):
@@ -776,6 +776,7 @@ class SeveralInputsTest(CommandTest):
             self.assertEqual(parse(process.stdout.readline()), GOOD_RESULT)
         time.sleep(0.2)
         process.send_signal(signal.SIGINT)
+        process.wait(TIMEOUT)
         _, messages = process.communicate(timeout=TIMEOUT)
         place = "the next is line 3 of {}\n".format(name).encode()
         self.assertIn(b"qel-purchase: interrupted: 2 lines written; " + place, messages)
@@ -849,6 +850,7 @@ class CompressionTest(CommandTest):
         process.stdin.flush()
         time.sleep(0.3)
         process.send_signal(signal.SIGTERM)
+        process.wait(TIMEOUT)
         _, messages = process.communicate(timeout=TIMEOUT)
         self.assertEqual(process.returncode, 143)
         self.assertNotIn(b"truncated", messages)
@@ -1066,6 +1068,7 @@ class OutputTest(CommandTest):
             process.stdin.flush()
             time.sleep(0.2)
             process.send_signal(number)
+            process.wait(TIMEOUT)
             _, messages = process.communicate(timeout=TIMEOUT)
             self.assertEqual(process.returncode, 128 + number)
             message = "qel-purchase: interrupted: {} is not written\n".format(self.output)
@@ -1129,6 +1132,7 @@ class SignalTest(CommandTest):
             for _ in range(2):
                 self.assertEqual(parse(process.stdout.readline()), GOOD_RESULT)
             process.send_signal(number)
+            process.wait(TIMEOUT)
             output, messages = process.communicate(timeout=TIMEOUT)
             self.assertEqual((process.returncode, output), (128 + number, b""))
             self.assertEqual(
@@ -1162,6 +1166,186 @@ class SignalTest(CommandTest):
         rest = subprocess.run(["tail", "-n", "+" + place, name], stdout=subprocess.PIPE, check=True)
         process = run("events", "--first-line", place, data=rest.stdout)
         self.assertEqual(output + process.stdout, expected)
+
+
+def help_of(*arguments):
+    return run(*arguments, "--help").stdout.decode()
+
+
+def subcommands():
+    listed = help_of().partition("\nSubcommands:\n")[2].partition("\n\n")[0]
+    return [line.split()[0] for line in listed.splitlines() if re.match(r"  \w", line)]
+
+
+class ExampleTest(CommandTest):
+    """Runs the examples of the help and of docs/command.md as they are written."""
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="qel-command-")
+        self.addCleanup(shutil.rmtree, self.folder)
+        shutil.copytree(os.path.join(PROJECT, "examples"), os.path.join(self.folder, "examples"))
+        for folder in (".zfunc", ".config/fish/completions"):
+            os.makedirs(os.path.join(self.folder, folder))
+        data = b"\n".join(EXAMPLE_LINES) + b"\n"
+        self.write("purchases.jsonl", data)
+        self.write("events.jsonl", b"")
+        self.write("monday.jsonl.gz", compressed("gzip", data))
+        self.write("tuesday.jsonl.zst", compressed("zstd", data))
+
+    def write(self, name, data):
+        with open(os.path.join(self.folder, name), "wb") as file:
+            file.write(data)
+
+    def shell(self, script):
+        path = os.path.dirname(os.path.realpath(TOOL)) + ":/usr/bin:" + os.environ["PATH"]
+        process = subprocess.run(
+            ["bash", "-e", "-o", "pipefail", "-c", script],
+            cwd=self.folder,
+            env={**os.environ, "PATH": path, "HOME": self.folder},
+            capture_output=True,
+            timeout=TIMEOUT,
+            check=False,
+        )
+        self.assertEqual(process.returncode, 0, (script, process.stderr))
+        return process.stdout.decode()
+
+    def test_every_example_of_the_help_runs(self):
+        for name in subcommands():
+            examples = help_of(name).partition("\nExamples:\n")[2].replace("\\\n", "")
+            lines = [line.strip() for line in examples.splitlines() if line.startswith("  ")]
+            self.assertGreater(len(lines), 0, name)
+            for line in lines:
+                with self.subTest(line):
+                    self.shell(line)
+
+    def test_every_example_of_the_document_runs(self):
+        with open(os.path.join(PROJECT, "docs", "command.md"), encoding="utf-8") as file:
+            document = file.read()
+        commands = re.findall(r"^    ((?:qel-purchase|tail|source) .*[^\]])$", document, re.MULTILINE)
+        commands = [command for command in commands if "OPTIONS" not in command]
+        self.assertGreaterEqual(len(commands), 4)
+        for command in commands:
+            with self.subTest(command):
+                self.shell(command)
+
+    def test_the_recipes_of_the_document_give_exact_identifiers(self):
+        with open(os.path.join(PROJECT, "docs", "command.md"), encoding="utf-8") as file:
+            recipes = re.findall(r"^```sh\n(.*?)^```$", file.read(), re.MULTILINE | re.DOTALL)
+        events = [parse(line)["event"] for line in GOLDEN_LINES]
+        exact = [event["_did"] for event in events if event and "_did" in event]
+        programs = ["jq", "node", "python3", "sqlite3"]
+        self.assertEqual(len(recipes), len(programs))
+        for program, recipe in zip(programs, recipes):
+            self.assertIn(program, recipe)
+            with self.subTest(program):
+                identifiers = [line.split("\t")[0] for line in self.shell(recipe).splitlines()]
+                # jq writes a line for an event without an identifier, too.
+                self.assertEqual([int(text) for text in identifiers if text], exact)
+
+
+class ManPageTest(CommandTest):
+    def test_the_pages_are_those_of_the_help(self):
+        with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+            subprocess.run(
+                [os.path.join(PROJECT, "script", "man"), TOOL, folder], check=True, timeout=TIMEOUT
+            )
+            pages = os.path.join(PROJECT, "docs", "man")
+            names = sorted(os.listdir(folder))
+            expected = ["qel-purchase.1"] + ["qel-purchase-" + n + ".1" for n in subcommands()]
+            self.assertEqual(names, sorted(expected))
+            self.assertEqual(sorted(os.listdir(pages)), names, "run script/man")
+            for name in names:
+                self.assertEqual(
+                    lines_of(os.path.join(folder, name)),
+                    lines_of(os.path.join(pages, name)),
+                    "run script/man",
+                )
+
+
+class CompletionTest(CommandTest):
+    def script(self, shell):
+        process = run("completion", shell)
+        self.assertEqual((process.returncode, process.stderr), (0, b""))
+        return process.stdout.decode()
+
+    def run_shell(self, *words):
+        process = subprocess.run(words, capture_output=True, timeout=TIMEOUT, check=False)
+        self.assertEqual((process.returncode, process.stderr), (0, b""))
+        return process.stdout.decode()
+
+    # A command line, and words that complete it. The last word is being completed.
+    CASES = [
+        (["qel-purchase", ""], {"events", "explain", "code", "completion", "--help", "--version"}),
+        (["qel-purchase", "ev"], {"events"}),
+        (["qel-purchase", "explain", "--ht"], {"--html"}),
+        (["qel-purchase", "events", "--max"], {"--max-line", "--max-rejected"}),
+        (["qel-purchase", "events", "--jobs", "2", "--qui"], {"--quiet"}),
+        (["qel-purchase", "events", "--unpaired-surrogates", ""], {"escape", "replace"}),
+        (["qel-purchase", "completion", ""], {"bash", "zsh", "fish"}),
+    ]
+
+    def test_bash_completes(self):
+        for words, expected in self.CASES:
+            quoted = " ".join("'{}'".format(word) for word in words)
+            script = self.script("bash") + (
+                "COMP_WORDS=({})\nCOMP_CWORD={}\n_qel_purchase\n"
+                'printf "%s\\n" "${{COMPREPLY[@]}}"\n'
+            ).format(quoted, len(words) - 1)
+            found = set(self.run_shell("bash", "-c", script).split())
+            self.assertLessEqual(expected, found, words)
+            self.assertTrue(all(word.startswith(words[-1]) for word in found), found)
+
+    def test_fish_completes(self):
+        for words, expected in self.CASES:
+            script = self.script("fish") + "complete -C '{}'\n".format(" ".join(words))
+            output = self.run_shell("fish", "--no-config", "-c", script)
+            found = {line.split("\t")[0] for line in output.splitlines()}
+            # fish proposes options only after a hyphen.
+            expected = {word for word in expected if words[-1] or not word.startswith("-")}
+            self.assertLessEqual(expected, found, words)
+
+    def test_zsh_completes(self):
+        for words, expected in self.CASES:
+            with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+                name = os.path.join(folder, "_qel-purchase")
+                with open(name, "w", encoding="utf-8") as file:
+                    file.write(self.script("zsh"))
+                # zsh proposes options only after a hyphen.
+                expected = {word for word in expected if words[-1] or not word.startswith("-")}
+                self.assert_zsh_shows(name, " ".join(words), expected)
+
+    def assert_zsh_shows(self, script, line, expected):
+        """Asks an interactive zsh to complete a line, and waits for the words."""
+        terminal, end = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        fcntl.ioctl(end, termios.TIOCSWINSZ, struct.pack("4H", 50, 120, 0, 0))
+        process = subprocess.Popen(
+            ["zsh", "-f", "-i"],
+            stdin=end,
+            stdout=end,
+            stderr=end,
+            start_new_session=True,
+            env={**os.environ, "TERM": "xterm"},
+        )
+        os.close(end)
+        self.addCleanup(process.wait, TIMEOUT)
+        self.addCleanup(process.kill)
+        setup = "autoload -U compinit && compinit -D -u && source {} && echo set-up-'done'\n"
+        os.write(terminal, setup.format(script).encode())
+        self.wait_for(terminal, {"set-up-done\r\n"})
+        # The first tab inserts what is certain, the second lists the choices.
+        os.write(terminal, line.encode() + b"\t\t")
+        self.wait_for(terminal, expected)
+
+    def wait_for(self, terminal, words):
+        shown = b""
+        text = ""
+        while not all(word in text for word in words):
+            ready, _, _ = select.select([terminal], [], [], TIMEOUT / 4)
+            self.assertTrue(ready, (words, text))
+            shown += os.read(terminal, 65536)
+            # Without the sequences that move the cursor, and without the bell.
+            text = re.sub(rb"\x1b\[[0-9;?]*[A-Za-z]|\x07", b"", shown).decode("utf-8", "replace")
 
 
 class StreamTest(CommandTest):
@@ -1389,8 +1573,8 @@ class MemoryTest(CommandTest):
         for _ in range(megabytes * 1_000_000 // len(chunk)):
             process.stdin.write(chunk)
         process.stdin.flush()
-        # What a child is charged with at its end counts the memory of this process before the
-        # command took its place, so the command is asked while it still runs.
+        # The usage of an ended child includes the memory of this process before exec, so the peak
+        # is read while the command runs.
         with open("/proc/{}/status".format(process.pid), encoding="ascii") as status:
             peak = next(line for line in status if line.startswith("VmHWM:"))
         process.stdin.close()

@@ -52,7 +52,7 @@ TEST(RawJsonStringTest, IsNothingWhenTheTextEndsInABackslash) {
   EXPECT_EQ(rawJsonString("a\\"), std::nullopt);
 }
 
-// --- What a string stands for ---
+// --- The content of a string ---
 
 TEST(UnescapeJsonStringTest, KeepsTextWithoutEscapes) {
   EXPECT_EQ(unescaped("プレミアム"), "プレミアム");

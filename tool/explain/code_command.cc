@@ -17,7 +17,10 @@ causes, and what to check. Without CODE, lists all codes.
 
 Exit status: 0 explained, 2 wrong usage, or an output that cannot be written.
 
-Example:
+Examples:
+
+  qel-purchase code
+
   qel-purchase code 40023)";
 
 ExitStatus show(const std::string& text) {

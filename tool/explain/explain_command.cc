@@ -17,11 +17,14 @@ from. FILE is JSON Lines, as for qel-purchase events. If it has several purchase
 and none is selected, the command lists them with their outcomes.
 
 Exit status: 0 all lines were read, 1 some were rejected, 2 wrong usage, a file that
-cannot be read or written, or nothing that is selected, 130 interrupted.
+cannot be read or written, or nothing is selected. After an interrupt 130, after
+SIGTERM 143, after SIGHUP 129: nothing more is written.
 
 Examples:
-  qel-purchase explain examples/purchases.jsonl --line 32
-  qel-purchase explain examples/purchases.jsonl --html purchases.html)";
+
+  qel-purchase explain --line 32 examples/purchases.jsonl
+
+  qel-purchase explain --html purchases.html examples/purchases.jsonl)";
 
 }  // namespace
 
