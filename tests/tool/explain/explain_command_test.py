@@ -19,7 +19,7 @@ EXAMPLES = os.path.join(PROJECT, "examples", "purchases.jsonl")
 GOLDEN = os.path.join(PROJECT, "tests", "golden", "purchases.jsonl")
 
 # A run that takes longer hangs.
-TIMEOUT = 120
+TIMEOUT = 600
 
 GOOD = b'{"id":"good"}'
 HOSTILE = {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <iostream>
@@ -252,7 +252,7 @@ const std::vector<Statement>& statements() {
              [](const QELInAppPurchaseItem& item) { return item.webOrderLineItemID == "0"; });
        }},
       {"The product's price is not a number",
-       [](const Truth& t) { return !(t.purchase.product->price->doubleValue() >= 0); }},
+       [](const Truth& t) { return std::isnan(t.purchase.product->price->doubleValue()); }},
       {"In micros that would be ",
        [](const Truth& t) { return t.purchase.product->price->doubleValue() >= 100000; }},
       {"In cents that would be ",

@@ -43,9 +43,13 @@ SINGLE = (28, 17, 19, 51, 12, 80, 65)
 # Returns [text, contrast] of each visible text whose contrast to its background is below 4.5 (WCAG 2).
 LOW_CONTRAST = """
 const canvas = document.createElement('canvas').getContext('2d', {willReadFrequently: true});
+const known = new Map();
 function rgb(color) {
-  canvas.clearRect(0, 0, 1, 1); canvas.fillStyle = color; canvas.fillRect(0, 0, 1, 1);
-  return [...canvas.getImageData(0, 0, 1, 1).data];
+  if (!known.has(color)) {
+    canvas.clearRect(0, 0, 1, 1); canvas.fillStyle = color; canvas.fillRect(0, 0, 1, 1);
+    known.set(color, [...canvas.getImageData(0, 0, 1, 1).data]);
+  }
+  return known.get(color);
 }
 function luminance([r, g, b]) {
   const [x, y, z] = [r, g, b].map(v => (v /= 255) <= 0.04045 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4);
@@ -109,6 +113,9 @@ class PageBrowserTest(unittest.TestCase):
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         cls.browser = webdriver.Chrome(options=options, service=Service(DRIVER))
+        # Builds and other tests can share the machine.
+        cls.browser.set_script_timeout(600)
+        cls.browser.set_page_load_timeout(600)
         cls.folder = tempfile.TemporaryDirectory()
 
     @classmethod
