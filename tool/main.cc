@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
   std::set_terminate(onTerminate);
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
+  app.footer("'qel-purchase SUBCOMMAND --help' shows the options of a subcommand, and examples.");
   app.option_defaults()->take_last();
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);
   try {
