@@ -520,15 +520,34 @@ class UsageTest(CommandTest):
 
     def test_wrong_usage_is_told_with_what_was_expected(self):
         for arguments, message in (
-            ([], b"expected the subcommand events\n"),
-            (["event"], b"expected the subcommand events, found event\n"),
+            ([], b"expected a subcommand ("),
+            (["event"], b"found event; did you mean events?\n"),
+            (["--jobs", "2", "events"], b"unknown option --jobs before the subcommand\n"),
+            (["events", "--job", "2"], b"unknown option --job; did you mean --jobs?\n"),
             (["events", "--jobs", "0"], b"--jobs: expected a number from 1 to 1024, found 0\n"),
             (
                 ["events", "--first-line", "1e3"],
                 b"--first-line: expected a number from 1 to 18446744073709551615, found 1e3\n",
             ),
         ):
-            self.assertIn(b"qel-purchase: " + message, run(*arguments, data=GOOD).stderr)
+            messages = run(*arguments, data=GOOD).stderr
+            self.assertTrue(messages.startswith(b"qel-purchase: "), messages)
+            self.assertIn(message, messages)
+
+    def test_wrong_usage_points_to_the_help_of_its_subcommand(self):
+        for arguments, command in (
+            ([], b"qel-purchase"),
+            (["event"], b"qel-purchase"),
+            (["--unknown"], b"qel-purchase"),
+            (["events", "--unknown"], b"qel-purchase events"),
+            (["events", "--jobs", "0"], b"qel-purchase events"),
+        ):
+            messages = run(*arguments, data=GOOD).stderr
+            self.assertTrue(messages.endswith(b"\nTry '" + command + b" --help'.\n"), messages)
+
+    def test_the_last_of_repeated_options_counts(self):
+        process = run("events", "--first-line", "5", "--first-line", "7", data=b"[]")
+        self.assertEqual(self.results(process, 1)[0]["error"]["line"], 7)
 
     def test_numbers_of_lines_are_decimal(self):
         for number, line in (("0100", 100), ("08", 8), ("18446744073709551615", 2**64 - 1)):
