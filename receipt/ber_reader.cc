@@ -120,7 +120,10 @@ BerElement BerReader::next(const BerType& type) {
     throw BerError{rest_.offset, std::string("expected ") + type.name + ", found the end"};
   }
   const BerElement element = next();
-  if (element.tag != type.tag) failAsUnexpected(element, type.name);
+  const bool isStructure = type.tag == kSequence.tag || type.tag == kSet.tag;
+  if (element.tag != type.tag || (isStructure && !element.isConstructed)) {
+    failAsUnexpected(element, type.name);
+  }
   return element;
 }
 

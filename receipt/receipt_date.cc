@@ -11,23 +11,6 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
-// Returns the timestamp in UTC, for the years 0001 to 9999.
-std::optional<std::string> textOf(const Instant& instant) {
-  const std::chrono::sys_seconds time{std::chrono::seconds(instant.seconds)};
-  const auto midnight = std::chrono::floor<std::chrono::days>(time);
-  const std::chrono::year_month_day date(midnight);
-  const std::chrono::hh_mm_ss clock(time - midnight);
-  const int year = static_cast<int>(date.year());
-  if (year < 1 || year > 9999) return std::nullopt;
-  std::array<char, 32> text = {};
-  const int size = std::snprintf(
-      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", year,
-      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-      static_cast<int>(clock.seconds().count()));
-  return std::string(text.data(), static_cast<std::size_t>(size));
-}
-
 // Removes a fraction of a second from the start of `text`: a point and at least one digit.
 void takeFraction(std::string_view& text) {
   const std::size_t end = std::min(text.find_first_not_of(kDigits, 1), text.size());
@@ -59,7 +42,24 @@ std::optional<std::string> rfc3339FromReceiptDate(std::string_view text) noexcep
   text.remove_prefix(kSecondsSize);
   takeFraction(text);
   const std::optional<Instant> instant = parseRfc3339(dateAndTime + zoneOf(text));
-  return instant.has_value() ? textOf(*instant) : std::nullopt;
+  return instant.has_value() ? rfc3339FromUnixTime(instant->seconds) : std::nullopt;
+}
+
+std::optional<std::string> rfc3339FromUnixTime(std::int64_t seconds) noexcept {
+  constexpr std::int64_t kFirst = -62'135'596'800;  // 0001-01-01T00:00:00Z
+  constexpr std::int64_t kLast = 253'402'300'799;   // 9999-12-31T23:59:59Z
+  if (seconds < kFirst || seconds > kLast) return std::nullopt;
+  const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+  const auto midnight = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(midnight);
+  const std::chrono::hh_mm_ss clock(time - midnight);
+  std::array<char, 32> text = {};
+  const int size = std::snprintf(
+      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+      static_cast<int>(clock.seconds().count()));
+  return std::string(text.data(), static_cast<std::size_t>(size));
 }
 
 }  // namespace qel

@@ -8,6 +8,7 @@
 
 #include "command_line.h"
 #include "events_command.h"
+#include "receipt_command.h"
 
 namespace {
 
@@ -38,5 +39,6 @@ int main(int argc, char** argv) {
   return qel::tool::runCommandLine(argc, argv, app,
                                    {
                                        qel::tool::addEvents(app),
+                                       qel::tool::addReceipt(app),
                                    });
 }

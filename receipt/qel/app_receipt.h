@@ -110,6 +110,11 @@ verifyReceiptSignature(std::string_view bytes, std::string_view certificates) no
 [[nodiscard]] QEL_EXPORT std::optional<std::string> rfc3339FromReceiptDate(
     std::string_view text) noexcept;
 
+// Returns the timestamp in the form of RFC 3339, in UTC, of seconds since 1970-01-01T00:00:00Z.
+// Returns std::nullopt for a year outside 0001 to 9999.
+[[nodiscard]] QEL_EXPORT std::optional<std::string> rfc3339FromUnixTime(
+    std::int64_t seconds) noexcept;
+
 }  // namespace qel
 
 #endif  // QEL_APP_RECEIPT_H_
