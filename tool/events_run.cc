@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "diagnostics_collector.h"
+#include "input_file.h"
 #include "interrupt.h"
 #include "line_blocks.h"
 #include "progress.h"
@@ -27,6 +28,9 @@
 
 namespace qel::tool {
 namespace {
+
+// The longest line, in bytes.
+constexpr std::size_t kMaxLine = std::size_t{1} << 30;
 
 struct Counts {
   std::uint64_t read = 0;
@@ -43,6 +47,8 @@ struct Counts {
 // A block of lines and its results.
 struct Work {
   LineBlock block;
+  // Bytes of the input up to the end of the block, before decompression.
+  std::uint64_t bytesRead = 0;
   TextBuffer output;
   // Diagnostics of the line in progress.
   TextBuffer diagnostics;
@@ -83,45 +89,23 @@ void processBlock(PurchaseReader& reader, Int64Form int64Form, Work& work) {
   }
 }
 
-void complain(const std::string& what, const std::error_code& error) {
-  std::fprintf(stderr, "qel-purchase: %s: %s\n", what.c_str(), error.message().c_str());
+void complain(const std::string& what) { std::fprintf(stderr, "qel-purchase: %s\n", what.c_str()); }
+
+// Returns the size of an input in bytes, or std::nullopt if it is not known.
+std::optional<std::uint64_t> sizeOf(const std::string& path) {
+  const std::optional<struct stat> status = inputStatus(path);
+  if (!status.has_value() || !S_ISREG(status->st_mode)) return std::nullopt;
+  return static_cast<std::uint64_t>(status->st_size);
 }
-
-// The descriptor of the input. Closed at the end unless it is standard input.
-class Input {
- public:
-  explicit Input(const std::string& path)
-      : isStandard_(path == "-"),
-        descriptor_(isStandard_ ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category());
-  }
-  ~Input() {
-    if (!isStandard_) close(descriptor_);
-  }
-  Input(const Input&) = delete;
-  Input& operator=(const Input&) = delete;
-
-  int descriptor() const { return descriptor_; }
-
-  // Returns the size in bytes, or std::nullopt if it is not known.
-  std::optional<std::uint64_t> size() const {
-    struct stat status = {};
-    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    return static_cast<std::uint64_t>(status.st_size);
-  }
-
- private:
-  const bool isStandard_;
-  const int descriptor_;
-};
 
 // One run over one input: reads blocks, processes several in parallel, writes them in order.
 class Run {
  public:
-  Run(const EventsOptions& options, const Input& input)
+  Run(const EventsOptions& options, InputFile& input)
       : options_(options),
-        reader_(input.descriptor(), options.firstLineNumber),
-        progress_(options.showsProgress, input.size()),
+        input_(input),
+        reader_(input, options.firstLineNumber, kMaxLine),
+        progress_(options.showsProgress, sizeOf(options.input)),
         readers_([&options] {
           return std::make_unique<PurchaseReader>(
               options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors);
@@ -157,8 +141,8 @@ class Run {
   // Number of lines of results that were written.
   std::uint64_t writtenLines() const { return writtenLines_; }
 
-  // Failure of the input, and of the output. No error if there was none.
-  const std::error_code& readError() const { return readError_; }
+  // Failure of the input, and of the output. Empty if there was none.
+  const std::string& readError() const { return readError_; }
   const std::error_code& writeError() const { return writeError_; }
 
  private:
@@ -169,9 +153,11 @@ class Run {
     // free again.
     Work& work = works_[nextWork_++ % works_.size()];
     try {
-      return reader_.next(work.block) ? &work : nullptr;
-    } catch (const std::system_error& error) {
-      readError_ = error.code();
+      if (!reader_.next(work.block)) return nullptr;
+      work.bytesRead = input_.bytesRead();
+      return &work;
+    } catch (const InputError& error) {
+      readError_ = error.what();
       return nullptr;
     }
   }
@@ -187,11 +173,11 @@ class Run {
       return;
     }
     writtenLines_ += work.counts.all();
-    doneBytes_ += work.block.size;
-    progress_.update(doneBytes_, writtenLines_);
+    progress_.update(work.bytesRead, writtenLines_);
   }
 
   const EventsOptions& options_;
+  InputFile& input_;
   LineBlockReader reader_;
   ProgressLine progress_;
   oneapi::tbb::enumerable_thread_specific<std::unique_ptr<PurchaseReader>> readers_;
@@ -199,8 +185,7 @@ class Run {
   std::size_t nextWork_ = 0;
   Counts counts_;
   std::uint64_t writtenLines_ = 0;
-  std::uint64_t doneBytes_ = 0;
-  std::error_code readError_;
+  std::string readError_;
   std::error_code writeError_;
   // Stops reading after writing has failed.
   std::atomic<bool> hasWriteFailed_ = false;
@@ -213,18 +198,17 @@ std::string counted(std::uint64_t number, const char* noun) {
 }  // namespace
 
 ExitStatus runEvents(const EventsOptions& options) {
-  const std::string inputName = options.input == "-" ? "standard input" : options.input;
-  std::optional<Input> input;
+  std::optional<InputFile> input;
   try {
     catchInterrupt();
   } catch (const std::system_error& error) {
-    complain("cannot catch interrupts", error.code());
+    complain("cannot catch interrupts: " + error.code().message());
     return kFailed;
   }
   try {
     input.emplace(options.input);
-  } catch (const std::system_error& error) {
-    complain("cannot open " + inputName, error.code());
+  } catch (const InputError& error) {
+    complain(error.what());
     return kFailed;
   }
 
@@ -234,15 +218,15 @@ ExitStatus runEvents(const EventsOptions& options) {
   QELMeasurement::setMonitor(nullptr);
 
   const Counts& counts = run.counts();
-  if (run.readError()) complain("cannot read " + inputName, run.readError());
-  if (run.writeError()) complain("cannot write standard output", run.writeError());
+  if (!run.readError().empty()) complain(run.readError());
+  if (run.writeError()) complain("cannot write standard output: " + run.writeError().message());
   if (isInterrupted()) {
     std::fprintf(stderr, "qel-purchase: interrupted, %s written\n",
                  counted(run.writtenLines(), "line").c_str());
   }
   std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
                counted(counts.read, "purchase").c_str(), counted(counts.rejected, "line").c_str());
-  if (run.readError() || run.writeError()) return kFailed;
+  if (!run.readError().empty() || run.writeError()) return kFailed;
   if (isInterrupted()) return kInterrupted;
   return counts.rejected > 0 ? kSomeRejected : kAllRead;
 }

@@ -1,9 +1,7 @@
 #include "receipt_run.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
@@ -13,6 +11,7 @@
 #include <utility>
 #include <variant>
 
+#include "input_file.h"
 #include "json_reader.h"
 #include "line_blocks.h"
 #include "product_catalogue.h"
@@ -31,43 +30,15 @@ std::string counted(std::uint64_t number, const char* noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
-std::string nameOf(const std::string& path) { return path == "-" ? "standard input" : path; }
-
-// A file that cannot be opened or read. The text says which.
-struct InputFailure {
+// A file that is given beside the receipts cannot be used. The text says which, and why.
+struct OptionFailure {
   std::string message;
 };
 
-// Reads all of an input, up to one byte more than a receipt can have. JsonReader::kPadding bytes
-// after the text are readable.
-std::string readWhole(const std::string& path) {
-  const auto fail = [&path](const char* what) {
-    throw InputFailure{std::string("cannot ") + what + " " + nameOf(path) + ": " +
-                       std::generic_category().message(errno)};
-  };
-  const bool isStandard = path == "-";
-  const int descriptor = isStandard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) fail("open");
-  struct Closer {
-    int descriptor;
-    ~Closer() {
-      if (descriptor != STDIN_FILENO) close(descriptor);
-    }
-  } const closer{descriptor};
-
-  constexpr std::size_t kStep = std::size_t{1} << 18;
-  std::string text;
-  std::size_t size = 0;
-  while (size <= kMaxReceiptSize) {
-    text.resize(size + kStep);
-    const ssize_t count = read(descriptor, text.data() + size, kStep);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail("read");
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  text.resize(size);
-  text.reserve(size + JsonReader::kPadding);
+// Returns the content of an input. JsonReader::kPadding bytes after it are readable.
+std::string readPadded(const std::string& path) {
+  std::string text = readInput(path, kMaxReceiptSize);
+  text.reserve(text.size() + JsonReader::kPadding);
   return text;
 }
 
@@ -79,19 +50,19 @@ bool isJson(std::string_view text) {
 class Run {
  public:
   explicit Run(const ReceiptOptions& options) : options_(options) {
-    if (!options.certificates.empty()) certificates_ = readWhole(options.certificates);
+    if (!options.certificates.empty()) certificates_ = readPadded(options.certificates);
     if (!options.products.empty()) {
       try {
-        catalogue_ = readProductCatalogue(readWhole(options.products));
+        catalogue_ = readProductCatalogue(readPadded(options.products));
       } catch (const JsonError& error) {
         const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
-        throw InputFailure{nameOf(options.products) + where + ": " + error.message};
+        throw OptionFailure{inputName(options.products) + where + ": " + error.message};
       }
     }
   }
 
   void process(const std::string& path) {
-    const std::string text = readWhole(path);
+    const std::string text = readPadded(path);
     std::string_view content = text;
     if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
     const AppReceiptResult result = read(content);
@@ -108,7 +79,7 @@ class Run {
     if (!options_.writesPurchases) {
       appendReceipt(path, signature, receipt, out_);
     } else if (isFailed) {
-      complain(nameOf(path) +
+      complain(inputName(path) +
                ": no purchases written, because the signature is not verified: " + signature);
     } else {
       writePurchases(receipt);
@@ -124,8 +95,8 @@ class Run {
     }
     if (!missingProducts_.empty()) {
       complain(counted(purchasesWithoutProduct_, "purchase") + " of " +
-               counted(missingProducts_.size(), "product") + " that " + nameOf(options_.products) +
-               " lacks, such as " + *missingProducts_.begin());
+               counted(missingProducts_.size(), "product") + " that " +
+               inputName(options_.products) + " lacks, such as " + *missingProducts_.begin());
     }
     if (failedSignatures_ > 0) {
       complain(counted(failedSignatures_, "signature") + " not verified");
@@ -141,7 +112,7 @@ class Run {
   static constexpr std::string_view kNotChecked = "not checked";
 
   static AppReceiptResult read(std::string_view content) {
-    if (!isJson(content) || content.size() > kMaxReceiptSize) return readAppReceipt(content);
+    if (!isJson(content)) return readAppReceipt(content);
     try {
       return readServiceAnswer(content);
     } catch (const JsonError& error) {
@@ -159,7 +130,7 @@ class Run {
   void reject(const std::string& path, const ReceiptError& error) {
     ++rejectedReceipts_;
     if (options_.writesPurchases) {
-      complain(nameOf(path) + ": " + (error.path.empty() ? "" : error.path + ", ") + "byte " +
+      complain(inputName(path) + ": " + (error.path.empty() ? "" : error.path + ", ") + "byte " +
                std::to_string(error.offset) + ": " + error.message);
     } else {
       appendReceiptError(path, error, out_);
@@ -211,16 +182,19 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
   std::optional<Run> run;
   try {
     run.emplace(options);
-  } catch (const InputFailure& failure) {
+  } catch (const OptionFailure& failure) {
     complain(failure.message);
+    return kFailed;
+  } catch (const InputError& error) {
+    complain(error.what());
     return kFailed;
   }
   bool hasFailed = false;
   for (const std::string& input : options.inputs) {
     try {
       run->process(input);
-    } catch (const InputFailure& failure) {
-      complain(failure.message);
+    } catch (const InputError& error) {
+      complain(error.what());
       hasFailed = true;
     } catch (const std::system_error& error) {
       complain("cannot write standard output: " + error.code().message());

@@ -17,10 +17,12 @@
 namespace qel::tool {
 namespace {
 
+constexpr std::size_t kMaxLine = 4'000'000;
+
 // A pipe whose reading end is read in blocks.
 class LineBlockReaderTest : public ::testing::Test {
  protected:
-  LineBlockReaderTest() : reader_((open(), ends_[0])) {}
+  LineBlockReaderTest() : input_(openedPath()), reader_(input_, 1, kMaxLine) {}
   ~LineBlockReaderTest() override {
     closeInput();
     ::close(ends_[0]);
@@ -40,16 +42,19 @@ class LineBlockReaderTest : public ::testing::Test {
   LineBlock block_;
 
  private:
-  void open() {
+  // Opens the pipe and returns the path of its reading end.
+  std::string openedPath() {
     static const bool isCaught = [] {
       catchInterrupt();
       return true;
     }();
     if (!isCaught || pipe(ends_.data()) != 0)
       throw std::system_error(errno, std::generic_category());
+    return "/dev/fd/" + std::to_string(ends_[0]);
   }
 
   std::array<int, 2> ends_ = {-1, -1};
+  InputFile input_;
   LineBlockReader reader_;
 };
 
@@ -105,14 +110,40 @@ TEST_F(LineBlockReaderTest, GivesALineLongerThanAnyBlockInOnePiece) {
     closeInput();
   });
   std::vector<std::string> lines;
-  std::size_t size = 0;
   while (next() != Lines{"(end)"}) {
+    EXPECT_FALSE(block_.isCut);
     lines.insert(lines.end(), block_.lines.begin(), block_.lines.end());
-    size += block_.size;
   }
   writer.join();
   EXPECT_EQ(lines, (std::vector<std::string>{line, "next"}));
-  EXPECT_EQ(size, line.size() + 6);
+}
+
+TEST_F(LineBlockReaderTest, CutsALineThatIsTooLongAndGoesOnBehindIt) {
+  for (const std::size_t excess : {0U, 500'000U}) {
+    const std::string line(kMaxLine + excess, 'x');
+    std::thread writer([&] { write("one\n" + line + "\nthree\nfour\n"); });
+    std::vector<std::string> lines;
+    int cutCount = 0;
+    while (lines.size() < 4) {
+      const Lines more = next();
+      lines.insert(lines.end(), more.begin(), more.end());
+      if (block_.isCut) ++cutCount;
+    }
+    writer.join();
+    const std::string cut = line.substr(0, kMaxLine + 1);
+    EXPECT_EQ(lines, (std::vector<std::string>{"one", cut, "three", "four"})) << excess;
+    EXPECT_EQ(cutCount, excess == 0 ? 0 : 1);
+  }
+}
+
+TEST_F(LineBlockReaderTest, EndsBehindALineThatIsTooLong) {
+  std::thread writer([&] {
+    write(std::string(kMaxLine + 300'000, 'x'));
+    closeInput();
+  });
+  EXPECT_EQ(next(), Lines{std::string(kMaxLine + 1, 'x')});
+  EXPECT_EQ(next(), Lines{"(end)"});
+  writer.join();
 }
 
 TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
@@ -124,12 +155,10 @@ TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
 }
 
 TEST(LineBlockReaderErrorTest, ThrowsWhenTheInputCannotBeRead) {
-  const int folder = open("/", O_RDONLY);
-  ASSERT_GE(folder, 0);
-  LineBlockReader reader(folder);
+  InputFile folder("/");
+  LineBlockReader reader(folder, 1, kMaxLine);
   LineBlock block;
-  EXPECT_THROW(reader.next(block), std::system_error);
-  close(folder);
+  EXPECT_THROW(reader.next(block), InputError);
 }
 
 TEST(WriteAllTest, ThrowsWhenTheDiskIsFull) {
