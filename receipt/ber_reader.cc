@@ -12,6 +12,7 @@ namespace qel::receipt {
 namespace {
 
 constexpr int kMaxIndefiniteLevels = 32;
+constexpr std::size_t kEndOfContentsSize = 2;
 
 const unsigned char* unsignedBytes(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
@@ -25,7 +26,10 @@ struct Header {
   // Of the header itself.
   std::size_t size = 0;
 
-  bool isEndOfContents() const { return tag == V_ASN1_EOC && !isConstructed && contentSize == 0; }
+  // Returns whether it is the marker that ends an indefinite length: two bytes of 0.
+  bool isEndOfContents() const {
+    return tag == V_ASN1_EOC && !isConstructed && contentSize == 0 && size == kEndOfContentsSize;
+  }
 };
 
 // Reads the header at the start of `bytes`.
@@ -56,8 +60,6 @@ Header readHeader(const BerBytes& bytes) {
   header.size = size;
   return header;
 }
-
-constexpr std::size_t kEndOfContentsSize = 2;
 
 // Returns the size of a content of indefinite length, without its end marker. Its elements are at
 // the start of `bytes`.

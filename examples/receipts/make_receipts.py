@@ -7,6 +7,7 @@ Each run makes new keys, so signatures differ from run to run. Private keys are 
 """
 
 import base64
+import json
 import os
 import subprocess
 import sys
@@ -241,6 +242,42 @@ def development_receipt():
     return octet_string(receipt(values, [entry]))
 
 
+def service_entry(transaction, second, web_order, trial="false"):
+    day, milliseconds = second
+    return {
+        "quantity": "1",
+        "product_id": "com.example.reader.monthly",
+        "transaction_id": transaction,
+        "original_transaction_id": "540000712300101",
+        "purchase_date": day + " 08:00:00 Etc/GMT",
+        "purchase_date_ms": milliseconds,
+        "web_order_line_item_id": web_order,
+        "is_trial_period": trial,
+        "is_in_intro_offer_period": "false",
+    }
+
+
+def service_answer():
+    """The validation service's answer: the same subscription, of which the receipt has the trial."""
+    trial = service_entry("540000712300101", ("2024-01-05", "1704441600000"), "540000091200041", "true")
+    conversion = service_entry("540000712300140", ("2024-01-12", "1705046400000"), "540000091200042")
+    renewal = service_entry("540000712300203", ("2024-02-12", "1707724800000"), "540000091200043")
+    receipt = {
+        "bundle_id": "com.example.reader",
+        "application_version": "3.2.1",
+        "original_application_version": "1.0",
+        "receipt_creation_date": "2024-01-05 08:00:03 Etc/GMT",
+        "in_app": [trial],
+    }
+    answer = {
+        "status": 0,
+        "environment": "Production",
+        "receipt": receipt,
+        "latest_receipt_info": [trial, conversion, renewal],
+    }
+    return (json.dumps(answer, indent=1) + "\n").encode()
+
+
 def main():
     target = sys.argv[1]
 
@@ -252,6 +289,7 @@ def main():
         signer = Signer(folder)
         write("ca.pem", signer.certificate())
         write("production.b64", base64.encodebytes(signer.sign(production_receipt(), "-stream", "-md", "sha1")))
+        write("service.json", service_answer())
         write("development.der", signer.sign(development_receipt(), "-md", "sha256"))
 
 

@@ -67,8 +67,8 @@ struct ReceiptError {
   // index 3.
   std::string path;
 
-  // Offset of the byte: in the input if `path` is empty, otherwise in the content. In a string that
-  // BER splits, counts from the start of the string.
+  // Offset of the byte: in the input, or in what its base64 encodes, if `path` is empty; otherwise
+  // in the content. In a string that BER splits, counts from the start of the string.
   std::size_t offset = 0;
 
   // What was expected, and what was found.

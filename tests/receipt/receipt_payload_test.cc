@@ -210,7 +210,7 @@ TEST(ReceiptPayloadTest, ErrorsNameTheAttributeAndTheByte) {
   EXPECT_EQ(failureOf(attributeSet({good, entryAttribute({attribute(1701, utf8Element("3"))})})),
             "/content/17/1/1701, 37: expected an INTEGER, found UTF8STRING of 1 bytes");
   EXPECT_EQ(failureOf(attributeSet({good, attribute(17, "x")})),
-            "/content/17/1, 26: expected an element of ASN.1, found a broken or cut header");
+            "/content/17/1, 24: expected an element of ASN.1, found a broken or cut header");
 }
 
 TEST(ReceiptPayloadTest, MoreFieldsInAnAttributeAreAnError) {
@@ -233,7 +233,7 @@ TEST(ReceiptPayloadTest, DuplicateAttributesAreErrors) {
             "/content/2, 25: expected each attribute once, found it twice");
   const std::string product = attribute(1702, utf8Element("a"));
   EXPECT_EQ(failureOf(attributeSet({entryAttribute({product, product})})),
-            "/content/17/0/1702, 38: expected each attribute once, found it twice");
+            "/content/17/0/1702, 39: expected each attribute once, found it twice");
 }
 
 TEST(ReceiptPayloadTest, EntriesAreLimited) {

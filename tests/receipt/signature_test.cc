@@ -59,7 +59,7 @@ TEST(SignatureTest, CertificatesCanBeSeveralOrInDerOrNoRoot) {
 TEST(SignatureTest, AChainToAnotherRootIsNotVerified) {
   const ReceiptSigner other;
   EXPECT_EQ(verification(receiptOfDate("2024-03-15T10:00:05Z"), other.root()),
-            "certificate verify error: Verify error: unable to get issuer certificate");
+            "certificate verify error: Verify error: unable to get local issuer certificate");
 }
 
 TEST(SignatureTest, TheChainIsCheckedAtTheCreationDate) {
@@ -81,7 +81,7 @@ TEST(SignatureTest, AChangedContentIsNotVerified) {
   std::string receipt = receiptOfDate("2024-03-15T10:00:05Z");
   receipt.replace(receipt.find("com.example.app"), 3, "net");
   ASSERT_TRUE(std::holds_alternative<AppReceipt>(readAppReceipt(receipt)));
-  EXPECT_EQ(verification(receipt, signer().root()), "verification failure");
+  EXPECT_EQ(verification(receipt, signer().root()), "content verify error");
 }
 
 TEST(SignatureTest, CertificatesMustBeReadable) {
@@ -112,8 +112,9 @@ TEST(SignatureTest, ChangesNeverVerifyAnotherContent) {
     EXPECT_EQ(std::get<AppReceipt>(result).bundleIdentifier, "com.example.app") << i;
     EXPECT_EQ(std::get<AppReceipt>(result).creationDate, "2024-03-15T10:00:05Z") << i;
   }
-  // Such as in the versions, which no signature covers.
-  EXPECT_LT(verified, 10);
+  // No signature covers a few bytes, such as those of the versions.
+  EXPECT_GT(verified, 0);
+  EXPECT_LT(verified, static_cast<int>(receipt.size() / 20));
 }
 
 }  // namespace

@@ -27,8 +27,9 @@ constexpr unsigned kConstructed = 0x20;
 struct Node {
   // The first byte of the header: class, constructed, and tags below 31.
   unsigned char type = 0;
+  // Whether the header is the marker that ends an indefinite length.
+  bool isEndMarker = false;
   std::string content;
-  std::vector<Node> children;
 
   bool isConstructed() const { return (type & kConstructed) != 0; }
   unsigned tag() const { return type & ~kConstructed; }
@@ -45,26 +46,20 @@ class TreeReader {
     Node node;
     const std::optional<std::size_t> size = readHeader(node);
     if (!size.has_value()) {
-      const std::size_t start = place_;
       require(depth > 0);
+      const std::size_t start = place_;
       std::size_t end = place_;
-      for (Node child = read(depth - 1); !isEndMarker(child); child = read(depth - 1)) {
-        node.children.push_back(child);
-        end = place_;
-      }
+      while (!read(depth - 1).isEndMarker) end = place_;
       node.content = bytes_.substr(start, end - start);
       return node;
     }
     require(*size <= bytes_.size() - place_);
     node.content = bytes_.substr(place_, *size);
-    lastSize_ = *size;
     place_ += *size;
     return node;
   }
 
  private:
-  static bool isEndMarker(const Node& node) { return node.type == 0 && node.content.empty(); }
-
   unsigned char take() {
     require(!atEnd());
     return static_cast<unsigned char>(bytes_[place_++]);
@@ -85,6 +80,7 @@ class TreeReader {
       require(!atEnd());
     }
     const unsigned char first = take();
+    node.isEndMarker = node.type == 0 && first == 0;
     if (first < 0x80) return first;
     if (first == 0x80) {
       require(node.isConstructed());
@@ -100,10 +96,10 @@ class TreeReader {
 
   std::string_view bytes_;
   std::size_t place_ = 0;
-  std::size_t lastSize_ = 0;
 };
 
-constexpr int kMaxIndefinite = 33;
+// How deep indefinite lengths may nest.
+constexpr int kMaxIndefinite = 32;
 
 // Reads `bytes` as elements that follow one another.
 std::vector<Node> elementsOf(std::string_view bytes) {
@@ -123,7 +119,10 @@ std::string joined(const Node& node, int depth) {
   if (!node.isConstructed()) return node.content;
   require(depth > 0);
   std::string octets;
-  for (const Node& piece : elementsOf(node.content)) octets += joined(piece, depth - 1);
+  for (const Node& piece : elementsOf(node.content)) {
+    require(!piece.isEndMarker);
+    octets += joined(piece, depth - 1);
+  }
   return octets;
 }
 

@@ -54,9 +54,10 @@ void addExtension(X509* certificate, int type, const char* value) {
   require(X509_add_ext(certificate, extension.get(), -1) == 1);
 }
 
-void setName(X509_NAME* name, const char* text) {
+void setName(X509_NAME* name, const std::string& text) {
   require(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
-                                     reinterpret_cast<const unsigned char*>(text), -1, -1, 0) == 1);
+                                     reinterpret_cast<const unsigned char*>(text.c_str()), -1, -1,
+                                     0) == 1);
 }
 
 struct Identity {
@@ -65,8 +66,8 @@ struct Identity {
 };
 
 // Makes a certificate. A root issues itself: `issuer` is null.
-Identity makeIdentity(const char* name, const Identity* issuer, bool isAuthority, const char* start,
-                      const char* end) {
+Identity makeIdentity(const std::string& name, const Identity* issuer, bool isAuthority,
+                      const char* start, const char* end) {
   static long serial = 0;
   Identity identity = {owned(EVP_EC_gen("P-256")), owned(X509_new())};
   X509* const certificate = identity.certificate.get();
@@ -74,7 +75,8 @@ Identity makeIdentity(const char* name, const Identity* issuer, bool isAuthority
   require(ASN1_INTEGER_set(X509_get_serialNumber(certificate), ++serial) == 1);
   require(ASN1_TIME_set_string(X509_getm_notBefore(certificate), start) == 1);
   require(ASN1_TIME_set_string(X509_getm_notAfter(certificate), end) == 1);
-  setName(X509_get_subject_name(certificate), name);
+  // Two signers have different names, so that a chain has one issuer only.
+  setName(X509_get_subject_name(certificate), name + std::to_string(serial));
   const X509* const issuing = issuer != nullptr ? issuer->certificate.get() : certificate;
   require(X509_set_issuer_name(certificate, X509_get_subject_name(issuing)) == 1);
   require(X509_set_pubkey(certificate, identity.key.get()) == 1);
