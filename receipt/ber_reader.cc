@@ -35,18 +35,18 @@ struct Header {
 // Reads the header at the start of `bytes`.
 Header readHeader(const BerBytes& bytes) {
   const unsigned char* position = unsignedBytes(bytes.bytes);
-  long length = 0;
+  OpensslSize length = 0;
   int tag = 0;
   int tagClass = 0;
-  const int flags =
-      ASN1_get_object(&position, &length, &tag, &tagClass, static_cast<long>(bytes.bytes.size()));
+  const int flags = ASN1_get_object(&position, &length, &tag, &tagClass,
+                                    static_cast<OpensslSize>(bytes.bytes.size()));
   constexpr int kIsBroken = 0x80;
   constexpr int kIsIndefinite = 0x01;
   const auto size = static_cast<std::size_t>(position - unsignedBytes(bytes.bytes));
   if ((flags & kIsBroken) != 0) {
     // The position moves over a header only if nothing but the length is wrong.
     const std::size_t left = bytes.bytes.size() - size;
-    if (size > 0 && length > 0 && static_cast<unsigned long>(length) > left) {
+    if (size > 0 && length > 0 && static_cast<std::size_t>(length) > left) {
       throw BerError{bytes.offset, "expected an element of ASN.1, found a length of " +
                                        std::to_string(length) + " bytes where " +
                                        std::to_string(left) + " are left"};
@@ -54,7 +54,9 @@ Header readHeader(const BerBytes& bytes) {
     throw BerError{bytes.offset, "expected an element of ASN.1, found a broken or cut header"};
   }
   Header header;
-  if (tagClass == V_ASN1_UNIVERSAL) header.tag = tag;
+  // OpenSSL accepts small tags in the form of large ones, which is no BER.
+  const bool isLargeTag = (bytes.bytes.front() & V_ASN1_PRIMITIVE_TAG) == V_ASN1_PRIMITIVE_TAG;
+  if (tagClass == V_ASN1_UNIVERSAL && !isLargeTag) header.tag = tag;
   header.isConstructed = (flags & V_ASN1_CONSTRUCTED) != 0;
   if ((flags & kIsIndefinite) == 0) header.contentSize = static_cast<std::size_t>(length);
   header.size = size;
@@ -149,7 +151,7 @@ BerBytes octetsOf(const BerElement& element, std::string& joined) {
   if (!element.isConstructed) return element.content;
   const unsigned char* position = unsignedBytes(element.encoding);
   const Handle<ASN1_OCTET_STRING> octets(
-      d2i_ASN1_OCTET_STRING(nullptr, &position, static_cast<long>(element.encoding.size())));
+      d2i_ASN1_OCTET_STRING(nullptr, &position, static_cast<OpensslSize>(element.encoding.size())));
   if (octets == nullptr) {
     throw BerError{element.offset,
                    "expected an OCTET STRING, found a broken one in pieces: " + lastOpensslError()};

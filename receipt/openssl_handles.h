@@ -18,6 +18,9 @@
 
 namespace qel::receipt {
 
+// OpenSSL's type of sizes.
+using OpensslSize = long;  // NOLINT(google-runtime-int)
+
 struct HandleDeleter {
   void operator()(ASN1_OCTET_STRING* string) const { ASN1_OCTET_STRING_free(string); }
   void operator()(BIGNUM* number) const { BN_free(number); }

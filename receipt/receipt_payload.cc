@@ -52,15 +52,15 @@ class AttributeValue {
   const BerBytes& octets() const { return octets_; }
 
  private:
-  // Tags of string types whose encoding is that of UTF-8 or a part of it.
+  // Returns whether the element is a string whose encoding is UTF-8 or a part of it.
   static bool isText(const BerElement& element) {
     constexpr int kUtf8String = 12;
     constexpr int kPrintableString = 19;
     constexpr int kIa5String = 22;
     constexpr int kVisibleString = 26;
+    constexpr int kTags[] = {kUtf8String, kPrintableString, kIa5String, kVisibleString};
     return !element.isConstructed &&
-           (element.tag == kUtf8String || element.tag == kPrintableString ||
-            element.tag == kIa5String || element.tag == kVisibleString);
+           std::find(std::begin(kTags), std::end(kTags), element.tag) != std::end(kTags);
   }
 
   std::optional<BerElement> decoded() const {

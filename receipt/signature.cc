@@ -79,7 +79,7 @@ Handle<X509_STORE> trustedStore(std::string_view certificates, std::int64_t seco
 std::string lastReason() {
   const char* details = nullptr;
   int flags = 0;
-  const unsigned long error = ERR_peek_last_error_all(nullptr, nullptr, nullptr, &details, &flags);
+  const auto error = ERR_peek_last_error_all(nullptr, nullptr, nullptr, &details, &flags);
   const char* const reason = ERR_reason_error_string(error);
   std::string text = reason != nullptr ? reason : "unknown error";
   if ((flags & ERR_TXT_STRING) != 0 && details != nullptr && *details != '\0') {

@@ -76,7 +76,7 @@ Handle<CMS_ContentInfo> decoded(std::string_view encoding) {
   checkSize(encoding);
   const auto* position = reinterpret_cast<const unsigned char*>(encoding.data());
   Handle<CMS_ContentInfo> message(
-      d2i_CMS_ContentInfo(nullptr, &position, static_cast<long>(encoding.size())));
+      d2i_CMS_ContentInfo(nullptr, &position, static_cast<OpensslSize>(encoding.size())));
   if (message == nullptr) {
     fail(0, "expected a CMS structure (RFC 5652), found one that is broken: " + lastOpensslError());
   }

@@ -103,6 +103,11 @@ TEST(BerReaderTest, AnotherTypeIsAnError) {
   }
 }
 
+TEST(BerReaderTest, ASmallTagInTheFormOfALargeOneIsNoType) {
+  EXPECT_EQ(firstOf("\x1F\x02\x01\x05").tag, std::nullopt);
+  EXPECT_EQ(firstOf("\x1F\x81\x02\x01\x05").tag, std::nullopt);
+}
+
 TEST(BerReaderTest, MoreElementsThanExpectedAreAnError) {
   const std::string bytes = "abc";
   EXPECT_EQ(failureOf([&] {
