@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "closest_word.h"
+#include "messages.h"
 
 namespace qel::tool {
 namespace {
@@ -31,7 +32,7 @@ class HelpFormatter : public CLI::Formatter {
 ExitStatus show(const std::string& text) {
   std::cout << text << std::flush;
   if (std::cout) return kAllRead;
-  std::cerr << "qel-purchase: cannot write standard output\n";
+  report("cannot write standard output");
   return kFailed;
 }
 
@@ -81,7 +82,8 @@ const CLI::App& chosenPart(const CLI::App& app) {
 ExitStatus reportUsage(const CLI::App& app, const std::string& error) {
   const CLI::App* const parent = app.get_parent();
   const std::string command = (parent != nullptr ? parent->get_name() + " " : "") + app.get_name();
-  std::cerr << "qel-purchase: " << error << "\nTry '" << command << " --help'.\n";
+  report(error);
+  std::cerr << "Try '" << command << " --help'.\n";
   return kFailed;
 }
 
@@ -106,6 +108,10 @@ ExitStatus runCommandLine(int argc, const char* const* argv, CLI::App& app,
   } catch (const CLI::ExtrasError&) {
     const CLI::App& part = app.remaining().empty() ? chosenPart(app) : app;
     return reportUsage(part, unknownWord(part));
+  } catch (const CLI::ArgumentMismatch& error) {
+    // Its text starts with the option: "--jobs: 1 required N missing".
+    const std::string text = error.what();
+    return reportUsage(chosenPart(app), text.substr(0, text.find(':')) + ": expected a value");
   } catch (const CLI::ParseError& error) {
     return reportUsage(chosenPart(app), error.what());
   }

@@ -1,234 +1,198 @@
 #include "events_run.h"
 
-#include <fcntl.h>
 #include <oneapi/tbb/enumerable_thread_specific.h>
 #include <oneapi/tbb/global_control.h>
 #include <oneapi/tbb/parallel_pipeline.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
+#include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <optional>
-#include <string_view>
+#include <string>
 #include <system_error>
 #include <vector>
 
+#include "block_processor.h"
 #include "diagnostics_collector.h"
-#include "input_file.h"
+#include "events_summary.h"
+#include "input_sequence.h"
 #include "interrupt.h"
-#include "line_blocks.h"
+#include "messages.h"
+#include "output_file.h"
 #include "progress.h"
-#include "purchase_reader.h"
-#include "unreadable_line.h"
+#include "tally.h"
 
 namespace qel::tool {
 namespace {
 
-// The longest line, in bytes.
-constexpr std::size_t kMaxLine = std::size_t{1} << 30;
-
-struct Counts {
-  std::uint64_t read = 0;
-  std::uint64_t rejected = 0;
-
-  std::uint64_t all() const { return read + rejected; }
-  Counts& operator+=(const Counts& other) {
-    read += other.read;
-    rejected += other.rejected;
-    return *this;
+// Returns the size of all inputs in bytes, or std::nullopt if one is not a file.
+std::optional<std::uint64_t> totalSize(const std::vector<std::string>& inputs) {
+  std::uint64_t size = 0;
+  for (const std::string& input : inputs) {
+    const std::optional<struct stat> status = inputStatus(input);
+    if (!status.has_value() || !S_ISREG(status->st_mode)) return std::nullopt;
+    size += static_cast<std::uint64_t>(status->st_size);
   }
-};
-
-// A block of lines and its results.
-struct Work {
-  LineBlock block;
-  // Bytes of the input up to the end of the block, before decompression.
-  std::uint64_t bytesRead = 0;
-  TextBuffer output;
-  // Diagnostics of the line in progress.
-  TextBuffer diagnostics;
-  Counts counts;
-};
-
-bool isBlank(std::string_view line) {
-  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+  return size;
 }
 
-void processLine(std::string_view line, std::uint64_t lineNumber, PurchaseReader& reader,
-                 Int64Form int64Form, Work& work) {
-  try {
-    const Purchase& purchase = reader.read(line);
-    const DiagnosticsCollector::Collection collection(work.diagnostics);
-    const std::optional<EventParameters> event = plainPurchaseEvent(
-        purchase.product.has_value() ? &*purchase.product : nullptr,
-        purchase.transaction.has_value() ? &*purchase.transaction : nullptr, purchase.receipt);
-    appendResult(purchase.id, event, work.diagnostics.text(), int64Form, work.output);
-    ++work.counts.read;
-  } catch (const JsonError& error) {
-    appendError(idOfUnreadableLine(line), lineNumber, error, work.output);
-    ++work.counts.rejected;
-  }
-}
-
-void processBlock(PurchaseReader& reader, Int64Form int64Form, Work& work) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  work.output.clear();
-  work.counts = Counts();
-  std::uint64_t lineNumber = work.block.firstLineNumber;
-  for (std::string_view line : work.block.lines) {
-    if (lineNumber == 1 && line.starts_with(kByteOrderMark)) {
-      line.remove_prefix(kByteOrderMark.size());
-    }
-    if (!isBlank(line)) processLine(line, lineNumber, reader, int64Form, work);
-    ++lineNumber;
-  }
-}
-
-void complain(const std::string& what) { std::fprintf(stderr, "qel-purchase: %s\n", what.c_str()); }
-
-// Returns the size of an input in bytes, or std::nullopt if it is not known.
-std::optional<std::uint64_t> sizeOf(const std::string& path) {
-  const std::optional<struct stat> status = inputStatus(path);
-  if (!status.has_value() || !S_ISREG(status->st_mode)) return std::nullopt;
-  return static_cast<std::uint64_t>(status->st_size);
-}
-
-// One run over one input: reads blocks, processes several in parallel, writes them in order.
+// Reads blocks, processes several in parallel, and writes them in order.
 class Run {
  public:
-  Run(const EventsOptions& options, InputFile& input)
+  Run(const EventsOptions& options, OutputFile& output)
       : options_(options),
-        input_(input),
-        reader_(input, options.firstLineNumber, kMaxLine),
-        progress_(options.showsProgress, sizeOf(options.input)),
-        readers_([&options] {
-          return std::make_unique<PurchaseReader>(
-              options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors);
-        }),
+        output_(output),
+        inputs_(options.inputs, options.firstLineNumber, options.maxLine),
+        progress_(options.showsProgress, totalSize(options.inputs)),
+        processors_([&options] { return std::make_unique<BlockProcessor>(options); }),
         // One block waits to be processed and one to be written while the others are processed.
-        works_(static_cast<std::size_t>(options.jobs) + 2) {}
+        works_(static_cast<std::size_t>(options.jobs) + 2),
+        next_{.input = 0, .line = options.firstLineNumber} {}
 
-  void execute() {
-    namespace tbb = oneapi::tbb;
-    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
-                                      static_cast<std::size_t>(options_.jobs));
-    tbb::parallel_pipeline(
-        works_.size(), tbb::make_filter<void, Work*>(tbb::filter_mode::serial_in_order,
-                                                     [this](tbb::flow_control& flow) {
-                                                       Work* const work = readNext();
-                                                       if (work == nullptr) flow.stop();
-                                                       return work;
-                                                     }) &
-                           tbb::make_filter<Work*, Work*>(tbb::filter_mode::parallel,
-                                                          [this](Work* work) {
-                                                            processBlock(*readers_.local(),
-                                                                         options_.int64Form, *work);
-                                                            return work;
-                                                          }) &
-                           tbb::make_filter<Work*, void>(tbb::filter_mode::serial_in_order,
-                                                         [this](Work* work) { write(*work); }));
+  ExitStatus execute() {
+    runPipeline();
     progress_.erase();
+    if (!hasFailed_ && !isInterrupted()) commit();
+    reportEnd();
+    reportSummary(tally_, options_.inputs);
+    if (hasFailed_) return kFailed;
+    if (isInterrupted()) return static_cast<ExitStatus>(128 + interruptSignal());
+    return tally_.rejected.count > 0 ? kSomeRejected : kAllRead;
   }
-
-  // Number of lines that were processed.
-  const Counts& counts() const { return counts_; }
-
-  // Number of lines of results that were written.
-  std::uint64_t writtenLines() const { return writtenLines_; }
-
-  // Failure of the input, and of the output. Empty if there was none.
-  const std::string& readError() const { return readError_; }
-  const std::error_code& writeError() const { return writeError_; }
 
  private:
-  // Returns the next block to process, or null at the end of the run.
-  Work* readNext() {
-    if (hasWriteFailed_ || isInterrupted()) return nullptr;
+  // A block and its results.
+  struct Work {
+    InputBlock block;
+    BlockResults results;
+  };
+
+  void runPipeline() {
+    namespace tbb = oneapi::tbb;
+    using tbb::filter_mode;
+    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
+                                      static_cast<std::size_t>(options_.jobs));
+    const auto readFilter = tbb::make_filter<void, Work*>(
+        filter_mode::serial_in_order, [this](tbb::flow_control& flow) { return read(flow); });
+    const auto processFilter = tbb::make_filter<Work*, Work*>(
+        filter_mode::parallel, [this](Work* work) { return process(work); });
+    const auto writeFilter = tbb::make_filter<Work*, void>(filter_mode::serial_in_order,
+                                                           [this](Work* work) { write(*work); });
+    tbb::parallel_pipeline(works_.size(), readFilter & processFilter & writeFilter);
+  }
+
+  // Returns the next block to process. Stops the flow at the end of the run.
+  Work* read(oneapi::tbb::flow_control& flow) {
     // At most works_.size() blocks are in progress, and they finish in order, so the oldest one is
     // free again.
-    Work& work = works_[nextWork_++ % works_.size()];
+    Work* const work = &works_[nextWork_++ % works_.size()];
+    if (isStopped_ || isInterrupted() || !inputs_.next(work->block)) flow.stop();
+    return work;
+  }
+
+  Work* process(Work* work) {
+    processors_.local()->process(work->block, options_.maxRejected, work->results);
+    return work;
+  }
+
+  void write(Work& work) {
+    if (isStopped_) return;
+    const std::uint64_t mayBeRejected = options_.maxRejected - tally_.rejected.count;
+    const bool isLast = work.results.tally.rejected.count > mayBeRejected;
+    // Again, up to the line that is one too many, so that the output does not depend on the blocks.
+    if (isLast) processors_.local()->process(work.block, mayBeRejected, work.results);
+    tally_ += work.results.tally;
     try {
-      if (!reader_.next(work.block)) return nullptr;
-      work.bytesRead = input_.bytesRead();
-      return &work;
-    } catch (const InputError& error) {
-      readError_ = error.what();
-      return nullptr;
+      output_.write(work.results.output.text());
+    } catch (const OutputError& error) {
+      stop(error.what());
+      return;
+    }
+    writtenLines_ += work.results.tally.lines();
+    if (isLast) {
+      stop("stopped: more than " + counted(options_.maxRejected, "line") + " rejected");
+    } else {
+      finish(work.block);
     }
   }
 
-  void write(const Work& work) {
-    counts_ += work.counts;
-    if (writeError_) return;
-    try {
-      writeAll(STDOUT_FILENO, work.output.text());
-    } catch (const std::system_error& error) {
-      writeError_ = error.code();
-      hasWriteFailed_ = true;
+  // Goes on behind a block that is written.
+  void finish(const InputBlock& block) {
+    if (!block.failure.empty()) {
+      reportFailure(block.failure);
+      next_ = {.input = block.input + 1, .line = 1};
+      // The file would not be put in place anyway.
+      if (output_.needsCommit()) isStopped_ = true;
       return;
     }
-    writtenLines_ += work.counts.all();
-    progress_.update(work.bytesRead, writtenLines_);
+    next_ = {.input = block.input, .line = block.lines.firstLineNumber + block.lines.lines.size()};
+    progress_.update(block.bytesRead, writtenLines_, tally_.rejected.count);
+  }
+
+  void stop(const std::string& failure) {
+    reportFailure(failure);
+    isStopped_ = true;
+  }
+
+  void reportFailure(const std::string& failure) {
+    progress_.erase();
+    report(failure);
+    hasFailed_ = true;
+  }
+
+  void commit() {
+    try {
+      output_.commit();
+    } catch (const OutputError& error) {
+      reportFailure(error.what());
+    }
+  }
+
+  // Reports an interrupt, and a file that is not put in place.
+  void reportEnd() const {
+    if (output_.needsCommit() && (isInterrupted() || hasFailed_)) {
+      report((isInterrupted() ? "interrupted: " : "") + output_.name() + " is not written");
+    } else if (isInterrupted()) {
+      const bool isMore = next_.input < options_.inputs.size();
+      report("interrupted: " + counted(writtenLines_, "line") + " written" +
+             (isMore ? "; the next is " + textOf(next_, options_.inputs) : ""));
+    }
   }
 
   const EventsOptions& options_;
-  InputFile& input_;
-  LineBlockReader reader_;
+  OutputFile& output_;
+  InputSequence inputs_;
   ProgressLine progress_;
-  oneapi::tbb::enumerable_thread_specific<std::unique_ptr<PurchaseReader>> readers_;
+  oneapi::tbb::enumerable_thread_specific<std::unique_ptr<BlockProcessor>> processors_;
   std::vector<Work> works_;
   std::size_t nextWork_ = 0;
-  Counts counts_;
+  Tally tally_;
   std::uint64_t writtenLines_ = 0;
-  std::string readError_;
-  std::error_code writeError_;
-  // Stops reading after writing has failed.
-  std::atomic<bool> hasWriteFailed_ = false;
+  // The line behind the last one that was written.
+  LinePlace next_;
+  bool hasFailed_ = false;
+  // Read by another thread than the one that writes.
+  std::atomic<bool> isStopped_ = false;
 };
-
-std::string counted(std::uint64_t number, const char* noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
 
 }  // namespace
 
 ExitStatus runEvents(const EventsOptions& options) {
-  std::optional<InputFile> input;
   try {
-    catchInterrupt();
+    catchInterrupts();
+    OutputFile output(options.output, options.inputs);
+    QELMeasurement::setMonitor(std::make_shared<DiagnosticsCollector>());
+    const ExitStatus status = Run(options, output).execute();
+    QELMeasurement::setMonitor(nullptr);
+    return status;
+  } catch (const OutputError& error) {
+    report(error.what());
   } catch (const std::system_error& error) {
-    complain("cannot catch interrupts: " + error.code().message());
-    return kFailed;
+    report("cannot catch interrupts: " + error.code().message());
   }
-  try {
-    input.emplace(options.input);
-  } catch (const InputError& error) {
-    complain(error.what());
-    return kFailed;
-  }
-
-  QELMeasurement::setMonitor(std::make_shared<DiagnosticsCollector>());
-  Run run(options, *input);
-  run.execute();
-  QELMeasurement::setMonitor(nullptr);
-
-  const Counts& counts = run.counts();
-  if (!run.readError().empty()) complain(run.readError());
-  if (run.writeError()) complain("cannot write standard output: " + run.writeError().message());
-  if (isInterrupted()) {
-    std::fprintf(stderr, "qel-purchase: interrupted, %s written\n",
-                 counted(run.writtenLines(), "line").c_str());
-  }
-  std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
-               counted(counts.read, "purchase").c_str(), counted(counts.rejected, "line").c_str());
-  if (!run.readError().empty() || run.writeError()) return kFailed;
-  if (isInterrupted()) return kInterrupted;
-  return counts.rejected > 0 ? kSomeRejected : kAllRead;
+  return kFailed;
 }
 
 }  // namespace qel::tool

@@ -8,8 +8,11 @@ namespace qel::tool {
 enum ExitStatus : int {
   kAllRead = 0,
   kSomeRejected = 1,
-  kFailed = 2,        // wrong usage, or input or output that fails
-  kInterrupted = 130  // what a shell reports for a program that SIGINT ended
+  kFailed = 2,  // wrong usage, or input or output that fails
+  // A signal ended the command: what a shell reports for it.
+  kHungUp = 129,
+  kInterrupted = 130,
+  kTerminated = 143
 };
 
 }  // namespace qel::tool

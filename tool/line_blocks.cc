@@ -1,14 +1,10 @@
 #include "line_blocks.h"
 
-#include <poll.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <new>
 #include <span>
-#include <system_error>
 
+#include "input_format.h"
 #include "interrupt.h"
 #include "json_reader.h"
 
@@ -39,6 +35,12 @@ std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) {
   return input_.read(std::span(block.memory).subspan(size, kReadSize));
 }
 
+void LineBlockReader::throwIfForeign(std::string_view start) const {
+  if (const char* const format = foreignFormat(start)) {
+    throw InputError("cannot read " + inputName(input_.path()) + ": " + format);
+  }
+}
+
 bool LineBlockReader::skipLine(LineBlock& block) {
   for (;;) {
     const std::size_t count = readMore(block, 0);
@@ -57,6 +59,7 @@ std::size_t LineBlockReader::fill(LineBlock& block) {
   std::copy(begun_.begin(), begun_.end(), block.memory.begin());
   std::size_t searched = 0;
   for (;;) {
+    if (isAtStart_) throwIfForeign({block.memory.data(), size});
     const std::string_view added(block.memory.data() + searched, size - searched);
     if (const std::size_t newline = added.rfind('\n'); newline != std::string_view::npos) {
       const std::size_t end = searched + newline + 1;
@@ -89,25 +92,11 @@ bool LineBlockReader::next(LineBlock& block) {
   const std::size_t size = fill(block);
   if (size == 0) return false;
   isSkipping_ = block.isCut;
+  isAtStart_ = false;
   split({block.memory.data(), size}, block.lines);
   block.firstLineNumber = nextLineNumber_;
   nextLineNumber_ += block.lines.size();
   return true;
-}
-
-void writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(descriptor, text.data(), text.size());
-    if (count >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(count));
-    } else if (errno == EAGAIN) {
-      // The descriptor is non-blocking, and its reader is slow.
-      pollfd wait = {.fd = descriptor, .events = POLLOUT, .revents = 0};
-      poll(&wait, 1, -1);
-    } else if (errno != EINTR) {
-      throw std::system_error(errno, std::generic_category());
-    }
-  }
 }
 
 }  // namespace qel::tool

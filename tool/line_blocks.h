@@ -1,4 +1,4 @@
-// Reads input in blocks of whole lines, and writes output.
+// Reads an input in blocks of whole lines.
 
 #ifndef QEL_TOOL_LINE_BLOCKS_H_
 #define QEL_TOOL_LINE_BLOCKS_H_
@@ -34,12 +34,15 @@ class LineBlockReader {
   // The input must outlive the reader. The first line gets the number `firstLineNumber`. A line of
   // more than `maxLine` bytes that takes more than one read is cut after maxLine + 1 bytes.
   LineBlockReader(InputFile& input, std::uint64_t firstLineNumber, std::size_t maxLine)
-      : input_(input), nextLineNumber_(firstLineNumber), maxLine_(maxLine) {}
+      : input_(input),
+        nextLineNumber_(firstLineNumber),
+        maxLine_(maxLine),
+        isAtStart_(firstLineNumber == 1) {}
 
   // Fills `block` with the lines that are complete after a read. Reads again until there is one.
   // Waits until there is input. Returns false at the end of the input, and after an interrupt,
-  // which discards a line that is not complete. Throws InputError if reading fails; earlier lines
-  // are in earlier blocks.
+  // which discards a line that is not complete. Throws InputError if reading fails, and if the
+  // start of the input has a format other than JSON Lines; earlier lines are in earlier blocks.
   bool next(LineBlock& block);
 
  private:
@@ -51,6 +54,9 @@ class LineBlockReader {
   // after an interrupt.
   std::size_t readMore(LineBlock& block, std::size_t size);
 
+  // Throws InputError if an input that starts with the bytes `start` has another format.
+  void throwIfForeign(std::string_view start) const;
+
   // Reads until the end of a line that was cut. Returns false if the input ends first.
   bool skipLine(LineBlock& block);
 
@@ -60,10 +66,10 @@ class LineBlockReader {
   // Bytes that were read after the last block: usually the start of a line.
   std::string begun_;
   bool isSkipping_ = false;
+  // Whether the first block of a whole input comes next. A part of an input is read line by line,
+  // as it would be within the whole.
+  bool isAtStart_;
 };
-
-// Writes all of `text`. Throws std::system_error if that fails.
-void writeAll(int descriptor, std::string_view text);
 
 }  // namespace qel::tool
 

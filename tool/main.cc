@@ -5,6 +5,10 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <string_view>
 
 #include "command_line.h"
 #include "events_command.h"
@@ -24,6 +28,27 @@ void reserveStandardStreams() {
   }
 }
 
+[[noreturn]] void endWithoutMemory() {
+  constexpr std::string_view kMessage = "qel-purchase: not enough memory\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
+  _exit(qel::tool::kFailed);
+}
+
+// Ends the program after an exception that nothing catches. The component lets none out, so a
+// failed allocation within it ends here.
+[[noreturn]] void onTerminate() {
+  if (const std::exception_ptr exception = std::current_exception()) {
+    try {
+      std::rethrow_exception(exception);
+    } catch (const std::bad_alloc&) {
+      endWithoutMemory();
+    } catch (...) {
+      std::abort();
+    }
+  }
+  std::abort();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -32,13 +57,18 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   reserveStandardStreams();
+  std::set_terminate(onTerminate);
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
   app.option_defaults()->take_last();
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);
-  return qel::tool::runCommandLine(argc, argv, app,
-                                   {
-                                       qel::tool::addEvents(app),
-                                       qel::tool::addReceipt(app),
-                                   });
+  try {
+    return qel::tool::runCommandLine(argc, argv, app,
+                                     {
+                                         qel::tool::addEvents(app),
+                                         qel::tool::addReceipt(app),
+                                     });
+  } catch (const std::bad_alloc&) {
+    endWithoutMemory();
+  }
 }

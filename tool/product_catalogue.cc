@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "excerpt.h"
 #include "json_reader.h"
 #include "qel/decimal.h"
 

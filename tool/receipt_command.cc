@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "option_values.h"
 #include "receipt_run.h"
 
 namespace qel::tool {
@@ -13,7 +14,8 @@ the store's validation service answers. Writes one line of JSON for each receipt
 to standard output, or one for each purchase in the form that events reads.
 
 Exit status: 0 all receipts were read, 1 some were rejected or not verified,
-2 wrong usage or a file that cannot be read or written.
+2 wrong usage or a file that cannot be read or written. After an interrupt 130,
+after SIGTERM 143, after SIGHUP 129.
 
 Example:
   qel-purchase receipt examples/receipts/production.b64 --purchases \
@@ -27,7 +29,11 @@ Subcommand addReceipt(CLI::App& app) {
       app.add_subcommand("receipt", "Read receipts, and list their purchases");
   receipt->footer(kFooter);
   receipt->add_option("FILE", options->inputs, "Receipts, one a file; - is standard input")
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+      ->take_all();
+  receipt
+      ->add_option("-o,--output", options->output,
+                   "Write to FILE, which appears when it is whole,\ninstead of standard output")
+      ->type_name("FILE");
   CLI::Option* const purchases = receipt->add_flag(
       "--purchases", options->writesPurchases, "Write purchases, one a line, instead of receipts");
   receipt
@@ -41,7 +47,7 @@ Subcommand addReceipt(CLI::App& app) {
           "--as-of", [options](const std::string&) { options->entryChoice.isAsOfPurchase = true; },
           "Give each purchase only the entries up to its\ndate, as the receipt was then")
       ->type_name("purchase")
-      ->check(CLI::IsMember({"purchase"}))
+      ->check(oneOf({"purchase"}))
       ->needs(purchases);
   receipt
       ->add_flag("--all-entries", options->entryChoice.isAll,

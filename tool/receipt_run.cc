@@ -1,9 +1,6 @@
 #include "receipt_run.h"
 
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -12,8 +9,10 @@
 #include <variant>
 
 #include "input_file.h"
+#include "interrupt.h"
 #include "json_reader.h"
-#include "line_blocks.h"
+#include "messages.h"
+#include "output_file.h"
 #include "product_catalogue.h"
 #include "qel/app_receipt.h"
 #include "receipt_writer.h"
@@ -23,12 +22,6 @@ namespace qel::tool {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-void complain(const std::string& what) { std::fprintf(stderr, "qel-purchase: %s\n", what.c_str()); }
-
-std::string counted(std::uint64_t number, const char* noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
 
 // A file that is given beside the receipts cannot be used. The text says which, and why.
 struct OptionFailure {
@@ -49,7 +42,7 @@ bool isJson(std::string_view text) {
 
 class Run {
  public:
-  explicit Run(const ReceiptOptions& options) : options_(options) {
+  Run(const ReceiptOptions& options, OutputFile& output) : options_(options), output_(output) {
     if (!options.certificates.empty()) certificates_ = readPadded(options.certificates);
     if (!options.products.empty()) {
       try {
@@ -63,6 +56,8 @@ class Run {
 
   void process(const std::string& path) {
     const std::string text = readPadded(path);
+    // The text may be cut.
+    if (isInterrupted()) return;
     std::string_view content = text;
     if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
     const AppReceiptResult result = read(content);
@@ -79,8 +74,8 @@ class Run {
     if (!options_.writesPurchases) {
       appendReceipt(path, signature, receipt, out_);
     } else if (isFailed) {
-      complain(inputName(path) +
-               ": no purchases written, because the signature is not verified: " + signature);
+      report(inputName(path) +
+             ": no purchases written, because the signature is not verified: " + signature);
     } else {
       writePurchases(receipt);
     }
@@ -89,20 +84,20 @@ class Run {
 
   // Writes the summary to standard error.
   void summarize() const {
-    if (unknownDates_ > 0) complain(counted(unknownDates_, "date") + " of unknown form, unchanged");
+    if (unknownDates_ > 0) report(counted(unknownDates_, "date") + " of unknown form, unchanged");
     if (undatedPurchases_ > 0) {
-      complain(counted(undatedPurchases_, "purchase") + " without a date that can be read");
+      report(counted(undatedPurchases_, "purchase") + " without a date that can be read");
     }
     if (!missingProducts_.empty()) {
-      complain(counted(purchasesWithoutProduct_, "purchase") + " of " +
-               counted(missingProducts_.size(), "product") + " that " +
-               inputName(options_.products) + " lacks, such as " + *missingProducts_.begin());
+      report(counted(purchasesWithoutProduct_, "purchase") + " of " +
+             counted(missingProducts_.size(), "product") + " that " + inputName(options_.products) +
+             " lacks, such as " + *missingProducts_.begin());
     }
     if (failedSignatures_ > 0) {
-      complain(counted(failedSignatures_, "signature") + " not verified");
+      report(counted(failedSignatures_, "signature") + " not verified");
     }
-    complain(counted(readReceipts_, "receipt") + " read, " + std::to_string(rejectedReceipts_) +
-             " rejected");
+    report(counted(readReceipts_, "receipt") + " read, " + std::to_string(rejectedReceipts_) +
+           " rejected");
   }
 
   bool isAnyRejected() const { return rejectedReceipts_ > 0 || failedSignatures_ > 0; }
@@ -130,8 +125,8 @@ class Run {
   void reject(const std::string& path, const ReceiptError& error) {
     ++rejectedReceipts_;
     if (options_.writesPurchases) {
-      complain(inputName(path) + ": " + (error.path.empty() ? "" : error.path + ", ") + "byte " +
-               std::to_string(error.offset) + ": " + error.message);
+      report(inputName(path) + ": " + (error.path.empty() ? "" : error.path + ", ") + "byte " +
+             std::to_string(error.offset) + ": " + error.message);
     } else {
       appendReceiptError(path, error, out_);
       flush();
@@ -141,7 +136,7 @@ class Run {
   void writePurchases(const AppReceipt& receipt) {
     constexpr std::size_t kFlushSize = std::size_t{1} << 20;
     const PurchaseEntries entries(receipt, options_.entryChoice);
-    for (std::size_t i = 0; i < receipt.entries.size(); ++i) {
+    for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
       if (!entries.dateOf(i).has_value()) ++undatedPurchases_;
       appendPurchase(receipt, i, entries, productOf(receipt.entries[i].item), out_);
       if (out_.text().size() >= kFlushSize) flush();
@@ -159,11 +154,12 @@ class Run {
   }
 
   void flush() {
-    writeAll(STDOUT_FILENO, out_.text());
+    output_.write(out_.text());
     out_.clear();
   }
 
   const ReceiptOptions& options_;
+  OutputFile& output_;
   std::optional<std::string> certificates_;
   ProductCatalogue catalogue_;
   TextBuffer out_;
@@ -179,32 +175,39 @@ class Run {
 }  // namespace
 
 ExitStatus runReceipt(const ReceiptOptions& options) {
-  std::optional<Run> run;
   try {
-    run.emplace(options);
-  } catch (const OptionFailure& failure) {
-    complain(failure.message);
-    return kFailed;
-  } catch (const InputError& error) {
-    complain(error.what());
-    return kFailed;
-  }
-  bool hasFailed = false;
-  for (const std::string& input : options.inputs) {
-    try {
-      run->process(input);
-    } catch (const InputError& error) {
-      complain(error.what());
-      hasFailed = true;
-    } catch (const std::system_error& error) {
-      complain("cannot write standard output: " + error.code().message());
-      hasFailed = true;
-      break;
+    catchInterrupts();
+    OutputFile output(options.output, options.inputs);
+    Run run(options, output);
+    bool hasFailed = false;
+    for (const std::string& input : options.inputs) {
+      if (isInterrupted()) break;
+      try {
+        run.process(input);
+      } catch (const InputError& error) {
+        report(error.what());
+        hasFailed = true;
+      }
     }
+    if (!hasFailed && !isInterrupted()) {
+      output.commit();
+    } else if (output.needsCommit()) {
+      report(output.name() + " is not written");
+    }
+    run.summarize();
+    if (isInterrupted()) return static_cast<ExitStatus>(128 + interruptSignal());
+    if (hasFailed) return kFailed;
+    return run.isAnyRejected() ? kSomeRejected : kAllRead;
+  } catch (const InputError& error) {
+    report(error.what());
+  } catch (const OptionFailure& failure) {
+    report(failure.message);
+  } catch (const OutputError& error) {
+    report(error.what());
+  } catch (const std::system_error& error) {
+    report("cannot catch interrupts: " + error.code().message());
   }
-  run->summarize();
-  if (hasFailed) return kFailed;
-  return run->isAnyRejected() ? kSomeRejected : kAllRead;
+  return kFailed;
 }
 
 }  // namespace qel::tool

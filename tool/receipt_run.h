@@ -14,6 +14,8 @@ namespace qel::tool {
 struct ReceiptOptions {
   // Paths of the inputs; - is standard input.
   std::vector<std::string> inputs;
+  // Path of the output; - is standard output.
+  std::string output = "-";
   // Write purchases instead of receipts.
   bool writesPurchases = false;
   EntryChoice entryChoice;

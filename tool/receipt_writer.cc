@@ -29,7 +29,7 @@ class ObjectWriter {
   void text(std::string_view name, const OptionalText& value) {
     if (!value.has_value()) return;
     key(name);
-    appendJsonString(*value, out_);
+    appendJsonString(*value, UnpairedSurrogates::kEscape, out_);
   }
 
   void integer(std::string_view name, const std::optional<std::int64_t>& value) {

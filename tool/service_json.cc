@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "excerpt.h"
 #include "json_reader.h"
 
 namespace qel::tool {

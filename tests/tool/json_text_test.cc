@@ -15,7 +15,7 @@ std::optional<std::string> unescaped(std::string_view raw) {
 
 std::string written(std::string_view text) {
   TextBuffer out;
-  appendJsonString(text, out);
+  appendJsonString(text, UnpairedSurrogates::kEscape, out);
   return std::string(out.text());
 }
 

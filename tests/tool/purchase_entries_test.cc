@@ -138,7 +138,7 @@ std::string resultOf(const AppReceipt& receipt, std::size_t index, const Purchas
   const DiagnosticsCollector::Collection collection(diagnostics);
   const std::optional<EventParameters> event = plainPurchaseEvent(&product, &transaction, items);
   TextBuffer result;
-  appendResult(std::nullopt, event, diagnostics.text(), Int64Form::kNumber, result);
+  appendResult(std::nullopt, event, diagnostics.text(), {}, result);
   return std::string(result.text());
 }
 

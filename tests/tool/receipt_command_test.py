@@ -245,6 +245,19 @@ class ReceiptErrorTest(ReceiptTest):
         self.assertEqual(process.returncode, 2)
         self.assertIn(b"cannot write standard output: No space left on device", process.stderr)
 
+    def test_output_goes_to_a_file_when_it_is_whole(self):
+        expected = run("receipt", PRODUCTION).stdout
+        path = self.in_file(b"before", "out.jsonl")
+        self.check(run("receipt", "-o", path, PRODUCTION), 0, ["qel-purchase: 1 receipt read, 0 rejected"])
+        self.assertEqual(read(path), expected)
+        process = run("receipt", "-o", path, DEVELOPMENT, "/missing")
+        self.assertEqual(process.returncode, 2)
+        self.assertIn(path + " is not written\n", process.stderr.decode())
+        self.assertEqual(read(path), expected)
+        receipt = self.in_file(read(PRODUCTION), "in.b64")
+        self.assertEqual(run("receipt", "-o", receipt, receipt).returncode, 2)
+        self.assertEqual(read(receipt), read(PRODUCTION))
+
     def test_options_of_purchases_need_purchases(self):
         for arguments in [["--products", PRODUCTS], ["--as-of", "purchase"], ["--all-entries"]]:
             process = run("receipt", *arguments, PRODUCTION)
