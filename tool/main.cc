@@ -13,6 +13,7 @@
 #include "command_line.h"
 #include "completion_command.h"
 #include "events_command.h"
+#include "receipt_command.h"
 
 namespace {
 
@@ -67,6 +68,7 @@ int main(int argc, char** argv) {
     return qel::tool::runCommandLine(argc, argv, app,
                                      {
                                          qel::tool::addEvents(app),
+                                         qel::tool::addReceipt(app),
                                          qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {
