@@ -13,6 +13,8 @@
 #include "command_line.h"
 #include "completion_command.h"
 #include "events_command.h"
+#include "explain/code_command.h"
+#include "explain/explain_command.h"
 #include "receipt_command.h"
 
 namespace {
@@ -69,6 +71,8 @@ int main(int argc, char** argv) {
                                      {
                                          qel::tool::addEvents(app),
                                          qel::tool::addReceipt(app),
+                                         qel::tool::addExplain(app),
+                                         qel::tool::addCode(app),
                                          qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {

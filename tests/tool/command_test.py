@@ -1275,8 +1275,9 @@ class CompletionTest(CommandTest):
 
     # A command line, and words that complete it. The last word is being completed.
     CASES = [
-        (["qel-purchase", ""], {"events", "completion", "--help", "--version"}),
+        (["qel-purchase", ""], {"events", "explain", "code", "completion", "--help", "--version"}),
         (["qel-purchase", "ev"], {"events"}),
+        (["qel-purchase", "explain", "--ht"], {"--html"}),
         (["qel-purchase", "events", "--max"], {"--max-line", "--max-rejected"}),
         (["qel-purchase", "events", "--jobs", "2", "--qui"], {"--quiet"}),
         (["qel-purchase", "events", "--unpaired-surrogates", ""], {"escape", "replace"}),
