@@ -42,7 +42,7 @@ std::optional<std::string> rfc3339FromReceiptDate(std::string_view text) noexcep
   text.remove_prefix(kSecondsSize);
   takeFraction(text);
   const std::optional<Instant> instant = parseRfc3339(dateAndTime + zoneOf(text));
-  return instant.has_value() ? rfc3339FromUnixTime(instant->seconds) : std::nullopt;
+  return instant.has_value() ? rfc3339FromUnixTime(instant->seconds()) : std::nullopt;
 }
 
 std::optional<std::string> rfc3339FromUnixTime(std::int64_t seconds) noexcept {

@@ -57,7 +57,7 @@ std::int64_t creationSecondsOf(CMS_ContentInfo& signedData) {
   if (!date.has_value()) {
     fail("the receipt's creation date cannot be read: " + *content.creationDate);
   }
-  return date->seconds;
+  return date->seconds();
 }
 
 Handle<X509_STORE> trustedStore(std::string_view certificates, std::int64_t seconds) {

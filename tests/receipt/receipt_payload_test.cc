@@ -77,14 +77,14 @@ TEST(ReceiptPayloadTest, ReadsEveryAttribute) {
   ASSERT_EQ(receipt.entries.size(), 1U);
   const AppReceiptEntry& entry = receipt.entries.front();
   EXPECT_EQ(entry.quantity, 2);
-  EXPECT_EQ(entry.item, (QELInAppPurchaseItem{.purchaseDateIA5String = "2024-01-12T08:00:00Z",
-                                              .isFreeTrial = true,
-                                              .isIntroductoryOffer = true,
-                                              .purchaseType = 3,
-                                              .productID = "monthly",
+  EXPECT_EQ(entry.item, (QELInAppPurchaseItem{.productID = "monthly",
                                               .transactionID = "2000",
                                               .originalTransactionID = "1000",
-                                              .webOrderLineItemID = "540000091200042"}));
+                                              .webOrderLineItemID = "540000091200042",
+                                              .purchaseDateIA5String = "2024-01-12T08:00:00Z",
+                                              .purchaseType = 3,
+                                              .isFreeTrial = true,
+                                              .isIntroductoryOffer = true}));
   EXPECT_EQ(entry.originalPurchaseDate, "2024-01-05T08:00:00Z");
   EXPECT_EQ(entry.expirationDate, "2024-02-12T08:00:00Z");
   EXPECT_EQ(entry.cancellationDate, "2024-01-20T08:00:00Z");

@@ -61,13 +61,13 @@ TEST(ServiceJsonTest, ReadsAnAnswer) {
   EXPECT_EQ(receipt.unknownDates, 0U);
   ASSERT_EQ(receipt.entries.size(), 1U);
   const AppReceiptEntry& entry = receipt.entries.front();
-  EXPECT_EQ(entry.item, (QELInAppPurchaseItem{.purchaseDateIA5String = "2020-07-14T19:36:40Z",
-                                              .isFreeTrial = true,
-                                              .isIntroductoryOffer = true,
-                                              .productID = "monthly",
+  EXPECT_EQ(entry.item, (QELInAppPurchaseItem{.productID = "monthly",
                                               .transactionID = "2000",
                                               .originalTransactionID = "1000",
-                                              .webOrderLineItemID = "540000091200042"}));
+                                              .webOrderLineItemID = "540000091200042",
+                                              .purchaseDateIA5String = "2020-07-14T19:36:40Z",
+                                              .isFreeTrial = true,
+                                              .isIntroductoryOffer = true}));
   EXPECT_EQ(entry.quantity, 1);
   EXPECT_EQ(entry.originalPurchaseDate, "2020-06-14T19:36:40Z");
   EXPECT_EQ(entry.expirationDate, "2020-08-14T19:36:40Z");
