@@ -15,7 +15,7 @@
 namespace qel::testing {
 namespace {
 
-// Bit by bit: negative zero is told from zero.
+// Bit by bit: negative zero differs from zero.
 void checkSameDouble(const Decimal& component, const OracleDecimal& expected) {
   check(std::bit_cast<std::uint64_t>(component.doubleValue()) ==
             std::bit_cast<std::uint64_t>(expected.nearestDouble()),

@@ -1,6 +1,6 @@
 // Fuzzes the deduplication identifier and the encoding of its text. An input is up to three lines:
 // the original transaction identifier, the web order line item identifier, and the product
-// identifier, which takes all the rest. A ~ stands for absent text.
+// identifier, which takes all the rest. A ~ means absent text.
 
 #include <optional>
 #include <string>

@@ -135,14 +135,15 @@ OracleJson parsedResult(std::string_view written) {
 void checkAccepted(const tool::Purchase& purchase, const OraclePurchase& expected) {
   checkRead(purchase, expected);
   tool::TextBuffer diagnostics;
-  const tool::DiagnosticsCollector::Collection collection(diagnostics);
+  const tool::DiagnosticsCollector::Collection collection(diagnostics,
+                                                          tool::UnpairedSurrogates::kEscape);
   const std::optional<EventParameters> event = plainPurchaseEvent(
       purchase.product.has_value() ? &*purchase.product : nullptr,
       purchase.transaction.has_value() ? &*purchase.transaction : nullptr, purchase.receipt);
   const OracleOutcome expectedOutcome = oracleOutcome(expected);
   for (const tool::Int64Form form : {tool::Int64Form::kNumber, tool::Int64Form::kString}) {
     tool::TextBuffer written;
-    tool::appendResult(purchase.id, event, diagnostics.text(), form, written);
+    tool::appendResult(purchase.id, event, diagnostics.text(), {.int64 = form}, written);
     const OracleJson result = parsedResult(written.text());
     const OracleJson* const id = result.find("id");
     check((id != nullptr) == expected.id.has_value() && (id == nullptr || id->text == *expected.id),
@@ -170,7 +171,7 @@ void checkRejected(std::string_view line, const tool::JsonError& error) {
     if (isObject) check(id == idOf(*json), "the id of a rejected line comes back");
   }
   tool::TextBuffer written;
-  tool::appendError(id, 17, error, written);
+  tool::appendError(id, {std::nullopt, 17}, error, tool::UnpairedSurrogates::kEscape, written);
   const OracleJson result = parsedResult(written.text());
   check(result.find("error")->find("message")->text == error.message, "the message comes back");
   check(result.find("error")->find("path")->text == error.pointer, "the path comes back");

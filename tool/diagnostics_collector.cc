@@ -5,17 +5,16 @@
 #include <span>
 #include <variant>
 
-#include "json_text.h"
-
 namespace qel::tool {
 namespace {
 
 // Where the messages of this thread go; null without a collection.
 thread_local TextBuffer* collected = nullptr;
+thread_local UnpairedSurrogates surrogateForm = UnpairedSurrogates::kEscape;
 
 void appendContext(const DiagnosticContext& context, TextBuffer& out) {
   if (const auto* text = std::get_if<std::string_view>(&context)) {
-    appendJsonString(*text, out);
+    appendJsonString(*text, surrogateForm, out);
   } else {
     out.append(std::get<std::uint64_t>(context));
   }
@@ -31,7 +30,7 @@ void appendDiagnostic(int level, int messageCode, std::string_view message,
   out.append(R"(,"code":)");
   out.append(messageCode);
   out.append(R"(,"message":)");
-  appendJsonString(message, out);
+  appendJsonString(message, surrogateForm, out);
   out.append(R"(,"context":[)");
   for (std::size_t i = 0; i < contexts.size(); ++i) {
     if (i > 0) out.append(',');
@@ -42,9 +41,10 @@ void appendDiagnostic(int level, int messageCode, std::string_view message,
 
 }  // namespace
 
-DiagnosticsCollector::Collection::Collection(TextBuffer& out) {
+DiagnosticsCollector::Collection::Collection(TextBuffer& out, UnpairedSurrogates surrogates) {
   out.clear();
   collected = &out;
+  surrogateForm = surrogates;
 }
 
 DiagnosticsCollector::Collection::~Collection() { collected = nullptr; }

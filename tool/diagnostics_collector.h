@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "json_text.h"
 #include "qel/measurement.h"
 #include "text_buffer.h"
 
@@ -18,7 +19,7 @@ class DiagnosticsCollector : public DiagnosticsMonitor {
   // one.
   class Collection {
    public:
-    explicit Collection(TextBuffer& out);
+    Collection(TextBuffer& out, UnpairedSurrogates surrogates);
     ~Collection();
     Collection(const Collection&) = delete;
     Collection& operator=(const Collection&) = delete;

@@ -1,250 +1,116 @@
 #include "events_command.h"
 
-#include <fcntl.h>
-#include <oneapi/tbb/enumerable_thread_specific.h>
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/parallel_pipeline.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <oneapi/tbb/info.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
+#include <limits>
 #include <memory>
-#include <optional>
-#include <string_view>
-#include <system_error>
-#include <vector>
+#include <string>
 
-#include "diagnostics_collector.h"
-#include "interrupt.h"
-#include "line_blocks.h"
-#include "progress.h"
-#include "purchase_reader.h"
-#include "unreadable_line.h"
+#include "events_run.h"
+#include "option_values.h"
 
 namespace qel::tool {
 namespace {
 
-struct Counts {
-  std::uint64_t read = 0;
-  std::uint64_t rejected = 0;
+constexpr const char* kFooter =
+    R"(Reads one purchase from each line of the files (JSON Lines, UTF-8), computes its
+event, and writes one line of JSON for it, in the same order. For a line that cannot
+be read it writes a line with an error. Blank lines are skipped. Files that are
+compressed with gzip, zstd or xz are decompressed.
 
-  std::uint64_t all() const { return read + rejected; }
-  Counts& operator+=(const Counts& other) {
-    read += other.read;
-    rejected += other.rejected;
-    return *this;
-  }
-};
+Exit status: 0 all lines were read, 1 some were rejected, 2 wrong usage, a file that
+cannot be read or written, or too many rejected lines. After an interrupt 130, after
+SIGTERM 143, after SIGHUP 129: the results of what was read are written.
 
-// A block of lines and its results.
-struct Work {
-  LineBlock block;
-  TextBuffer output;
-  // Diagnostics of the line in progress.
-  TextBuffer diagnostics;
-  Counts counts;
-};
+Examples:
 
-bool isBlank(std::string_view line) {
-  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+  qel-purchase events examples/purchases.jsonl >events.jsonl
+
+  qel-purchase events --unpaired-surrogates replace --did-as-string examples/purchases.jsonl | jq -c .event
+
+  qel-purchase events -o events.jsonl monday.jsonl.gz tuesday.jsonl.zst)";
+
+constexpr std::uint64_t kMostLines = std::numeric_limits<std::int64_t>::max();
+
+// The longest line that simdjson reads has 4 GiB.
+constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 30;
+
+// Adds the options that say what is read.
+void addInputOptions(CLI::App& events, EventsOptions& options) {
+  events.add_option("FILE", options.inputs, "Purchases, one a line; - is standard input")
+      ->type_name("FILE")
+      ->take_all();
+  events.add_flag("--allow-unknown", options.ignoresUnknownKeys,
+                  "Ignore unknown keys instead of rejecting them");
+  events
+      .add_option("--first-line", options.firstLineNumber,
+                  "Number of the first line of the first file, if\n"
+                  "that is a part of a larger one; by default 1")
+      ->type_name("N")
+      ->transform(wholeNumber(1, kMostLines));
+  events
+      .add_option("--max-line", options.maxLine,
+                  "Reject lines with more bytes than SIZE, such as\n64K or 64M; by default 1G")
+      ->type_name("SIZE")
+      ->transform(byteSize(1, kMostBytes - 1024));
+  events
+      .add_option("--max-rejected", options.maxRejected, "Stop when more than N lines are rejected")
+      ->type_name("N")
+      ->transform(wholeNumber(0, kMostLines));
 }
 
-void processLine(std::string_view line, std::uint64_t lineNumber, PurchaseReader& reader,
-                 Int64Form int64Form, Work& work) {
-  try {
-    const Purchase& purchase = reader.read(line);
-    const DiagnosticsCollector::Collection collection(work.diagnostics);
-    const std::optional<EventParameters> event = plainPurchaseEvent(
-        purchase.product.has_value() ? &*purchase.product : nullptr,
-        purchase.transaction.has_value() ? &*purchase.transaction : nullptr, purchase.receipt);
-    appendResult(purchase.id, event, work.diagnostics.text(), int64Form, work.output);
-    ++work.counts.read;
-  } catch (const JsonError& error) {
-    appendError(idOfUnreadableLine(line), lineNumber, error, work.output);
-    ++work.counts.rejected;
-  }
+// Adds the options that say what is written.
+void addOutputOptions(CLI::App& events, EventsOptions& options) {
+  events
+      .add_option("-o,--output", options.output,
+                  "Write to FILE, which appears when it is whole,\ninstead of standard output")
+      ->type_name("FILE");
+  events.add_flag_callback(
+      "--did-as-string",
+      [&options] {
+        if (options.resultForm.int64 == Int64Form::kNumber) {
+          options.resultForm.int64 = Int64Form::kDidAsString;
+        }
+      },
+      "Write the deduplication identifier _did as a\nstring, for readers that keep numbers in\n"
+      "doubles");
+  events.add_flag_callback(
+      "--int64-as-string", [&options] { options.resultForm.int64 = Int64Form::kString; },
+      "Write all integers of events as strings");
+  events
+      .add_option_function<std::string>(
+          "--unpaired-surrogates",
+          [&options](const std::string& form) {
+            options.resultForm.surrogates =
+                form == "replace" ? UnpairedSurrogates::kReplace : UnpairedSurrogates::kEscape;
+          },
+          "escape: write them as in \\ud800, the default;\n"
+          "replace: write U+FFFD, for readers that refuse\nthe escape")
+      ->type_name("escape|replace")
+      ->check(oneOf({"escape", "replace"}));
 }
 
-void processBlock(PurchaseReader& reader, Int64Form int64Form, Work& work) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  work.output.clear();
-  work.counts = Counts();
-  std::uint64_t lineNumber = work.block.firstLineNumber;
-  for (std::string_view line : work.block.lines) {
-    if (lineNumber == 1 && line.starts_with(kByteOrderMark)) {
-      line.remove_prefix(kByteOrderMark.size());
-    }
-    if (!isBlank(line)) processLine(line, lineNumber, reader, int64Form, work);
-    ++lineNumber;
-  }
-}
-
-void complain(const std::string& what, const std::error_code& error) {
-  std::fprintf(stderr, "qel-purchase: %s: %s\n", what.c_str(), error.message().c_str());
-}
-
-// The descriptor of the input. Closed at the end unless it is standard input.
-class Input {
- public:
-  explicit Input(const std::string& path)
-      : isStandard_(path == "-"),
-        descriptor_(isStandard_ ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category());
-  }
-  ~Input() {
-    if (!isStandard_) close(descriptor_);
-  }
-  Input(const Input&) = delete;
-  Input& operator=(const Input&) = delete;
-
-  int descriptor() const { return descriptor_; }
-
-  // Returns the size in bytes, or std::nullopt if it is not known.
-  std::optional<std::uint64_t> size() const {
-    struct stat status = {};
-    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    return static_cast<std::uint64_t>(status.st_size);
-  }
-
- private:
-  const bool isStandard_;
-  const int descriptor_;
-};
-
-// One run over one input: reads blocks, processes several in parallel, writes them in order.
-class Run {
- public:
-  Run(const EventsOptions& options, const Input& input)
-      : options_(options),
-        reader_(input.descriptor(), options.firstLineNumber),
-        progress_(options.showsProgress, input.size()),
-        readers_([&options] {
-          return std::make_unique<PurchaseReader>(
-              options.ignoresUnknownKeys ? UnknownKeys::kAreIgnored : UnknownKeys::kAreErrors);
-        }),
-        // One block waits to be processed and one to be written while the others are processed.
-        works_(static_cast<std::size_t>(options.jobs) + 2) {}
-
-  void execute() {
-    namespace tbb = oneapi::tbb;
-    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
-                                      static_cast<std::size_t>(options_.jobs));
-    tbb::parallel_pipeline(
-        works_.size(), tbb::make_filter<void, Work*>(tbb::filter_mode::serial_in_order,
-                                                     [this](tbb::flow_control& flow) {
-                                                       Work* const work = readNext();
-                                                       if (work == nullptr) flow.stop();
-                                                       return work;
-                                                     }) &
-                           tbb::make_filter<Work*, Work*>(tbb::filter_mode::parallel,
-                                                          [this](Work* work) {
-                                                            processBlock(*readers_.local(),
-                                                                         options_.int64Form, *work);
-                                                            return work;
-                                                          }) &
-                           tbb::make_filter<Work*, void>(tbb::filter_mode::serial_in_order,
-                                                         [this](Work* work) { write(*work); }));
-    progress_.erase();
-  }
-
-  // Number of lines that were processed.
-  const Counts& counts() const { return counts_; }
-
-  // Number of lines of results that were written.
-  std::uint64_t writtenLines() const { return writtenLines_; }
-
-  // Failure of the input, and of the output. No error if there was none.
-  const std::error_code& readError() const { return readError_; }
-  const std::error_code& writeError() const { return writeError_; }
-
- private:
-  // Returns the next block to process, or null at the end of the run.
-  Work* readNext() {
-    if (hasWriteFailed_ || isInterrupted()) return nullptr;
-    // At most works_.size() blocks are in progress, and they finish in order, so the oldest one is
-    // free again.
-    Work& work = works_[nextWork_++ % works_.size()];
-    try {
-      return reader_.next(work.block) ? &work : nullptr;
-    } catch (const std::system_error& error) {
-      readError_ = error.code();
-      return nullptr;
-    }
-  }
-
-  void write(const Work& work) {
-    counts_ += work.counts;
-    if (writeError_) return;
-    try {
-      writeAll(STDOUT_FILENO, work.output.text());
-    } catch (const std::system_error& error) {
-      writeError_ = error.code();
-      hasWriteFailed_ = true;
-      return;
-    }
-    writtenLines_ += work.counts.all();
-    doneBytes_ += work.block.size;
-    progress_.update(doneBytes_, writtenLines_);
-  }
-
-  const EventsOptions& options_;
-  LineBlockReader reader_;
-  ProgressLine progress_;
-  oneapi::tbb::enumerable_thread_specific<std::unique_ptr<PurchaseReader>> readers_;
-  std::vector<Work> works_;
-  std::size_t nextWork_ = 0;
-  Counts counts_;
-  std::uint64_t writtenLines_ = 0;
-  std::uint64_t doneBytes_ = 0;
-  std::error_code readError_;
-  std::error_code writeError_;
-  // Stops reading after writing has failed.
-  std::atomic<bool> hasWriteFailed_ = false;
-};
-
-std::string counted(std::uint64_t number, const char* noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+// Adds the options that say how the command works.
+void addRunOptions(CLI::App& events, EventsOptions& options) {
+  events.add_option("--jobs", options.jobs, "Number of threads; by default one for each core")
+      ->type_name("N")
+      ->transform(wholeNumber(1, 1024));
+  events.add_flag_callback(
+      "--quiet", [&options] { options.showsProgress = false; }, "Show no progress on a terminal");
 }
 
 }  // namespace
 
-ExitStatus runEvents(const EventsOptions& options) {
-  const std::string inputName = options.input == "-" ? "standard input" : options.input;
-  std::optional<Input> input;
-  try {
-    catchInterrupt();
-  } catch (const std::system_error& error) {
-    complain("cannot catch interrupts", error.code());
-    return kFailed;
-  }
-  try {
-    input.emplace(options.input);
-  } catch (const std::system_error& error) {
-    complain("cannot open " + inputName, error.code());
-    return kFailed;
-  }
-
-  QELMeasurement::setMonitor(std::make_shared<DiagnosticsCollector>());
-  Run run(options, *input);
-  run.execute();
-  QELMeasurement::setMonitor(nullptr);
-
-  const Counts& counts = run.counts();
-  if (run.readError()) complain("cannot read " + inputName, run.readError());
-  if (run.writeError()) complain("cannot write standard output", run.writeError());
-  if (isInterrupted()) {
-    std::fprintf(stderr, "qel-purchase: interrupted, %s written\n",
-                 counted(run.writtenLines(), "line").c_str());
-  }
-  std::fprintf(stderr, "qel-purchase: %s read, %s rejected\n",
-               counted(counts.read, "purchase").c_str(), counted(counts.rejected, "line").c_str());
-  if (run.readError() || run.writeError()) return kFailed;
-  if (isInterrupted()) return kInterrupted;
-  return counts.rejected > 0 ? kSomeRejected : kAllRead;
+Subcommand addEvents(CLI::App& app) {
+  const auto options = std::make_shared<EventsOptions>();
+  options->jobs = oneapi::tbb::info::default_concurrency();
+  CLI::App* const events = app.add_subcommand("events", "Compute the event of each purchase");
+  events->footer(kFooter);
+  addInputOptions(*events, *options);
+  addOutputOptions(*events, *options);
+  addRunOptions(*events, *options);
+  return {events, [options] { return runEvents(*options); }};
 }
 
 }  // namespace qel::tool

@@ -11,14 +11,17 @@
 namespace qel::tool {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t received = 0;
 
 // Reading end and writing end.
 std::array<int, 2> pipeEnds = {-1, -1};
 
-extern "C" void onInterrupt(int) {
+extern "C" void onInterrupt(int signal) {
   const int savedError = errno;
-  interrupted = 1;
+  received = signal;
+  for (const int caught : kSignals) std::signal(caught, SIG_DFL);
   const char wake = 0;
   [[maybe_unused]] const ssize_t written = write(pipeEnds[1], &wake, 1);
   errno = savedError;
@@ -30,18 +33,22 @@ extern "C" void onInterrupt(int) {
 
 }  // namespace
 
-void catchInterrupt() {
+void catchInterrupts() {
   if (pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) throwError("cannot make a pipe");
-  struct sigaction action = {};
-  action.sa_handler = onInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-  struct sigaction before = {};
-  if (sigaction(SIGINT, &action, &before) != 0) throwError("cannot catch the interrupt");
-  // A shell starts background programs with SIGINT ignored, and it must stay so.
-  if (before.sa_handler == SIG_IGN) std::signal(SIGINT, SIG_IGN);
+  for (const int signal : kSignals) {
+    struct sigaction action = {};
+    action.sa_handler = onInterrupt;
+    action.sa_flags = SA_RESTART;
+    struct sigaction before = {};
+    if (sigaction(signal, &action, &before) != 0) throwError("cannot catch a signal");
+    // A shell starts background programs with SIGINT ignored, nohup with SIGHUP: it must stay so.
+    if (before.sa_handler == SIG_IGN) std::signal(signal, SIG_IGN);
+  }
 }
 
-bool isInterrupted() { return interrupted != 0; }
+bool isInterrupted() { return received != 0; }
+
+int interruptSignal() { return received; }
 
 int interruptDescriptor() { return pipeEnds[0]; }
 

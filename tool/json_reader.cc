@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 #include <utility>
 
+#include "json_fault.h"
 #include "json_text.h"
 #include "qel/decimal.h"
 
@@ -19,31 +21,8 @@ constexpr int kMaxDepth = 1000;
 
 [[noreturn]] void fail(std::string message) { throw JsonError{{}, std::move(message)}; }
 
-[[noreturn]] void failAsBroken(const char* what) { fail(std::string("broken JSON: ") + what); }
-
-// Returns a description of what JSON has where simdjson found an error.
-const char* expectationOf(simdjson::error_code error) {
-  switch (error) {
-    case simdjson::UTF8_ERROR:
-      return "expected UTF-8";
-    case simdjson::UNCLOSED_STRING:
-      return "expected a string to end with a quote";
-    case simdjson::UNESCAPED_CHARS:
-      return "expected the control characters of a string to be escaped";
-    case simdjson::TAPE_ERROR:
-      return "expected a value, a key, a comma, a colon or a closing bracket";
-    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
-      return "expected one whole object, from { to }";
-    default:
-      return simdjson::error_message(error);
-  }
-}
-
-constexpr const char* kNoWord = "expected true, false or null";
-constexpr const char* kNoNumber = "expected a number in JSON syntax";
-
 void failIf(simdjson::error_code error) {
-  if (error != simdjson::SUCCESS) failAsBroken(expectationOf(error));
+  if (error != simdjson::SUCCESS) throw BrokenJson{error};
 }
 
 template <typename T>
@@ -90,9 +69,10 @@ bool isInteger(std::string_view token) {
 // false or null after all.
 void checkToken(json::json_type type, std::string_view token) {
   const bool isWord = token == "true" || token == "false" || token == "null";
-  if (type == json::json_type::number && !Decimal::isJsonNumber(token)) failAsBroken(kNoNumber);
-  if (type == json::json_type::boolean && !isWord) failAsBroken(kNoWord);
-  if (type == json::json_type::null && !isWord) failAsBroken(kNoWord);
+  if (type == json::json_type::number && !Decimal::isJsonNumber(token))
+    throw BrokenJson{simdjson::NUMBER_ERROR};
+  if (type == json::json_type::boolean && !isWord) throw BrokenJson{simdjson::T_ATOM_ERROR};
+  if (type == json::json_type::null && !isWord) throw BrokenJson{simdjson::N_ATOM_ERROR};
 }
 
 // Returns the text of a raw string, given without its quotes.
@@ -100,7 +80,7 @@ std::string_view unescaped(JsonSource& source, std::string_view raw) {
   if (raw.find('\\') == std::string_view::npos) return raw;
   const std::size_t offset = source.unescaped.size();
   if (!unescapeJsonString(raw, source.unescaped)) {
-    failAsBroken(R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX)");
+    throw BrokenJson{simdjson::STRING_ERROR};
   }
   return std::string_view(source.unescaped).substr(offset);
 }
@@ -122,21 +102,13 @@ std::string pointerStep(std::string_view key) {
 
 }  // namespace
 
-std::string excerpt(std::string_view text) {
-  constexpr std::size_t kSize = 60;
-  if (text.size() <= kSize) return std::string(text);
-  std::size_t size = kSize;
-  while ((text[size] & 0xC0) == 0x80) --size;
-  return std::string(text.substr(0, size)) + "...";
-}
-
 // --- JsonValue ---
 
 std::string_view JsonValue::token() { return withoutTrailingSpace(value_.raw_json_token()); }
 
 std::string_view JsonValue::numberToken() {
   const std::string_view number = token();
-  if (!Decimal::isJsonNumber(number)) failAsBroken(kNoNumber);
+  if (!Decimal::isJsonNumber(number)) throw BrokenJson{simdjson::NUMBER_ERROR};
   return number;
 }
 
@@ -193,6 +165,7 @@ std::optional<std::uint64_t> JsonValue::readUint64() {
   if (isAbsent_) return std::nullopt;
   std::uint64_t integer = 0;
   if (value_.get_uint64().get(integer) == simdjson::SUCCESS) return integer;
+  if (token() == "-0") return 0;
   takeNullForInteger("an integer from 0 to 18446744073709551615");
   return std::nullopt;
 }
@@ -271,14 +244,12 @@ JsonMembers::JsonMembers(JsonSource& source, json::object& object)
   load();
 }
 
-void JsonMembers::failAsBrokenMember() const { failAsBroken(expectationOf(member_.error())); }
-
 std::string_view JsonMembers::key() {
   const char* const start = member_.value_unsafe().key().raw();
   const char* const end = source_.text.data() + source_.text.size();
   const std::optional<std::string_view> raw =
       rawJsonString(std::string_view(start, static_cast<std::size_t>(end - start)));
-  if (!raw.has_value()) failAsBroken(expectationOf(simdjson::UNCLOSED_STRING));
+  if (!raw.has_value()) throw BrokenJson{simdjson::UNCLOSED_STRING};
   return unescaped(source_, *raw);
 }
 
@@ -290,7 +261,7 @@ json::object JsonReader::open(std::string_view text) {
   source_.unescaped.reserve(text.size());
   const std::size_t capacity = std::min(std::bit_ceil(text.size()), parser_.max_capacity());
   if (parser_.capacity() < text.size() && parser_.allocate(capacity) != simdjson::SUCCESS) {
-    fail("the line is longer than can be read");
+    throw std::bad_alloc();
   }
   document_ = valueOrFail(parser_.iterate(text.data(), text.size(), text.size() + kPadding));
   const json::json_type type = valueOrFail(document_.type());
@@ -304,14 +275,19 @@ json::object JsonReader::open(std::string_view text) {
 void JsonReader::close() {
   // simdjson returns OUT_OF_BOUNDS if nothing follows the object.
   if (document_.current_location().error() != simdjson::OUT_OF_BOUNDS) {
-    failAsBroken("expected nothing after the object");
+    throw BrokenJson{simdjson::TRAILING_CONTENT};
   }
+}
+
+void JsonReader::failAsBroken(const BrokenJson& broken) const {
+  const std::optional<std::string> fault = describeJsonFault(source_.text);
+  fail(fault.value_or(std::string("broken JSON: ") + simdjson::error_message(broken.error)));
 }
 
 namespace json_reader_internal {
 
 void rethrowWithin(JsonError error, std::string_view key) {
-  error.pointer.insert(0, pointerStep(key));
+  error.pointer.insert(0, pointerStep(excerpt(key)));
   throw error;
 }
 

@@ -28,14 +28,11 @@
 #include <string>
 #include <string_view>
 
+#include "excerpt.h"
 #include "json_error.h"
 #include "qel/text.h"
 
 namespace qel::tool {
-
-// Returns the start of `text` for a message: up to 60 bytes, without a part of a character at the
-// end.
-std::string excerpt(std::string_view text);
 
 enum class UnknownKeys { kAreErrors, kAreIgnored };
 
@@ -47,6 +44,12 @@ struct JsonSource {
   // Unescaped strings, in one buffer. It has room for the whole text, so that views of it stay
   // valid.
   std::string unescaped;
+};
+
+// Thrown where simdjson cannot read on. JsonReader turns it into a JsonError that says where the
+// text is broken.
+struct BrokenJson {
+  simdjson::error_code error;
 };
 
 class JsonValue;
@@ -150,10 +153,8 @@ class JsonMembers {
     // Constructed in place: copying what was just written word by word stalls the processor (store
     // forwarding) for longer than the rest of reading a member takes.
     std::construct_at(&member_, *position_);
-    if (member_.error() != simdjson::SUCCESS) failAsBrokenMember();
+    if (member_.error() != simdjson::SUCCESS) throw BrokenJson{member_.error()};
   }
-
-  [[noreturn]] void failAsBrokenMember() const;
 
   JsonSource& source_;
   simdjson::ondemand::object_iterator position_;
@@ -180,6 +181,7 @@ class JsonReader {
  private:
   simdjson::ondemand::object open(std::string_view text);
   void close();
+  [[noreturn]] void failAsBroken(const BrokenJson& broken) const;
 
   JsonSource source_;
   simdjson::ondemand::parser parser_;
@@ -284,9 +286,13 @@ void JsonValue::readObjects(const JsonField<Record> (&fields)[kCount], const Rec
 template <typename Record, std::size_t kCount>
 void JsonReader::read(std::string_view text, const JsonField<Record> (&fields)[kCount],
                       Record& record) {
-  simdjson::ondemand::object object = open(text);
-  json_reader_internal::readMembers(source_, object, fields, record);
-  close();
+  try {
+    simdjson::ondemand::object object = open(text);
+    json_reader_internal::readMembers(source_, object, fields, record);
+    close();
+  } catch (const BrokenJson& broken) {
+    failAsBroken(broken);
+  }
 }
 
 }  // namespace qel::tool

@@ -14,6 +14,9 @@
 namespace qel::tool {
 namespace {
 
+// U+FFFD.
+constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
+
 // Returns the UTF-16 code unit of the escape \uXXXX at the start of `text`, if there is one.
 std::optional<char32_t> escapedUnit(std::string_view text) {
   constexpr std::size_t kSize = 6;
@@ -108,9 +111,13 @@ bool isAllPlain(std::string_view text) {
 }
 
 // Removes the character at the start of `text`, which is not plain, and appends it.
-void takeNotPlain(std::string_view& text, TextBuffer& out) {
+void takeNotPlain(std::string_view& text, UnpairedSurrogates surrogates, TextBuffer& out) {
   if (const std::optional<char32_t> surrogate = surrogateAtStart(text)) {
-    appendEscapedUnit(*surrogate, out);
+    if (surrogates == UnpairedSurrogates::kEscape) {
+      appendEscapedUnit(*surrogate, out);
+    } else {
+      out.append(kReplacementCharacter);
+    }
     text.remove_prefix(3);
     return;
   }
@@ -161,7 +168,7 @@ bool unescapeJsonString(std::string_view raw, std::string& out) {
   return true;
 }
 
-void appendJsonString(std::string_view text, TextBuffer& out) {
+void appendJsonString(std::string_view text, UnpairedSurrogates surrogates, TextBuffer& out) {
   out.append('"');
   if (isAllPlain(text)) {
     out.append(text);
@@ -172,7 +179,7 @@ void appendJsonString(std::string_view text, TextBuffer& out) {
         std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
     out.append(text.substr(0, plain));
     text.remove_prefix(plain);
-    if (!text.empty()) takeNotPlain(text, out);
+    if (!text.empty()) takeNotPlain(text, surrogates, out);
   }
   out.append('"');
 }

@@ -20,8 +20,12 @@ std::optional<std::string_view> rawJsonString(std::string_view text);
 // Returns false if it has an escape that JSON does not have.
 bool unescapeJsonString(std::string_view raw, std::string& out);
 
+// How an unpaired surrogate is written: as its escape, or, for readers that refuse the escape, as
+// U+FFFD.
+enum class UnpairedSurrogates { kEscape, kReplace };
+
 // Appends `text` to `out` as a JSON string with its quotes.
-void appendJsonString(std::string_view text, TextBuffer& out);
+void appendJsonString(std::string_view text, UnpairedSurrogates surrogates, TextBuffer& out);
 
 }  // namespace qel::tool
 

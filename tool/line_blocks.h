@@ -1,4 +1,4 @@
-// Reads input in blocks of whole lines, and writes output.
+// Reads an input in blocks of whole lines.
 
 #ifndef QEL_TOOL_LINE_BLOCKS_H_
 #define QEL_TOOL_LINE_BLOCKS_H_
@@ -9,48 +9,67 @@
 #include <string_view>
 #include <vector>
 
+#include "input_file.h"
+
 namespace qel::tool {
 
-// Whole lines of the input. Reuse a block to reuse its memory.
+// Whole lines of an input. Reuse a block to reuse its memory.
 struct LineBlock {
   std::vector<char> memory;
 
   // The lines, without their newlines. JsonReader::kPadding bytes are readable after the last.
   std::vector<std::string_view> lines;
 
-  // Size of the lines in bytes, with their newlines.
-  std::size_t size = 0;
+  // Whether the block has the start of one line only, which was longer than the longest line, or
+  // did not fit into memory.
+  bool isCut = false;
 
   // Number of the first line. The first of the input has the number 1.
   std::uint64_t firstLineNumber = 1;
 };
 
-// Reads a file descriptor block by block. Uses memory in proportion to the longest line.
+// Reads an input block by block. Uses memory in proportion to the longest line.
 class LineBlockReader {
  public:
-  // Does not take ownership of the descriptor. The first line gets the number `firstLineNumber`.
-  explicit LineBlockReader(int descriptor, std::uint64_t firstLineNumber = 1)
-      : descriptor_(descriptor), nextLineNumber_(firstLineNumber) {}
+  // The input must outlive the reader. The first line gets the number `firstLineNumber`. A line of
+  // more than `maxLine` bytes that takes more than one read is cut after maxLine + 1 bytes.
+  LineBlockReader(InputFile& input, std::uint64_t firstLineNumber, std::size_t maxLine)
+      : input_(input),
+        nextLineNumber_(firstLineNumber),
+        maxLine_(maxLine),
+        isAtStart_(firstLineNumber == 1) {}
 
-  // Fills `block` with the lines that are complete after a read(). Reads again until there is one.
-  // Blocks until there is input. Returns false at the end of the input, and after an interrupt,
-  // which discards a line that is not complete. Throws std::system_error if reading fails; earlier
-  // lines are in earlier blocks.
+  // Fills `block` with the lines that are complete after a read. Reads again until there is one.
+  // Waits until there is input. Returns false at the end of the input, and after an interrupt,
+  // which discards a line that is not complete. Throws InputError if reading fails, and if the
+  // start of the input has a format other than JSON Lines; earlier lines are in earlier blocks.
   bool next(LineBlock& block);
 
  private:
+  // Copies the begun line into the block, and reads until the block has a whole line, or the start
+  // of a line that is cut. Returns the size of the lines, 0 at the end.
+  std::size_t fill(LineBlock& block);
+
   // Reads into the memory after `size` bytes. Returns the number of bytes read, 0 at the end and
   // after an interrupt.
-  std::size_t readMore(LineBlock& block, std::size_t size) const;
+  std::size_t readMore(LineBlock& block, std::size_t size);
 
-  const int descriptor_;
+  // Throws InputError if an input that starts with the bytes `start` has another format.
+  void throwIfForeign(std::string_view start) const;
+
+  // Reads until the end of a line that was cut. Returns false if the input ends first.
+  bool skipLine(LineBlock& block);
+
+  InputFile& input_;
   std::uint64_t nextLineNumber_;
-  // Start of a line whose end has not been read yet.
+  const std::size_t maxLine_;
+  // Bytes that were read after the last block: usually the start of a line.
   std::string begun_;
+  bool isSkipping_ = false;
+  // Whether the first block of a whole input comes next. A part of an input is read line by line,
+  // as it would be within the whole.
+  bool isAtStart_;
 };
-
-// Writes all of `text`. Throws std::system_error if that fails.
-void writeAll(int descriptor, std::string_view text);
 
 }  // namespace qel::tool
 

@@ -1,11 +1,13 @@
 #include "progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 namespace qel::tool {
@@ -19,6 +21,21 @@ constexpr std::string_view kStartOfClearLine = "\r\x1b[K";
 void writeToTerminal(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
+}
+
+// A dumb terminal cannot clear a line.
+bool isDumbTerminal() {
+  const char* const type = std::getenv("TERM");
+  return type == nullptr || std::string_view(type) == "dumb";
+}
+
+// Returns the number of columns that can be written without a wrap to the next line. Asked for
+// every update, because windows change their size.
+std::size_t terminalWidth() {
+  constexpr std::size_t kUsualColumns = 80;
+  winsize size = {};
+  const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return (isKnown ? size.ws_col : kUsualColumns) - 1;
 }
 
 std::string formatted(double number, const char* unit) {
@@ -44,35 +61,50 @@ std::string timeText(double seconds) {
 
 }  // namespace
 
-std::string progressText(std::uint64_t doneBytes, std::optional<std::uint64_t> totalBytes,
-                         std::uint64_t records, std::chrono::duration<double> elapsed) {
-  std::string text = sizeText(doneBytes);
-  if (totalBytes.has_value()) text += " of " + sizeText(*totalBytes);
-  const double seconds = elapsed.count();
-  if (seconds <= 0 || doneBytes == 0) return text;
-  text +=
-      ", " + std::to_string(std::llround(static_cast<double>(records) / seconds)) + " records/s";
-  if (totalBytes.has_value() && *totalBytes >= doneBytes) {
-    const auto left = static_cast<double>(*totalBytes - doneBytes);
-    text += ", " + timeText(left * seconds / static_cast<double>(doneBytes)) + " left";
+std::string progressText(const Progress& progress, std::size_t width) {
+  const std::string size = sizeText(progress.doneBytes);
+  std::string total;
+  std::string speed;
+  std::string timeLeft;
+  std::string rejected;
+  if (progress.totalBytes.has_value()) total = " of " + sizeText(*progress.totalBytes);
+  const double seconds = progress.elapsed.count();
+  if (seconds > 0 && progress.doneBytes > 0) {
+    const double linesPerSecond = static_cast<double>(progress.lines) / seconds;
+    speed = ", " + std::to_string(std::llround(linesPerSecond)) + " lines/s";
+    if (progress.totalBytes.has_value() && *progress.totalBytes >= progress.doneBytes) {
+      const auto left = static_cast<double>(*progress.totalBytes - progress.doneBytes);
+      const double secondsLeft = left * seconds / static_cast<double>(progress.doneBytes);
+      timeLeft = ", " + timeText(secondsLeft) + " left";
+    }
   }
-  return text;
+  if (progress.rejected > 0) rejected = ", " + std::to_string(progress.rejected) + " rejected";
+
+  const auto whole = [&] { return size + total + speed + timeLeft + rejected; };
+  for (std::string* const part : {&speed, &timeLeft, &total}) {
+    if (whole().size() > width) part->clear();
+  }
+  return whole().substr(0, width);
 }
 
 ProgressLine::ProgressLine(bool isWanted, std::optional<std::uint64_t> totalBytes)
-    : isShown_(isWanted && isatty(STDERR_FILENO) != 0),
+    : isShown_(isWanted && isatty(STDERR_FILENO) != 0 && !isDumbTerminal()),
       totalBytes_(totalBytes),
       start_(Clock::now()),
       nextUpdate_(start_ + kInterval) {}
 
-void ProgressLine::update(std::uint64_t doneBytes, std::uint64_t records) {
+void ProgressLine::update(std::uint64_t doneBytes, std::uint64_t lines, std::uint64_t rejected) {
   if (!isShown_) return;
   const Clock::time_point now = Clock::now();
   if (now < nextUpdate_) return;
   nextUpdate_ = now + kInterval;
   isOnTerminal_ = true;
-  writeToTerminal(std::string(kStartOfClearLine) +
-                  progressText(doneBytes, totalBytes_, records, now - start_));
+  writeToTerminal(std::string(kStartOfClearLine) + progressText({.doneBytes = doneBytes,
+                                                                 .totalBytes = totalBytes_,
+                                                                 .lines = lines,
+                                                                 .rejected = rejected,
+                                                                 .elapsed = now - start_},
+                                                                terminalWidth()));
 }
 
 void ProgressLine::erase() {

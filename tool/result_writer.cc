@@ -1,21 +1,25 @@
 #include "result_writer.h"
 
-#include "json_text.h"
-
 namespace qel::tool {
 namespace {
 
-void appendId(const OptionalText& id, TextBuffer& out) {
+void appendId(const OptionalText& id, UnpairedSurrogates surrogates, TextBuffer& out) {
   if (!id.has_value()) return;
   out.append(R"("id":)");
-  appendJsonString(*id, out);
+  appendJsonString(*id, surrogates, out);
   out.append(',');
 }
 
-void appendValue(const QELValue& value, Int64Form int64Form, TextBuffer& out) {
+bool isWrittenAsString(std::string_view key, Int64Form form) {
+  return form == Int64Form::kString ||
+         (form == Int64Form::kDidAsString && key == textOf(ParameterKey::kDedupeId));
+}
+
+void appendValue(std::string_view key, const QELValue& value, const ResultForm& form,
+                 TextBuffer& out) {
   if (const OptionalText string = value.stringValue()) {
-    appendJsonString(*string, out);
-  } else if (int64Form == Int64Form::kString) {
+    appendJsonString(*string, form.surrogates, out);
+  } else if (isWrittenAsString(key, form.int64)) {
     out.append('"');
     out.append(value.int64Value());
     out.append('"');
@@ -24,7 +28,7 @@ void appendValue(const QELValue& value, Int64Form int64Form, TextBuffer& out) {
   }
 }
 
-void appendEvent(const EventParameters& event, Int64Form int64Form, TextBuffer& out) {
+void appendEvent(const EventParameters& event, const ResultForm& form, TextBuffer& out) {
   char before = '{';
   for (const auto& [key, value] : event) {
     out.append(before);
@@ -32,7 +36,7 @@ void appendEvent(const EventParameters& event, Int64Form int64Form, TextBuffer& 
     out.append('"');
     out.append(key);
     out.append("\":");
-    appendValue(value, int64Form, out);
+    appendValue(key, value, form, out);
     before = ',';
   }
   out.append(event.empty() ? "{}" : "}");
@@ -41,12 +45,12 @@ void appendEvent(const EventParameters& event, Int64Form int64Form, TextBuffer& 
 }  // namespace
 
 void appendResult(const OptionalText& id, const std::optional<EventParameters>& event,
-                  std::string_view diagnostics, Int64Form int64Form, TextBuffer& out) {
+                  std::string_view diagnostics, const ResultForm& form, TextBuffer& out) {
   out.append('{');
-  appendId(id, out);
+  appendId(id, form.surrogates, out);
   out.append(R"("event":)");
   if (event.has_value()) {
-    appendEvent(*event, int64Form, out);
+    appendEvent(*event, form, out);
   } else {
     out.append("null");
   }
@@ -55,16 +59,22 @@ void appendResult(const OptionalText& id, const std::optional<EventParameters>& 
   out.append("]}\n");
 }
 
-void appendError(const OptionalText& id, std::uint64_t lineNumber, const JsonError& error,
-                 TextBuffer& out) {
+void appendError(const OptionalText& id, const ErrorPlace& place, const JsonError& error,
+                 UnpairedSurrogates surrogates, TextBuffer& out) {
   out.append('{');
-  appendId(id, out);
-  out.append(R"("error":{"line":)");
-  out.append(lineNumber);
+  appendId(id, surrogates, out);
+  out.append(R"("error":{)");
+  if (place.file.has_value()) {
+    out.append(R"("file":)");
+    appendJsonString(*place.file, surrogates, out);
+    out.append(',');
+  }
+  out.append(R"("line":)");
+  out.append(place.line);
   out.append(R"(,"path":)");
-  appendJsonString(error.pointer, out);
+  appendJsonString(error.pointer, surrogates, out);
   out.append(R"(,"message":)");
-  appendJsonString(error.message, out);
+  appendJsonString(error.message, surrogates, out);
   out.append("}}\n");
 }
 

@@ -19,10 +19,14 @@ class TextBuffer {
  public:
   // Valid until the buffer is changed.
   std::string_view text() const { return {memory_.data(), size_}; }
+  std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
 
   // Removes the text and keeps its memory.
   void clear() { size_ = 0; }
+
+  // Removes all but the first `size` characters, of which there are as many.
+  void truncate(std::size_t size) { size_ = size; }
 
   void append(std::string_view piece) {
     std::copy(piece.begin(), piece.end(), room(piece.size()));

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 #include <span>
+#include <string>
 
 #include "portable/wide_integer.h"
 
@@ -125,7 +126,8 @@ constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1
 // Integers up to 2^53 are exact as doubles.
 constexpr std::uint64_t kGreatestExactInteger = std::uint64_t{1} << DBL_MANT_DIG;
 
-static_assert(std::numeric_limits<double>::is_iec559 && FLT_EVAL_METHOD == 0,
+static_assert(std::numeric_limits<double>::is_iec559 &&
+                  (FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1),
               "amounts need IEEE 754 doubles, and each operation on them rounded to one");
 
 // Returns how many limbs ten to the power of `power` can have, and one more.
@@ -192,6 +194,27 @@ double nearestDouble(const Coefficient& coefficient, int exponent) {
   return isZero(coefficient) ? 0 : nearestDoubleOfAny(coefficient, exponent);
 }
 
+// Divides `coefficient` by ten, and increments `exponent`, as often as nothing is left over. The
+// coefficient must not be zero.
+void removeTrailingZeros(Coefficient& coefficient, int& exponent) {
+  for (;;) {
+    Coefficient quotient = coefficient;
+    if (divide(quotient, 10) != 0) return;
+    coefficient = quotient;
+    ++exponent;
+  }
+}
+
+// Returns `coefficient` in decimal, without a leading zero unless it is zero.
+std::string digitsOf(Coefficient coefficient) {
+  std::string digits;
+  do {
+    digits.push_back(static_cast<char>('0' + divide(coefficient, 10)));
+  } while (!isZero(coefficient));
+  std::reverse(digits.begin(), digits.end());
+  return digits;
+}
+
 }  // namespace
 
 std::optional<Decimal> Decimal::fromString(std::string_view text) {
@@ -240,6 +263,39 @@ double Decimal::doubleValue() const {
   if (isNan_) return std::numeric_limits<double>::quiet_NaN();
   const double magnitude = nearestDouble(coefficient_, exponent_);
   return isNegative_ ? -magnitude : magnitude;
+}
+
+bool Decimal::operator==(const Decimal& other) const {
+  if (isNan_ || other.isNan_) return false;
+  if (isZero(coefficient_) || isZero(other.coefficient_)) {
+    return isZero(coefficient_) && isZero(other.coefficient_);
+  }
+  Coefficient left = coefficient_;
+  Coefficient right = other.coefficient_;
+  int leftExponent = exponent_;
+  int rightExponent = other.exponent_;
+  removeTrailingZeros(left, leftExponent);
+  removeTrailingZeros(right, rightExponent);
+  return isNegative_ == other.isNegative_ && leftExponent == rightExponent && left == right;
+}
+
+std::string toString(const Decimal& decimal) {
+  // More digits than this before or after the point are written as an exponent.
+  constexpr int kMostPlaces = 40;
+  if (decimal.isNan_) return "NaN";
+  std::string text = digitsOf(decimal.coefficient_);
+  const int exponent = decimal.exponent_;
+  const auto places = static_cast<std::size_t>(std::abs(exponent));
+  if (exponent >= 0 && exponent <= kMostPlaces) {
+    if (!isZero(decimal.coefficient_)) text.append(places, '0');
+  } else if (exponent < 0 && exponent >= -kMostPlaces) {
+    if (text.size() <= places) text.insert(0, places + 1 - text.size(), '0');
+    text.insert(text.size() - places, 1, '.');
+  } else {
+    text.append(exponent < 0 ? "e-" : "e").append(digitsOf({places}));
+  }
+  if (decimal.isNegative_) text.insert(0, 1, '-');
+  return text;
 }
 
 }  // namespace qel

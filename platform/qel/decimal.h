@@ -7,12 +7,19 @@
 
 #include <array>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "qel/export.h"
 
 namespace qel {
+
+class Decimal;
+
+// Returns `decimal` in JSON syntax, every digit of it, or NaN.
+[[nodiscard]] QEL_EXPORT std::string toString(const Decimal& decimal);
 
 // A decimal number: a sign, an integer coefficient and a power of ten, or not a number (NaN). 8.29
 // is 829 times ten to the power of -2.
@@ -30,6 +37,15 @@ class Decimal {
     // Negating as unsigned gives the magnitude of the most negative integer too.
     const auto bits = static_cast<std::uint64_t>(integer);
     return Decimal(integer < 0, integer < 0 ? 0 - bits : bits, 0, 0);
+  }
+
+  // Returns `units` divided by ten to the power of `digits`: fromMinorUnits(499, 2) is 4.99.
+  // Returns NaN if `digits` is not from 0 to 38.
+  [[nodiscard]] static constexpr Decimal fromMinorUnits(std::int64_t units, int digits) {
+    if (digits < 0 || digits > 38) return notANumber();
+    Decimal result = initWithLongLong(units);
+    result.exponent_ = -digits;
+    return result;
   }
 
   // Returns NaN. A product with NaN is NaN.
@@ -56,6 +72,17 @@ class Decimal {
   // Returns the nearest double, the even one in a tie. Returns an infinity if the magnitude is too
   // large for a double, and NaN for NaN. Depends on no locale.
   [[nodiscard]] QEL_EXPORT double doubleValue() const;
+
+  // Returns whether both are the same number: 1.0 equals 1, and NaN equals nothing.
+  QEL_EXPORT bool operator==(const Decimal& other) const;
+
+  friend std::string toString(const Decimal& decimal);
+
+  template <typename Traits>
+  friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
+                                                      const Decimal& decimal) {
+    return out << toString(decimal);
+  }
 
  private:
   // 256 bits, least significant 64 first.

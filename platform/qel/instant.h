@@ -6,6 +6,10 @@
 #include <chrono>
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
+#include <string>
+
+#include "qel/export.h"
 
 namespace qel {
 
@@ -62,6 +66,17 @@ class Instant {
   std::int64_t seconds_ = 0;
   std::int32_t nanoseconds_ = 0;
 };
+
+// Returns `instant` as an RFC 3339 timestamp in UTC: 2019-03-14T09:26:53Z, or with a fraction of
+// nine digits if it has one. An instant outside the years 0000 to 9999 has no timestamp: then
+// returns its seconds since 1970, such as "253402300800 s".
+[[nodiscard]] QEL_EXPORT std::string toString(const Instant& instant);
+
+template <typename Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
+                                             const Instant& instant) {
+  return out << toString(instant);
+}
 
 }  // namespace qel
 

@@ -5,11 +5,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "qel/export.h"
 #include "qel/text.h"
 
 namespace qel {
@@ -54,6 +56,16 @@ struct QELInAppPurchaseItem {
            left.isIntroductoryOffer == right.isIntroductoryOffer;
   }
 };
+
+// Returns the fields of `item` that are present, and the flags that are set, for people to read:
+// {productID: monthly, transactionID: 2000, purchaseType: 3, isFreeTrial}
+[[nodiscard]] QEL_EXPORT std::string toString(const QELInAppPurchaseItem& item);
+
+template <typename Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
+                                             const QELInAppPurchaseItem& item) {
+  return out << toString(item);
+}
 
 // Lists refer to entries of the caller, who keeps them alive and unchanged while a list is in use.
 // An entry can be in a list more than once.

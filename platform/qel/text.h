@@ -37,6 +37,10 @@ class OptionalText {
   constexpr OptionalText(const char* text) {
     if (text != nullptr) text_ = text;
   }
+
+  constexpr operator const std::optional<std::string_view>&() const QEL_LIFETIME_BOUND {
+    return text_;
+  }
   // NOLINTEND(google-explicit-constructor)
 
   [[nodiscard]] constexpr bool has_value() const { return text_.has_value(); }

@@ -378,7 +378,7 @@ TEST_F(PurchaseEventExhaustiveTest, EveryStoreRecordForEveryKindOfReceipt) {
 }
 
 // A kind of outcome: the codes of the messages, and the keys that the receipt decides on. "no _did"
-// stands for an identifier of -1.
+// means an identifier of -1.
 using Kind = std::pair<std::vector<int>, std::set<std::string>>;
 
 Kind kindOf(const OracleOutcome& outcome) {

@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "reference/message_texts.h"
+#include "support/plain_purchase.h"
 
 namespace qel::testing {
 namespace {
@@ -28,7 +29,7 @@ std::optional<Decimal> decimalOf(const std::optional<OracleReading>& price) {
         each.number.coefficient == price->number.coefficient)
       return each.decimal;
   }
-  known.push_back({price->number, Decimal::fromString(price->number.written()).value()});
+  known.push_back({price->number, *plainPrice(price)});
   return known.back().decimal;
 }
 
@@ -88,16 +89,11 @@ void write(std::ostream& out, const char* name, const std::optional<Value>& valu
   value.has_value() ? out << *value : out << "absent";
 }
 
-std::optional<std::string> written(const std::optional<OracleReading>& price) {
-  if (!price.has_value()) return std::nullopt;
-  return price->kind == OracleReading::Kind::kNotANumber ? "NaN" : price->number.written();
-}
-
 void write(std::ostream& out, const OraclePurchase& purchase) {
   if (const auto& product = purchase.product) {
     out << "    product:";
     write(out, "identifier", product->identifier);
-    write(out, "price", written(product->price));
+    write(out, "price", priceText(product->price));
     write(out, "currency", product->currency);
     write(out, "title", product->title);
     out << " answers=" << purchase.platform.hasDiscountClass
@@ -105,7 +101,7 @@ void write(std::ostream& out, const OraclePurchase& purchase) {
         << product->answersOffer;
     if (const auto& offer = product->offer) {
       out << " offer: mode=" << offer->mode;
-      write(out, "price", written(offer->price));
+      write(out, "price", priceText(offer->price));
     }
     out << '\n';
   }
@@ -168,16 +164,7 @@ void write(std::ostream& out, const std::optional<EventParameters>& event,
 
 }  // namespace
 
-ReceiptEntry::ReceiptEntry(const OracleEntry& entry) : values(entry) {
-  record.productID = entry.productId;
-  record.purchaseDateIA5String = entry.dateText;
-  record.purchaseType = entry.type;
-  record.webOrderLineItemID = entry.webOrder;
-  record.transactionID = entry.transactionId;
-  record.originalTransactionID = entry.originalId;
-  record.isFreeTrial = entry.isFreeTrial;
-  record.isIntroductoryOffer = entry.isOffer;
-}
+ReceiptEntry::ReceiptEntry(const OracleEntry& entry) : values(entry), record(plainEntry(entry)) {}
 
 void PurchaseTrial::setReceipt(OraclePurchase& purchase,
                                std::initializer_list<const ReceiptEntry*> entries) {
@@ -204,17 +191,7 @@ void PurchaseTrial::makeRecords(const OraclePurchase& purchase) {
     product_.discountsAnswerPaymentMode = purchase.platform.discountsAnswerPaymentMode;
     product_.answersIntroductoryPrice = product->answersOffer;
   }
-  if (const auto& transaction = purchase.transaction) {
-    transaction_.transactionIdentifier = transaction->identifier;
-    transaction_.originalTransaction.reset();
-    if (const auto& original = transaction->original)
-      transaction_.originalTransaction = {original->identifier};
-    transaction_.transactionDate.reset();
-    if (const auto& date = transaction->date)
-      transaction_.transactionDate =
-          Instant(date->seconds, date->nanoseconds);
-    transaction_.quantity = transaction->quantity;
-  }
+  if (purchase.transaction.has_value()) transaction_ = plainTransaction(*purchase.transaction);
 }
 
 OracleOutcome PurchaseTrial::tryOut(const OraclePurchase& purchase) {

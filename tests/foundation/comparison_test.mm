@@ -16,16 +16,16 @@
 namespace qel::testing {
 namespace {
 
-struct PlatformCase {
+struct ComparedPlatform {
   const char* name;
   OraclePlatform platform;
   int purchases;
-  friend std::ostream& operator<<(std::ostream& out, const PlatformCase& p) {
+  friend std::ostream& operator<<(std::ostream& out, const ComparedPlatform& p) {
     return out << p.name;
   }
 };
 
-class ComparisonTest : public ::testing::TestWithParam<PlatformCase> {};
+class ComparisonTest : public ::testing::TestWithParam<ComparedPlatform> {};
 
 // How often each message, each key, and an event or none came.
 using Coverage = std::map<std::string, int>;
@@ -67,10 +67,10 @@ TEST_P(ComparisonTest, RandomPurchasesGiveTheSameThroughLiveObjects) {
 
 INSTANTIATE_TEST_SUITE_P(
     Platforms, ComparisonTest,
-    ::testing::Values(PlatformCase{"Whole", {}, 100000},
-                      PlatformCase{"WithoutTheClass", {.hasDiscountClass = false}, 20000},
-                      PlatformCase{"WithoutPrice", {.discountsAnswerPrice = false}, 20000},
-                      PlatformCase{
+    ::testing::Values(ComparedPlatform{"Whole", {}, 100000},
+                      ComparedPlatform{"WithoutTheClass", {.hasDiscountClass = false}, 20000},
+                      ComparedPlatform{"WithoutPrice", {.discountsAnswerPrice = false}, 20000},
+                      ComparedPlatform{
                           "WithoutPaymentMode", {.discountsAnswerPaymentMode = false}, 20000}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -17,7 +17,7 @@
 namespace qel::testing {
 namespace {
 
-// What NSDateFormatter is asked while a list is at hand: operation and argument, and "dealloc".
+// The log of calls to NSDateFormatter, "operation argument", and of "dealloc". May be null.
 std::vector<std::string>* asked = nullptr;
 
 // The operations of NSDateFormatter as they were before they were watched.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and installs the library over Foundation with the platform's formatter chosen, once static and once
-# shared. Then builds and runs apps against what was installed.
+# shared. Then builds and runs apps with what was installed.
 #
 #   package_test.sh SOURCE_DIR WORK_DIR CXX OBJC     WORK_DIR: kept, so that only the first run takes long
 set -euo pipefail

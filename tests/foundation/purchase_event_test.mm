@@ -135,7 +135,7 @@ TEST(PurchaseEventTest, AsksEachEntryOnceBetweenTheInputChecksAndTheRest) {
 // Checks that `purchase` is rejected with the one message `code`, and that the receipt is not read.
 void expectRejectedBeforeTheReceipt(const OraclePurchase& purchase, int code) {
   @autoreleasepool {
-    // Neither is a list nor an entry: each raises an exception when it is asked for anything.
+    // Not a list, and a list without an entry: each raises an exception on every call.
     id const noList = @"no list";
     for (NSArray* receipt : { static_cast<NSArray*>(noList), @[ @"no entry" ] }) {
       const Outcome outcome = outcomeWithReceipt(purchase, receipt);
@@ -287,7 +287,7 @@ TEST(MonitorTest, IsKeptUntilAnotherIsInstalled) {
   }
 }
 
-// --- Introductory offers: what the platform and the product provide is asked at run time ---
+// --- Introductory offers: what the platform and the product provide is looked up at run time ---
 
 constexpr char kOfferPrice[] = "original_price";
 

@@ -174,7 +174,7 @@ TEST(ReceiptMatchingTest, GivesNilWithoutEntries) {
 
 TEST(ReceiptMatchingTest, GivesNilAndAsksNothingWithoutAnIdentifierOrADate) {
   @autoreleasepool {
-    // Raises when it is asked anything.
+    // Raises an exception on every call.
     NSArray* const noEntries = @[ @"no entry" ];
     EXPECT_EQ(QELMatchingInAppPurchaseItems(noEntries, nil, nil), nil);
     EXPECT_EQ(QELMatchingInAppPurchaseItems(noEntries, @"", nil), nil);

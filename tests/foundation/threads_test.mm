@@ -13,13 +13,13 @@
 #include "random_purchases.h"
 
 // Counts the messages.
-@interface CountingMonitor : NSObject <QELDiagnosticsMonitor> {
+@interface MessageCounter : NSObject <QELDiagnosticsMonitor> {
  @public
   std::atomic<int> count_;
 }
 @end
 
-@implementation CountingMonitor
+@implementation MessageCounter
 - (void)logWithLevel:(NSInteger)level messageCode:(NSInteger)code message:(NSString*)message {
   ++count_;
 }
@@ -67,7 +67,7 @@ NSArray* eventsOf(const std::vector<OraclePurchase>& values) {
 
 TEST(ThreadsTest, EachGetsItsOwnEventsAndAllMessagesArrive) {
   const std::vector<OraclePurchase> values = purchases();
-  CountingMonitor* const monitor = [[CountingMonitor alloc] init];
+  MessageCounter* const monitor = [[MessageCounter alloc] init];
   QELSetDiagnosticsMonitor(monitor);
   NSArray* const expected = eventsOf(values);
   const int messages = monitor->count_;
@@ -96,7 +96,7 @@ TEST(ThreadsTest, TheMonitorMayBeReplacedMeanwhile) {
   std::thread replacing([&isDone] {
     while (!isDone) {
       @autoreleasepool {
-        CountingMonitor* const monitor = [[CountingMonitor alloc] init];
+        MessageCounter* const monitor = [[MessageCounter alloc] init];
         QELSetDiagnosticsMonitor(monitor);
         [monitor release];
         QELSetDiagnosticsMonitor(nil);

@@ -216,19 +216,21 @@ TEST(DecimalTest, ProductWithNotANumberIsNotANumber) {
 
 // --- What can be read ---
 
-struct TextCase {
+struct DecimalTextCase {
   const char* name;
   std::string text;
-  friend std::ostream& operator<<(std::ostream& out, const TextCase& c) { return out << c.text; }
+  friend std::ostream& operator<<(std::ostream& out, const DecimalTextCase& c) {
+    return out << c.text;
+  }
 };
 
-class ReadableDecimalTest : public ::testing::TestWithParam<TextCase> {};
+class ReadableDecimalTest : public ::testing::TestWithParam<DecimalTextCase> {};
 
 TEST_P(ReadableDecimalTest, IsRead) {
   EXPECT_TRUE(Decimal::fromString(GetParam().text).has_value());
 }
 
-class UnreadableDecimalTest : public ::testing::TestWithParam<TextCase> {};
+class UnreadableDecimalTest : public ::testing::TestWithParam<DecimalTextCase> {};
 
 TEST_P(UnreadableDecimalTest, GivesNothing) {
   EXPECT_FALSE(Decimal::fromString(GetParam().text).has_value());
@@ -237,81 +239,131 @@ TEST_P(UnreadableDecimalTest, GivesNothing) {
 INSTANTIATE_TEST_SUITE_P(
     Syntax, UnreadableDecimalTest,
     ::testing::Values(
-        TextCase{"Empty", ""}, TextCase{"LoneMinus", "-"}, TextCase{"LeadingPlus", "+1"},
-        TextCase{"TwoSigns", "--1"}, TextCase{"LeadingZero", "01"}, TextCase{"TwoZeros", "00"},
-        TextCase{"NegativeLeadingZero", "-01"}, TextCase{"NoInteger", ".5"},
-        TextCase{"NoIntegerNegative", "-.5"}, TextCase{"NoFraction", "1."},
-        TextCase{"NoFractionBeforeAnExponent", "1.e5"}, TextCase{"NoExponent", "1e"},
-        TextCase{"NoExponentAfterItsSign", "1e+"}, TextCase{"NoNegativeExponent", "1e-"},
-        TextCase{"TwoExponentSigns", "1e+-5"}, TextCase{"FractionalExponent", "1e5.0"},
-        TextCase{"TwoPoints", "1.5.2"}, TextCase{"LeadingSpace", " 1"},
-        TextCase{"TrailingSpace", "1 "}, TextCase{"TrailingLetter", "1x"},
-        TextCase{"TrailingNul", std::string("1\0", 2)}, TextCase{"DecimalComma", "1,5"},
-        TextCase{"Grouping", "1,000.5"}, TextCase{"Hexadecimal", "0x10"},
-        TextCase{"Infinity", "Infinity"}, TextCase{"LowerCaseNan", "nan"},
-        TextCase{"UpperCaseNan", "NAN"}, TextCase{"NegativeNan", "-NaN"},
-        TextCase{"NanAndMore", "NaN1"}, TextCase{"FullWidthDigit", "\xEF\xBC\x91"},
-        TextCase{"ArabicDigit", "\xD9\xA1"}, TextCase{"CharacterBeforeZero", "/"},
-        TextCase{"CharacterAfterNine", ":"}),
-    nameOfCase<TextCase>);
+        DecimalTextCase{"Empty", ""}, DecimalTextCase{"LoneMinus", "-"},
+        DecimalTextCase{"LeadingPlus", "+1"}, DecimalTextCase{"TwoSigns", "--1"},
+        DecimalTextCase{"LeadingZero", "01"}, DecimalTextCase{"TwoZeros", "00"},
+        DecimalTextCase{"NegativeLeadingZero", "-01"}, DecimalTextCase{"NoInteger", ".5"},
+        DecimalTextCase{"NoIntegerNegative", "-.5"}, DecimalTextCase{"NoFraction", "1."},
+        DecimalTextCase{"NoFractionBeforeAnExponent", "1.e5"}, DecimalTextCase{"NoExponent", "1e"},
+        DecimalTextCase{"NoExponentAfterItsSign", "1e+"},
+        DecimalTextCase{"NoNegativeExponent", "1e-"}, DecimalTextCase{"TwoExponentSigns", "1e+-5"},
+        DecimalTextCase{"FractionalExponent", "1e5.0"}, DecimalTextCase{"TwoPoints", "1.5.2"},
+        DecimalTextCase{"LeadingSpace", " 1"}, DecimalTextCase{"TrailingSpace", "1 "},
+        DecimalTextCase{"TrailingLetter", "1x"},
+        DecimalTextCase{"TrailingNul", std::string("1\0", 2)},
+        DecimalTextCase{"DecimalComma", "1,5"}, DecimalTextCase{"Grouping", "1,000.5"},
+        DecimalTextCase{"Hexadecimal", "0x10"}, DecimalTextCase{"Infinity", "Infinity"},
+        DecimalTextCase{"LowerCaseNan", "nan"}, DecimalTextCase{"UpperCaseNan", "NAN"},
+        DecimalTextCase{"NegativeNan", "-NaN"}, DecimalTextCase{"NanAndMore", "NaN1"},
+        DecimalTextCase{"FullWidthDigit", "\xEF\xBC\x91"},
+        DecimalTextCase{"ArabicDigit", "\xD9\xA1"}, DecimalTextCase{"CharacterBeforeZero", "/"},
+        DecimalTextCase{"CharacterAfterNine", ":"}),
+    nameOfCase<DecimalTextCase>);
 
 // Leading and trailing zeros are no digits of the coefficient, and an exponent above the limit can
 // be made smaller by writing zeros out, as far as there is room in 38 digits.
 INSTANTIATE_TEST_SUITE_P(
     Digits, ReadableDecimalTest,
-    ::testing::Values(TextCase{"ThirtyEight", k38Nines},
-                      TextCase{"ThirtyEightNegative", "-" + k38Nines},
-                      TextCase{"ThirtyEightAfterThePoint", "0." + k38Nines},
-                      TextCase{"ThirtyEightAroundThePoint", "9." + k37Nines},
-                      TextCase{"ThirtyEightAndAZero", k38Nines + "0"},
-                      TextCase{"ThirtyEightAndAFractionOfZeros", k38Nines + ".00"},
-                      TextCase{"ThirtyEightAfterManyZeros", "0." + std::string(90, '0') + k38Nines},
-                      TextCase{"ThirtyEightFromOneToOne", "1" + std::string(36, '0') + "1"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DecimalTextCase{"ThirtyEight", k38Nines},
+                      DecimalTextCase{"ThirtyEightNegative", "-" + k38Nines},
+                      DecimalTextCase{"ThirtyEightAfterThePoint", "0." + k38Nines},
+                      DecimalTextCase{"ThirtyEightAroundThePoint", "9." + k37Nines},
+                      DecimalTextCase{"ThirtyEightAndAZero", k38Nines + "0"},
+                      DecimalTextCase{"ThirtyEightAndAFractionOfZeros", k38Nines + ".00"},
+                      DecimalTextCase{"ThirtyEightAfterManyZeros",
+                                      "0." + std::string(90, '0') + k38Nines},
+                      DecimalTextCase{"ThirtyEightFromOneToOne", "1" + std::string(36, '0') + "1"}),
+    nameOfCase<DecimalTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     Digits, UnreadableDecimalTest,
-    ::testing::Values(TextCase{"ThirtyNine", k38Nines + "9"},
-                      TextCase{"ThirtyNineAfterThePoint", "0." + k38Nines + "1"},
-                      TextCase{"ThirtyNineAroundThePoint", k38Nines + ".1"},
-                      TextCase{"ThirtyNineFromOneToOne", "1" + std::string(37, '0') + "1"},
-                      TextCase{"ThirtyNineFromOneToOneAroundThePoint",
-                               "1" + std::string(30, '0') + "." + std::string(7, '0') + "1"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DecimalTextCase{"ThirtyNine", k38Nines + "9"},
+                      DecimalTextCase{"ThirtyNineAfterThePoint", "0." + k38Nines + "1"},
+                      DecimalTextCase{"ThirtyNineAroundThePoint", k38Nines + ".1"},
+                      DecimalTextCase{"ThirtyNineFromOneToOne", "1" + std::string(37, '0') + "1"},
+                      DecimalTextCase{
+                          "ThirtyNineFromOneToOneAroundThePoint",
+                          "1" + std::string(30, '0') + "." + std::string(7, '0') + "1"}),
+    nameOfCase<DecimalTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     Exponents, ReadableDecimalTest,
-    ::testing::Values(TextCase{"Greatest", "1e127"},
-                      TextCase{"GreatestOf38Digits", k38Nines + "e127"},
-                      TextCase{"GreatestWithZerosWrittenOut", "1e164"},
-                      TextCase{"GreatestOf37DigitsWithAZeroWrittenOut", k37Nines + "e128"},
-                      TextCase{"GreatestAsZeros", "1" + std::string(164, '0')},
-                      TextCase{"GreatestAsAFraction", "0.1e165"}, TextCase{"Least", "1e-128"},
-                      TextCase{"LeastOf38Digits", k38Nines + "e-128"},
-                      TextCase{"LeastAfterATrailingZero", "10e-129"},
-                      TextCase{"LeastAsZeros", "0." + std::string(127, '0') + "1"},
-                      TextCase{"ZeroWithAHugeExponent", "0e99999999999999999999"},
-                      TextCase{"ZeroWithAHugeNegativeExponent", "-0.0e-99999999999999999999"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DecimalTextCase{"Greatest", "1e127"},
+                      DecimalTextCase{"GreatestOf38Digits", k38Nines + "e127"},
+                      DecimalTextCase{"GreatestWithZerosWrittenOut", "1e164"},
+                      DecimalTextCase{"GreatestOf37DigitsWithAZeroWrittenOut", k37Nines + "e128"},
+                      DecimalTextCase{"GreatestAsZeros", "1" + std::string(164, '0')},
+                      DecimalTextCase{"GreatestAsAFraction", "0.1e165"},
+                      DecimalTextCase{"Least", "1e-128"},
+                      DecimalTextCase{"LeastOf38Digits", k38Nines + "e-128"},
+                      DecimalTextCase{"LeastAfterATrailingZero", "10e-129"},
+                      DecimalTextCase{"LeastAsZeros", "0." + std::string(127, '0') + "1"},
+                      DecimalTextCase{"ZeroWithAHugeExponent", "0e99999999999999999999"},
+                      DecimalTextCase{"ZeroWithAHugeNegativeExponent",
+                                      "-0.0e-99999999999999999999"}),
+    nameOfCase<DecimalTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     Exponents, UnreadableDecimalTest,
-    ::testing::Values(TextCase{"PastTheGreatest", "1e165"},
-                      TextCase{"PastTheGreatestOf38Digits", k38Nines + "e128"},
-                      TextCase{"PastTheGreatestOf37Digits", k37Nines + "e129"},
-                      TextCase{"PastTheGreatestAsZeros", "1" + std::string(165, '0')},
-                      TextCase{"PastTheLeast", "1e-129"},
-                      TextCase{"PastTheLeastOf38Digits", k38Nines + "e-129"},
-                      TextCase{"PastTheLeastAsZeros", "0." + std::string(128, '0') + "1"},
-                      TextCase{"Huge", "1e99999999999999999999"},
-                      TextCase{"HugeNegative", "1e-99999999999999999999"},
-                      TextCase{"PastThe64BitRange", "1e18446744073709551617"},
-                      TextCase{"NegativePastThe64BitRange", "1e-18446744073709551617"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DecimalTextCase{"PastTheGreatest", "1e165"},
+                      DecimalTextCase{"PastTheGreatestOf38Digits", k38Nines + "e128"},
+                      DecimalTextCase{"PastTheGreatestOf37Digits", k37Nines + "e129"},
+                      DecimalTextCase{"PastTheGreatestAsZeros", "1" + std::string(165, '0')},
+                      DecimalTextCase{"PastTheLeast", "1e-129"},
+                      DecimalTextCase{"PastTheLeastOf38Digits", k38Nines + "e-129"},
+                      DecimalTextCase{"PastTheLeastAsZeros", "0." + std::string(128, '0') + "1"},
+                      DecimalTextCase{"Huge", "1e99999999999999999999"},
+                      DecimalTextCase{"HugeNegative", "1e-99999999999999999999"},
+                      DecimalTextCase{"PastThe64BitRange", "1e18446744073709551617"},
+                      DecimalTextCase{"NegativePastThe64BitRange", "1e-18446744073709551617"}),
+    nameOfCase<DecimalTextCase>);
 
 TEST(DecimalTest, HugeExponentCanBeOutweighedByZeros) {
   EXPECT_EQ(decimal("0." + std::string(999, '0') + "5e1000").doubleValue(), 5.0);
   EXPECT_EQ(decimal("5" + std::string(1000, '0') + "e-1000").doubleValue(), 5.0);
+}
+
+// --- Minor units ---
+
+TEST(MinorUnitsTest, AreDividedByAPowerOfTen) {
+  EXPECT_EQ(Decimal::fromMinorUnits(499, 2), decimal("4.99"));
+  EXPECT_EQ(Decimal::fromMinorUnits(-499, 2), decimal("-4.99"));
+  EXPECT_EQ(Decimal::fromMinorUnits(120, 0), decimal("120"));
+  EXPECT_EQ(Decimal::fromMinorUnits(1, 38), decimal("1e-38"));
+  EXPECT_EQ(Decimal::fromMinorUnits(499, 2).doubleValue(), 4.99);
+}
+
+TEST(MinorUnitsTest, AreNotANumberWithOtherDigits) {
+  EXPECT_TRUE(std::isnan(Decimal::fromMinorUnits(499, -1).doubleValue()));
+  EXPECT_TRUE(std::isnan(Decimal::fromMinorUnits(499, 39).doubleValue()));
+}
+
+// --- Equality ---
+
+TEST(DecimalEqualityTest, IsThatOfTheNumbers) {
+  EXPECT_EQ(Decimal::initWithLongLong(10), decimal("10"));
+  EXPECT_EQ(Decimal::initWithLongLong(10), Decimal::fromMinorUnits(1000, 2));
+  EXPECT_EQ(decimal("0"), decimal("-0.00"));
+  EXPECT_EQ(Decimal::fromMinorUnits(0, 2), Decimal());
+  EXPECT_NE(decimal("1"), decimal("-1"));
+  EXPECT_NE(decimal("1"), decimal("10"));
+  EXPECT_NE(decimal("1"), decimal("2"));
+  EXPECT_NE(decimal("0"), decimal("1"));
+  EXPECT_NE(decimal("1"), decimal("0"));
+}
+
+TEST(DecimalEqualityTest, ComparesEveryDigitOfAProduct) {
+  const Decimal third = decimal("33333333333333333333333333333333333333");
+  const Decimal product = third.decimalNumberByMultiplyingBy(third);
+  EXPECT_EQ(product, third.decimalNumberByMultiplyingBy(third));
+  EXPECT_NE(product, third.decimalNumberByMultiplyingBy(
+                         decimal("33333333333333333333333333333333333334")));
+}
+
+TEST(DecimalEqualityTest, NotANumberEqualsNothing) {
+  EXPECT_NE(Decimal::notANumber(), Decimal::notANumber());
+  EXPECT_NE(Decimal::notANumber(), Decimal());
+  EXPECT_NE(Decimal(), Decimal::notANumber());
 }
 
 // --- JSON numbers ---

@@ -55,7 +55,7 @@ TEST_P(ParameterKeyTest, IsFoundByKeyAndByText) {
 
 INSTANTIATE_TEST_SUITE_P(All, ParameterKeyTest, ::testing::ValuesIn(kKeys), nameOfCase<KeyCase>);
 
-TEST(ParameterKeysTest, FourteenStandInAscendingOrder) {
+TEST(ParameterKeysTest, FourteenAreInAscendingOrder) {
   EXPECT_EQ(kParameterKeyTexts.size(), 14U);
   EXPECT_TRUE(std::is_sorted(kParameterKeyTexts.begin(), kParameterKeyTexts.end()));
 }

@@ -81,13 +81,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 // --- Texts that are no dates ---
 
-struct TextCase {
+struct DateTextCase {
   const char* name;
   std::string text;
-  friend std::ostream& operator<<(std::ostream& out, const TextCase& c) { return out << c.text; }
+  friend std::ostream& operator<<(std::ostream& out, const DateTextCase& c) {
+    return out << c.text;
+  }
 };
 
-class UnreadableDateTest : public ::testing::TestWithParam<TextCase> {};
+class UnreadableDateTest : public ::testing::TestWithParam<DateTextCase> {};
 
 TEST_P(UnreadableDateTest, GivesNothing) { EXPECT_EQ(parseRfc3339(GetParam().text), std::nullopt); }
 
@@ -96,79 +98,81 @@ TEST_P(UnreadableDateTest, GivesNothingToTheDateFormatterEither) {
   EXPECT_EQ(formatter.dateFromString(GetParam().text), std::nullopt);
 }
 
-INSTANTIATE_TEST_SUITE_P(Fields, UnreadableDateTest,
-                         ::testing::Values(TextCase{"YearZero", "0000-01-01T00:00:00Z"},
-                                           TextCase{"YearOfFiveDigits", "10000-01-01T00:00:00Z"},
-                                           TextCase{"YearOfThreeDigits", "999-01-01T00:00:00Z"},
-                                           TextCase{"NegativeYear", "-001-01-01T00:00:00Z"},
-                                           TextCase{"MonthZero", "2019-00-01T00:00:00Z"},
-                                           TextCase{"MonthThirteen", "2019-13-01T00:00:00Z"},
-                                           TextCase{"DayZero", "2019-01-00T00:00:00Z"},
-                                           TextCase{"DayThirtyTwo", "2019-01-32T00:00:00Z"},
-                                           TextCase{"DayThirtyOneOfAShortMonth",
-                                                    "2019-11-31T00:00:00Z"},
-                                           TextCase{"FebruaryThirtieth", "2016-02-30T00:00:00Z"},
-                                           TextCase{"HourTwentyFour", "2019-01-01T24:00:00Z"},
-                                           TextCase{"MinuteSixty", "2019-01-01T00:60:00Z"},
-                                           TextCase{"LeapSecond", "2016-12-31T23:59:60Z"},
-                                           TextCase{"OneDigitMonth", "2019-1-01T00:00:00Z"},
-                                           TextCase{"OneDigitHour", "2019-01-01T0:00:00Z"}),
-                         nameOfCase<TextCase>);
+INSTANTIATE_TEST_SUITE_P(
+    Fields, UnreadableDateTest,
+    ::testing::Values(DateTextCase{"YearZero", "0000-01-01T00:00:00Z"},
+                      DateTextCase{"YearOfFiveDigits", "10000-01-01T00:00:00Z"},
+                      DateTextCase{"YearOfThreeDigits", "999-01-01T00:00:00Z"},
+                      DateTextCase{"NegativeYear", "-001-01-01T00:00:00Z"},
+                      DateTextCase{"MonthZero", "2019-00-01T00:00:00Z"},
+                      DateTextCase{"MonthThirteen", "2019-13-01T00:00:00Z"},
+                      DateTextCase{"DayZero", "2019-01-00T00:00:00Z"},
+                      DateTextCase{"DayThirtyTwo", "2019-01-32T00:00:00Z"},
+                      DateTextCase{"DayThirtyOneOfAShortMonth", "2019-11-31T00:00:00Z"},
+                      DateTextCase{"FebruaryThirtieth", "2016-02-30T00:00:00Z"},
+                      DateTextCase{"HourTwentyFour", "2019-01-01T24:00:00Z"},
+                      DateTextCase{"MinuteSixty", "2019-01-01T00:60:00Z"},
+                      DateTextCase{"LeapSecond", "2016-12-31T23:59:60Z"},
+                      DateTextCase{"OneDigitMonth", "2019-1-01T00:00:00Z"},
+                      DateTextCase{"OneDigitHour", "2019-01-01T0:00:00Z"}),
+    nameOfCase<DateTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(LeapDays, UnreadableDateTest,
-                         ::testing::Values(TextCase{"OfAnOrdinaryYear", "2019-02-29T00:00:00Z"},
-                                           TextCase{"OfAHundredthYear", "1900-02-29T00:00:00Z"},
-                                           TextCase{"OfALaterHundredthYear",
-                                                    "2100-02-29T00:00:00Z"}),
-                         nameOfCase<TextCase>);
+                         ::testing::Values(DateTextCase{"OfAnOrdinaryYear", "2019-02-29T00:00:00Z"},
+                                           DateTextCase{"OfAHundredthYear", "1900-02-29T00:00:00Z"},
+                                           DateTextCase{"OfALaterHundredthYear",
+                                                        "2100-02-29T00:00:00Z"}),
+                         nameOfCase<DateTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     Zones, UnreadableDateTest,
-    ::testing::Values(TextCase{"None", "2019-01-01T00:00:00"},
-                      TextCase{"LowerCase", "2019-01-01T00:00:00z"},
-                      TextCase{"Name", "2019-01-01T00:00:00GMT"},
-                      TextCase{"SignOnly", "2019-01-01T00:00:00+"},
-                      TextCase{"HoursOnly", "2019-01-01T00:00:00+01"},
-                      TextCase{"WithoutAColon", "2019-01-01T00:00:00+0100"},
-                      TextCase{"WithoutASign", "2019-01-01T00:00:0001:00"},
-                      TextCase{"OneDigitHour", "2019-01-01T00:00:00+1:00"},
-                      TextCase{"HourTwentyFour", "2019-01-01T00:00:00+24:00"},
-                      TextCase{"HourTwentyFourWest", "2019-01-01T00:00:00-24:00"},
-                      TextCase{"MinuteSixty", "2019-01-01T00:00:00+00:60"},
-                      TextCase{"SecondSixty", "2019-01-01T00:00:00+00:00:60"},
-                      TextCase{"SecondSixtyWest", "2019-01-01T00:00:00-00:00:60"},
-                      TextCase{"WithoutASecondColon", "2019-01-01T00:00:00+01:0000"},
-                      TextCase{"CutShort", "2019-01-01T00:00:00+01:"},
-                      TextCase{"CutShortInItsSeconds", "2019-01-01T00:00:00+01:00:0"},
-                      TextCase{"TypographicMinus",
-                               "2019-01-01T00:00:00\xE2\x88\x92"
-                               "01:00"},
-                      TextCase{"Two", "2019-01-01T00:00:00Z+01:00"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DateTextCase{"None", "2019-01-01T00:00:00"},
+                      DateTextCase{"LowerCase", "2019-01-01T00:00:00z"},
+                      DateTextCase{"Name", "2019-01-01T00:00:00GMT"},
+                      DateTextCase{"SignOnly", "2019-01-01T00:00:00+"},
+                      DateTextCase{"HoursOnly", "2019-01-01T00:00:00+01"},
+                      DateTextCase{"WithoutAColon", "2019-01-01T00:00:00+0100"},
+                      DateTextCase{"WithoutASign", "2019-01-01T00:00:0001:00"},
+                      DateTextCase{"OneDigitHour", "2019-01-01T00:00:00+1:00"},
+                      DateTextCase{"HourTwentyFour", "2019-01-01T00:00:00+24:00"},
+                      DateTextCase{"HourTwentyFourWest", "2019-01-01T00:00:00-24:00"},
+                      DateTextCase{"MinuteSixty", "2019-01-01T00:00:00+00:60"},
+                      DateTextCase{"SecondSixty", "2019-01-01T00:00:00+00:00:60"},
+                      DateTextCase{"SecondSixtyWest", "2019-01-01T00:00:00-00:00:60"},
+                      DateTextCase{"WithoutASecondColon", "2019-01-01T00:00:00+01:0000"},
+                      DateTextCase{"CutShort", "2019-01-01T00:00:00+01:"},
+                      DateTextCase{"CutShortInItsSeconds", "2019-01-01T00:00:00+01:00:0"},
+                      DateTextCase{"TypographicMinus",
+                                   "2019-01-01T00:00:00\xE2\x88\x92"
+                                   "01:00"},
+                      DateTextCase{"Two", "2019-01-01T00:00:00Z+01:00"}),
+    nameOfCase<DateTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, UnreadableDateTest,
-    ::testing::Values(TextCase{"Empty", ""}, TextCase{"DateOnly", "2019-03-14"},
-                      TextCase{"ZoneOnly", "Z"}, TextCase{"LowerCaseT", "2019-03-14t09:26:53Z"},
-                      TextCase{"SpaceForT", "2019-03-14 09:26:53Z"},
-                      TextCase{"Fraction", "2019-03-14T09:26:53.250Z"},
-                      TextCase{"FractionWithAComma", "2019-03-14T09:26:53,250Z"},
-                      TextCase{"FractionOfZero", "2019-03-14T09:26:53.0Z"},
-                      TextCase{"WithoutSeconds", "2019-03-14T09:26Z"},
-                      TextCase{"Compact", "20190314T092653Z"},
-                      TextCase{"Slashes", "2019/03/14T09:26:53Z"},
-                      TextCase{"OtherStoreForm", "2019-03-14 09:26:53 Etc/GMT"},
-                      TextCase{"SpaceBefore", " 2019-03-14T09:26:53Z"},
-                      TextCase{"SpaceAfter", "2019-03-14T09:26:53Z "},
-                      TextCase{"LineEndAfter", "2019-03-14T09:26:53Z\n"},
-                      TextCase{"NulAfter", std::string("2019-03-14T09:26:53Z\0", 21)},
-                      TextCase{"LetterAfterAnOffset", "2019-03-14T09:26:53+01:00Z"},
-                      TextCase{"DigitAfterAnOffset", "2019-03-14T09:26:53+01:00:000"},
-                      TextCase{"ArabicDigits", "\xD9\xA2\xD9\xA0\xD9\xA1\xD9\xA9-03-14T09:26:53Z"},
-                      TextCase{"FullWidthDigit", "201\xEF\xBC\x99-03-14T09:26:53Z"},
-                      TextCase{"CharacterBeforeZero", "2019-03-14T09:26:5/Z"},
-                      TextCase{"CharacterAfterNine", "2019-03-14T09:26:5:Z"}),
-    nameOfCase<TextCase>);
+    ::testing::Values(DateTextCase{"Empty", ""}, DateTextCase{"DateOnly", "2019-03-14"},
+                      DateTextCase{"ZoneOnly", "Z"},
+                      DateTextCase{"LowerCaseT", "2019-03-14t09:26:53Z"},
+                      DateTextCase{"SpaceForT", "2019-03-14 09:26:53Z"},
+                      DateTextCase{"Fraction", "2019-03-14T09:26:53.250Z"},
+                      DateTextCase{"FractionWithAComma", "2019-03-14T09:26:53,250Z"},
+                      DateTextCase{"FractionOfZero", "2019-03-14T09:26:53.0Z"},
+                      DateTextCase{"WithoutSeconds", "2019-03-14T09:26Z"},
+                      DateTextCase{"Compact", "20190314T092653Z"},
+                      DateTextCase{"Slashes", "2019/03/14T09:26:53Z"},
+                      DateTextCase{"OtherStoreForm", "2019-03-14 09:26:53 Etc/GMT"},
+                      DateTextCase{"SpaceBefore", " 2019-03-14T09:26:53Z"},
+                      DateTextCase{"SpaceAfter", "2019-03-14T09:26:53Z "},
+                      DateTextCase{"LineEndAfter", "2019-03-14T09:26:53Z\n"},
+                      DateTextCase{"NulAfter", std::string("2019-03-14T09:26:53Z\0", 21)},
+                      DateTextCase{"LetterAfterAnOffset", "2019-03-14T09:26:53+01:00Z"},
+                      DateTextCase{"DigitAfterAnOffset", "2019-03-14T09:26:53+01:00:000"},
+                      DateTextCase{"ArabicDigits",
+                                   "\xD9\xA2\xD9\xA0\xD9\xA1\xD9\xA9-03-14T09:26:53Z"},
+                      DateTextCase{"FullWidthDigit", "201\xEF\xBC\x99-03-14T09:26:53Z"},
+                      DateTextCase{"CharacterBeforeZero", "2019-03-14T09:26:5/Z"},
+                      DateTextCase{"CharacterAfterNine", "2019-03-14T09:26:5:Z"}),
+    nameOfCase<DateTextCase>);
 
 constexpr std::string_view kValidDate = "2019-03-14T10:26:53+01:00:07";
 

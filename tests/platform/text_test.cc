@@ -130,15 +130,15 @@ INSTANTIATE_TEST_SUITE_P(
                      "\xED\x9F\xBF\xF0\x9F\x98\x80"}),
     nameOfCase<EncodingCase>);
 
-struct UnencodableCase {
+struct UnencodableTextCase {
   const char* name;
   std::string text;
-  friend std::ostream& operator<<(std::ostream& out, const UnencodableCase& c) {
+  friend std::ostream& operator<<(std::ostream& out, const UnencodableTextCase& c) {
     return out << c.name;
   }
 };
 
-class UnencodableTextTest : public ::testing::TestWithParam<UnencodableCase> {};
+class UnencodableTextTest : public ::testing::TestWithParam<UnencodableTextCase> {};
 
 TEST_P(UnencodableTextTest, GivesNothing) {
   EXPECT_EQ(utf8DataWithoutLoss(GetParam().text), std::nullopt);
@@ -146,42 +146,42 @@ TEST_P(UnencodableTextTest, GivesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     Surrogates, UnencodableTextTest,
-    ::testing::Values(UnencodableCase{"FirstHighHalf", "\xED\xA0\x80"},
-                      UnencodableCase{"LastHighHalf", "\xED\xAF\xBF"},
-                      UnencodableCase{"FirstLowHalf", "\xED\xB0\x80"},
-                      UnencodableCase{"LastLowHalf", "\xED\xBF\xBF"},
-                      UnencodableCase{"HighHalfBeforeText",
-                                      "\xED\xA0\xBD"
-                                      "abc"},
-                      UnencodableCase{"HighHalfAfterText", "abc\xED\xA0\xBD"},
-                      UnencodableCase{"LowHalfBeforeHighHalf", "\xED\xB8\x80\xED\xA0\xBD"},
-                      UnencodableCase{"TwoHighHalves", "\xED\xA0\xBD\xED\xA0\xBD"},
-                      UnencodableCase{"TwoLowHalves", "\xED\xB8\x80\xED\xB8\x80"},
-                      UnencodableCase{"HighHalfBeforeAPair",
-                                      "\xED\xA0\xBD\xED\xA0\xBD\xED\xB8\x80"},
-                      UnencodableCase{"LowHalfAfterAPair", "\xED\xA0\xBD\xED\xB8\x80\xED\xB8\x80"},
-                      UnencodableCase{"HalvesWithTextBetween", "\xED\xA0\xBD-\xED\xB8\x80"},
-                      UnencodableCase{"PairWithACutLowHalf", "\xED\xA0\xBD\xED\xB8"},
-                      UnencodableCase{"PairWithABrokenLowHalf", "\xED\xA0\xBD\xED\xB8\xC0"},
-                      UnencodableCase{"PairWithABrokenHighHalf", "\xED\xA0\x3D\xED\xB8\x80"}),
-    nameOfCase<UnencodableCase>);
+    ::testing::Values(
+        UnencodableTextCase{"FirstHighHalf", "\xED\xA0\x80"},
+        UnencodableTextCase{"LastHighHalf", "\xED\xAF\xBF"},
+        UnencodableTextCase{"FirstLowHalf", "\xED\xB0\x80"},
+        UnencodableTextCase{"LastLowHalf", "\xED\xBF\xBF"},
+        UnencodableTextCase{"HighHalfBeforeText",
+                            "\xED\xA0\xBD"
+                            "abc"},
+        UnencodableTextCase{"HighHalfAfterText", "abc\xED\xA0\xBD"},
+        UnencodableTextCase{"LowHalfBeforeHighHalf", "\xED\xB8\x80\xED\xA0\xBD"},
+        UnencodableTextCase{"TwoHighHalves", "\xED\xA0\xBD\xED\xA0\xBD"},
+        UnencodableTextCase{"TwoLowHalves", "\xED\xB8\x80\xED\xB8\x80"},
+        UnencodableTextCase{"HighHalfBeforeAPair", "\xED\xA0\xBD\xED\xA0\xBD\xED\xB8\x80"},
+        UnencodableTextCase{"LowHalfAfterAPair", "\xED\xA0\xBD\xED\xB8\x80\xED\xB8\x80"},
+        UnencodableTextCase{"HalvesWithTextBetween", "\xED\xA0\xBD-\xED\xB8\x80"},
+        UnencodableTextCase{"PairWithACutLowHalf", "\xED\xA0\xBD\xED\xB8"},
+        UnencodableTextCase{"PairWithABrokenLowHalf", "\xED\xA0\xBD\xED\xB8\xC0"},
+        UnencodableTextCase{"PairWithABrokenHighHalf", "\xED\xA0\x3D\xED\xB8\x80"}),
+    nameOfCase<UnencodableTextCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     IllFormed, UnencodableTextTest,
-    ::testing::Values(UnencodableCase{"LoneTrailingByte", "\x80"},
-                      UnencodableCase{"CutTwoBytes", "\xC3"},
-                      UnencodableCase{"CutThreeBytes", "\xE2\x82"},
-                      UnencodableCase{"CutFourBytes", "\xF0\x9F\x98"},
-                      UnencodableCase{"LeadByteBeforeText", "\xC3("},
-                      UnencodableCase{"OverlongNul", std::string("\xC0\x80")},
-                      UnencodableCase{"OverlongTwoBytes", "\xC1\xBF"},
-                      UnencodableCase{"OverlongThreeBytes", "\xE0\x9F\xBF"},
-                      UnencodableCase{"OverlongFourBytes", "\xF0\x8F\xBF\xBF"},
-                      UnencodableCase{"PastTheLastCharacter", "\xF4\x90\x80\x80"},
-                      UnencodableCase{"LeadByteOfFiveBytes", "\xF8\x88\x80\x80\x80"},
-                      UnencodableCase{"ByteThatNeverOccurs", "\xFF"},
-                      UnencodableCase{"Latin1", "caf\xE9"}),
-    nameOfCase<UnencodableCase>);
+    ::testing::Values(UnencodableTextCase{"LoneTrailingByte", "\x80"},
+                      UnencodableTextCase{"CutTwoBytes", "\xC3"},
+                      UnencodableTextCase{"CutThreeBytes", "\xE2\x82"},
+                      UnencodableTextCase{"CutFourBytes", "\xF0\x9F\x98"},
+                      UnencodableTextCase{"LeadByteBeforeText", "\xC3("},
+                      UnencodableTextCase{"OverlongNul", std::string("\xC0\x80")},
+                      UnencodableTextCase{"OverlongTwoBytes", "\xC1\xBF"},
+                      UnencodableTextCase{"OverlongThreeBytes", "\xE0\x9F\xBF"},
+                      UnencodableTextCase{"OverlongFourBytes", "\xF0\x8F\xBF\xBF"},
+                      UnencodableTextCase{"PastTheLastCharacter", "\xF4\x90\x80\x80"},
+                      UnencodableTextCase{"LeadByteOfFiveBytes", "\xF8\x88\x80\x80\x80"},
+                      UnencodableTextCase{"ByteThatNeverOccurs", "\xFF"},
+                      UnencodableTextCase{"Latin1", "caf\xE9"}),
+    nameOfCase<UnencodableTextCase>);
 
 // --- Surrogates ---
 

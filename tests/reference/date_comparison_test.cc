@@ -76,7 +76,7 @@ class IcuFormatter {
     formatter_->setLenient(kStrict);
   }
 
-  // Nothing when ICU does not read `text` to its end.
+  // Returns std::nullopt if ICU does not parse all of `text`.
   std::optional<std::int64_t> seconds(std::string_view text) const {
     icu::ParsePosition position(0);
     const auto wide = icu::UnicodeString::fromUTF8(

@@ -1,4 +1,4 @@
-// Holds decimal numbers and the amounts made of them against GMP and MPFR.
+// Compares decimal numbers, and the amounts computed from them, with GMP and MPFR.
 
 #include <gtest/gtest.h>
 
@@ -63,7 +63,7 @@ BothNumbers operator*(const BothNumbers& left, const BothNumbers& right) {
           left.expected.times(right.expected)};
 }
 
-// Expects the same double, bit by bit: negative zero is told from zero.
+// Expects the same double, bit by bit: negative zero differs from zero.
 void expectSameDouble(const BothNumbers& numbers) {
   const double component = numbers.component.doubleValue();
   const double expected = numbers.expected.nearestDouble();
@@ -168,7 +168,7 @@ TEST(DecimalComparisonTest, ExponentsOfAnyLengthAreReadAlike) {
         expectSameReading(joined({digits, "e", sign, exponent}));
         expectSameReading(joined({digits, "e", sign, zeros, exponent}));
         expectSameReading(joined({digits, "e", sign, zeros, "12"}));
-        // A fraction that gives back what the exponent takes.
+        // A fraction whose zeros offset the exponent.
         const std::string last = digits.substr(digits.size() - 1);
         expectSameReading(joined({"0.", zeros, last, "e", sign, "1001"}));
       }

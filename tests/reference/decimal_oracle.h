@@ -12,7 +12,7 @@
 
 namespace qel::testing {
 
-// coefficient x 10^exponent, of any size; negative zero is told from zero.
+// coefficient x 10^exponent, of any size. Negative zero differs from zero.
 struct OracleDecimal {
   bool isNegative = false;
   mpz_class coefficient;  // never negative
@@ -22,25 +22,26 @@ struct OracleDecimal {
 
   OracleDecimal times(const OracleDecimal& factor) const;
 
-  // The nearest double, a tie going to the even one.
+  // Returns the nearest double, the even one in a tie.
   double nearestDouble() const;
 
-  // The nearest double cut toward zero; the least 64-bit integer when that does not fit 64 bits.
+  // Returns the nearest double truncated toward zero, or the least 64-bit integer if that does not
+  // fit 64 bits.
   std::int64_t truncatedNearestDouble() const;
 
-  // The number written with all its digits: -123e-5.
+  // Returns the number with all its digits: -123e-5.
   std::string written() const;
 };
 
-// What the text should be read as.
+// The expected result of parsing a text.
 struct OracleReading {
   enum class Kind { kRejected, kNotANumber, kNumber };
   Kind kind = Kind::kRejected;
   OracleDecimal number;  // when `kind` is kNumber
 };
 
-// Reads the numbers of RFC 8259 that have a form of at most 38 digits and an exponent from -128 to
-// 127, and the text NaN. A table of the grammar's states stands in for a scanner.
+// Parses the numbers of RFC 8259 that have a form of at most 38 digits and an exponent from -128 to
+// 127, and the text NaN. It uses a table of the grammar's states.
 OracleReading oracleReading(std::string_view text);
 
 }  // namespace qel::testing

@@ -1,4 +1,4 @@
-// Compares the encoding of text, and the identifier made of it, with ICU and OpenSSL.
+// Compares the encoding of text, and the identifier computed from it, with ICU and OpenSSL.
 
 #include <gtest/gtest.h>
 

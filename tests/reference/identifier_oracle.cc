@@ -13,7 +13,7 @@ namespace {
 bool isHigh(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLow(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// The bits of UTF-8, a surrogate like any other number below 0x10000.
+// Appends the UTF-8 of `codePoint`, also of a surrogate.
 void appendEncoded(std::string& bytes, std::uint32_t codePoint) {
   const auto put = [&bytes](std::uint32_t byte) { bytes += static_cast<char>(byte); };
   const auto putLater = [&put](std::uint32_t bits) { put(0x80 + bits % 64); };
@@ -43,7 +43,7 @@ void appendUtf16(std::u16string& text, std::uint32_t codePoint) {
   }
 }
 
-// How many bytes a character that begins with `lead` has, going by its high bits alone.
+// Returns the number of bytes of a character that begins with `lead`, from its high bits alone.
 std::size_t sizeByLead(unsigned char lead) {
   if (lead < 0x80) return 1;
   if (lead < 0xC0) return 0;
@@ -87,8 +87,7 @@ std::optional<std::u16string> carriedUtf16(std::string_view bytes) {
     for (const char later : bytes.substr(1, size - 1)) {
       codePoint = codePoint * 64 + static_cast<unsigned char>(later) % 64;
     }
-    // Whatever was dropped above, and every encoding longer than need be, shows when the character
-    // is written again.
+    // Encoding the character again finds bits that were dropped above, and overlong encodings.
     std::string written;
     if (codePoint <= 0x10FFFF) appendEncoded(written, codePoint);
     if (written != bytes.substr(0, size)) return std::nullopt;

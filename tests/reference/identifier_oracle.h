@@ -10,20 +10,21 @@
 
 namespace qel::testing {
 
-// `text` as the component's UTF-8 carries it: an unpaired surrogate takes the three bytes of its
+// Returns `text` in the component's form of UTF-8: an unpaired surrogate has the three bytes of its
 // code point.
 std::string carriedText(std::u16string_view text);
 
-// The UTF-16 that `bytes` carry; nothing when they carry none.
+// Returns the UTF-16 of `bytes` in that form, or std::nullopt if they are not in it.
 std::optional<std::u16string> carriedUtf16(std::string_view bytes);
 
-// `text` in UTF-8 by ICU's strict conversion; nothing when it holds an unpaired surrogate.
+// Returns `text` in UTF-8 by ICU's strict conversion, or std::nullopt if it has an unpaired
+// surrogate.
 std::optional<std::string> strictUtf8(std::u16string_view text);
 
-// The last eight bytes of the MD5 digest of `bytes`, the most significant first.
+// Returns the last eight bytes of the MD5 digest of `bytes`, the most significant first.
 std::uint64_t oracleDigest(std::string_view bytes);
 
-// The identifier of the three pieces.
+// Returns the deduplication identifier of the three texts.
 std::uint64_t oracleDedupeId(const std::optional<std::string_view>& originalTransactionId,
                              const std::optional<std::string_view>& webOrderLineItemId,
                              const std::optional<std::string_view>& productId);

@@ -191,7 +191,7 @@ const OracleJson* OracleJson::find(std::string_view key) const {
 
 std::optional<OracleJson> oracleJson(std::string_view text) {
   const std::optional<std::u16string> units = carriedUtf16(text);
-  // UTF-8 is only what strict UTF-8 gives back; two surrogates, each in three bytes, are none.
+  // The strict conversion rejects two surrogates of three bytes each.
   if (!units.has_value() || strictUtf8(*units) != text) return std::nullopt;
   try {
     return Parser(*units).document();

@@ -14,19 +14,19 @@ struct OracleJson {
   enum class Kind { kNull, kBoolean, kNumber, kString, kArray, kObject };
 
   Kind kind = Kind::kNull;
-  // A number, true or false as it is written, or what a string stands for: in UTF-8, an unpaired
-  // surrogate as the three bytes of its code point.
+  // A number, true or false as it is written, or the content of a string in UTF-8. An unpaired
+  // surrogate has the three bytes of its code point.
   std::string text;
   // The values of an array or an object, in their order.
   std::vector<OracleJson> values;
-  // The keys of an object, one for each value; a key may come more than once.
+  // The keys of an object, one for each value. A key may occur more than once.
   std::vector<std::string> keys;
 
-  // The first value under `key`, null when there is none.
+  // Returns the first value under `key`, or null if there is none.
   const OracleJson* find(std::string_view key) const;
 };
 
-// The one value that `text` holds; nothing when it is not JSON in UTF-8 from end to end.
+// Parses `text`. Returns std::nullopt if it is not exactly one value in UTF-8.
 std::optional<OracleJson> oracleJson(std::string_view text);
 
 }  // namespace qel::testing

@@ -15,8 +15,8 @@
 
 namespace qel::testing {
 
-// A receipt and what it is asked. The list names entries by their place among `entries`, which is
-// how one entry comes to stand in it twice.
+// The arguments of one match. `list` has positions in `entries`, so that an entry can be in the
+// receipt twice.
 struct Question {
   std::vector<QELInAppPurchaseItem> entries;
   std::vector<std::size_t> list;
@@ -160,7 +160,8 @@ RC_GTEST_PROP(MatchingComparisonTest, TheReceiptIsLeftAsItWas, ()) {
   const std::vector<QELInAppPurchaseItem> entries = question.entries;
   const QELInAppPurchaseItems items = question.items();
   const Addresses before = addressesOf(items);
-  QELMatchingInAppPurchaseItems(items, question.productIdentifier, question.date);
+  static_cast<void>(
+      QELMatchingInAppPurchaseItems(items, question.productIdentifier, question.date));
   RC_ASSERT(question.entries == entries);
   RC_ASSERT(addressesOf(items) == before);
 }

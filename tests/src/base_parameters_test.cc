@@ -119,17 +119,19 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Both amounts are products of the price as it is: `echo '15.12*9*1000000' | bc` gives
 // 136080000.00.
-struct AmountCase {
+struct EventAmountCase {
   const char* name;
   const char* price;
   std::int64_t quantity;
   std::int64_t priceInMicros;
   std::int64_t value;
-  friend std::ostream& operator<<(std::ostream& out, const AmountCase& c) { return out << c.name; }
+  friend std::ostream& operator<<(std::ostream& out, const EventAmountCase& c) {
+    return out << c.name;
+  }
 };
 
 class EventAmountTest : public BaseParametersTest,
-                        public ::testing::WithParamInterface<AmountCase> {};
+                        public ::testing::WithParamInterface<EventAmountCase> {};
 
 TEST_P(EventAmountTest, IsTheExactProductTruncatedTowardZero) {
   purchase.product.price = decimal(GetParam().price);
@@ -141,30 +143,31 @@ TEST_P(EventAmountTest, IsTheExactProductTruncatedTowardZero) {
 }
 
 // In each case a product of doubles falls short of the value by 1; at 8.29, of the price too.
-INSTANTIATE_TEST_SUITE_P(NoDoubleError, EventAmountTest,
-                         ::testing::Values(AmountCase{"OneAt8_29", "8.29", 1, 8290000, 8290000},
-                                           AmountCase{"NineAt15_12", "15.12", 9, 15120000,
-                                                      136080000},
-                                           AmountCase{"SevenAt0_29", "0.29", 7, 290000, 2030000}),
-                         nameOfCase<AmountCase>);
+INSTANTIATE_TEST_SUITE_P(
+    NoDoubleError, EventAmountTest,
+    ::testing::Values(EventAmountCase{"OneAt8_29", "8.29", 1, 8290000, 8290000},
+                      EventAmountCase{"NineAt15_12", "15.12", 9, 15120000, 136080000},
+                      EventAmountCase{"SevenAt0_29", "0.29", 7, 290000, 2030000}),
+    nameOfCase<EventAmountCase>);
 
 INSTANTIATE_TEST_SUITE_P(
     FractionsOfAMicro, EventAmountTest,
-    ::testing::Values(AmountCase{"AreDroppedFromEachAmount", "1.2345678", 1, 1234567, 1234567},
-                      AmountCase{"AddUpInTheValue", "0.0000005", 3, 0, 1},
-                      AmountCase{"AddUpToAMicroInTheValue", "0.0000005", 2, 0, 1},
-                      AmountCase{"AddUpInANegativeValue", "-0.0000015", 3, -1, -4}),
-    nameOfCase<AmountCase>);
+    ::testing::Values(EventAmountCase{"AreDroppedFromEachAmount", "1.2345678", 1, 1234567, 1234567},
+                      EventAmountCase{"AddUpInTheValue", "0.0000005", 3, 0, 1},
+                      EventAmountCase{"AddUpToAMicroInTheValue", "0.0000005", 2, 0, 1},
+                      EventAmountCase{"AddUpInANegativeValue", "-0.0000015", 3, -1, -4}),
+    nameOfCase<EventAmountCase>);
 
 // As signed numbers, the low 32 bits of these quantities are 0, 3, -2147483648 and -3.
 INSTANTIATE_TEST_SUITE_P(
     QuantitiesOfMoreThan32Bits, EventAmountTest,
     ::testing::Values(
-        AmountCase{"LowHalfZero", "0.01", std::int64_t{1} << 32, 10000, 42949672960000},
-        AmountCase{"LowHalfThree", "0.01", (std::int64_t{1} << 32) + 3, 10000, 42949672990000},
-        AmountCase{"SignBitOfTheLowHalf", "0.01", std::int64_t{1} << 31, 10000, 21474836480000},
-        AmountCase{"Negative", "0.01", -(std::int64_t{1} << 32) - 3, 10000, -42949672990000}),
-    nameOfCase<AmountCase>);
+        EventAmountCase{"LowHalfZero", "0.01", std::int64_t{1} << 32, 10000, 42949672960000},
+        EventAmountCase{"LowHalfThree", "0.01", (std::int64_t{1} << 32) + 3, 10000, 42949672990000},
+        EventAmountCase{"SignBitOfTheLowHalf", "0.01", std::int64_t{1} << 31, 10000,
+                        21474836480000},
+        EventAmountCase{"Negative", "0.01", -(std::int64_t{1} << 32) - 3, 10000, -42949672990000}),
+    nameOfCase<EventAmountCase>);
 
 }  // namespace
 }  // namespace qel::testing

@@ -180,16 +180,16 @@ INSTANTIATE_TEST_SUITE_P(
 constexpr const char* kHighHalf = "\xED\xA0\xBD";
 constexpr const char* kLowHalf = "\xED\xB8\x80";
 
-struct UnencodableCase {
+struct UnencodableIdentifierCase {
   const char* name;
   std::string originalTransactionID;
   std::string productID;
-  friend std::ostream& operator<<(std::ostream& out, const UnencodableCase& c) {
+  friend std::ostream& operator<<(std::ostream& out, const UnencodableIdentifierCase& c) {
     return out << c.name;
   }
 };
 
-class UnencodableIdentifierTest : public ::testing::TestWithParam<UnencodableCase> {};
+class UnencodableIdentifierTest : public ::testing::TestWithParam<UnencodableIdentifierCase> {};
 
 TEST_P(UnencodableIdentifierTest, IsZero) {
   EXPECT_EQ(
@@ -199,13 +199,14 @@ TEST_P(UnencodableIdentifierTest, IsZero) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, UnencodableIdentifierTest,
-    ::testing::Values(UnencodableCase{"HighHalfInTheProduct", "1", std::string("p") + kHighHalf},
-                      UnencodableCase{"LowHalfInTheProduct", "1", std::string(kLowHalf) + "p"},
-                      UnencodableCase{"HighHalfInTheOriginal", kHighHalf, "p"},
-                      UnencodableCase{"HalvesInTheWrongOrder", kLowHalf, kHighHalf},
-                      UnencodableCase{"CutShortCharacter", "1", "caf\xC3"},
-                      UnencodableCase{"StrayByte", "1", "\xA9"}),
-    nameOfCase<UnencodableCase>);
+    ::testing::Values(
+        UnencodableIdentifierCase{"HighHalfInTheProduct", "1", std::string("p") + kHighHalf},
+        UnencodableIdentifierCase{"LowHalfInTheProduct", "1", std::string(kLowHalf) + "p"},
+        UnencodableIdentifierCase{"HighHalfInTheOriginal", kHighHalf, "p"},
+        UnencodableIdentifierCase{"HalvesInTheWrongOrder", kLowHalf, kHighHalf},
+        UnencodableIdentifierCase{"CutShortCharacter", "1", "caf\xC3"},
+        UnencodableIdentifierCase{"StrayByte", "1", "\xA9"}),
+    nameOfCase<UnencodableIdentifierCase>);
 
 TEST(DedupeIdPiecesTest, WebOrderBetweenTheHalvesOfAPairKeepsThemApart) {
   EXPECT_EQ(QELTransactionDedupeID(kHighHalf, "7", kLowHalf), 0U);

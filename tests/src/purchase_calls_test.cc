@@ -1,5 +1,5 @@
-// Everything that one purchase can be seen to do, in one ordered log: the questions to the store's
-// records, the messages, and what each date formatter parses.
+// All calls of one purchase in one ordered log: to the store's records, to the monitor, and to each
+// date formatter.
 
 #include <gtest/gtest.h>
 
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
                      },
                      inSequence({messageCall(40003), matchCalls(1, {kMarch}),
                                  matchCalls(2, {kMarch}), messageCall(40008)})},
-        // Two comparisons find that the entries stand in reverse: one for each order. The second
+        // Two comparisons find that the entries are in reverse: one for each order. The second
         // match reads them in the order of the first match's result.
         PurchaseCase{
             "RenewalBeforeItsTrialInTheReceipt",

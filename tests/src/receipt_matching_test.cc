@@ -25,7 +25,8 @@ QELInAppPurchaseItem purchaseWithoutDate(const char* productID) {
 // Entries of a receipt, which matches name by their place in it, from 0.
 class ReceiptMatchingTest : public ::testing::Test {
  protected:
-  // The places of the matching entries, told by their identity; nothing when the match is nothing.
+  // Returns the positions in `receipt` of the matching entries, found by their addresses. Returns
+  // std::nullopt if the match does.
   std::optional<std::vector<std::ptrdiff_t>> match(const OptionalText& productIdentifier,
                                                    const std::optional<Instant>& date) const {
     return placesOf(QELMatchingInAppPurchaseItems(listOf(receipt), productIdentifier, date));
@@ -230,7 +231,7 @@ TEST_F(ReceiptMatchingTest, ReversedReceiptKeepsTheOrderOfEqualDates) {
   EXPECT_EQ(match("coins", std::nullopt), Places({4, 5, 3, 1, 2, 0}));
 }
 
-// As texts the dates stand in the opposite order.
+// As texts, the dates are in the opposite order.
 TEST_F(ReceiptMatchingTest, ResultIsSortedByInstantNotByText) {
   receipt = {purchaseOf("coins", "2019-03-14T01:00:00Z"),
              purchaseOf("coins", "2019-03-14T02:00:00+02:00")};

@@ -1,5 +1,5 @@
-// A date formatter that keeps count of what it does. It takes the place of the platform's in the
-// executable that links counting_date_formatter.cc, and reads dates as the portable one does.
+// A date formatter that counts and logs its calls. It replaces the platform's in the executable
+// that links counting_date_formatter.cc, and parses dates as the portable one does.
 
 #ifndef QEL_TESTS_SUPPORT_COUNTING_DATE_FORMATTER_H_
 #define QEL_TESTS_SUPPORT_COUNTING_DATE_FORMATTER_H_
@@ -16,27 +16,27 @@
 namespace qel::testing {
 
 struct FormatterCounts {
-  // Formatters made, and of those the ones that still live.
+  // Formatters that were constructed, and those not yet destroyed.
   int created = 0;
   int living = 0;
 
   // The texts that were parsed, in order.
   std::vector<std::optional<std::string>> parsed;
 
-  // Where all formatters note what they do, as the functions below write it. Null for nowhere.
+  // The log of all formatters, with the entries that the functions below return. May be null.
   Asked* asked = nullptr;
 };
 
-// What the formatter that was made as the `number`th, from 1, notes when it is made, when it parses
-// `text`, and when it ends.
+// Return the log entries for the construction of a formatter, its parsing of `text`, and its
+// destruction. The first formatter has the number 1.
 std::string formatterInit(int number);
 std::string formatterParse(int number, const OptionalText& text);
 std::string formatterEnd(int number);
 
-// What has happened to all formatters since it was last cleared.
+// Returns the counts, which a test may change.
 FormatterCounts& formatterCounts();
 
-// Starts each test with cleared counts, and expects that no formatter outlives it.
+// Starts each test with cleared counts, and expects that no formatter outlives the test.
 class DateFormatterCountsTest : public ::testing::Test {
  protected:
   DateFormatterCountsTest() { formatterCounts() = FormatterCounts(); }

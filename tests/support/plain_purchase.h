@@ -54,14 +54,14 @@ inline PlainTransaction plainTransaction(const OracleTransaction& transaction) {
 }
 
 inline QELInAppPurchaseItem plainEntry(const OracleEntry& entry) {
-  return {.purchaseDateIA5String = entry.dateText,
-          .isFreeTrial = entry.isFreeTrial,
-          .isIntroductoryOffer = entry.isOffer,
-          .purchaseType = entry.type,
-          .productID = entry.productId,
+  return {.productID = entry.productId,
           .transactionID = entry.transactionId,
           .originalTransactionID = entry.originalId,
-          .webOrderLineItemID = entry.webOrder};
+          .webOrderLineItemID = entry.webOrder,
+          .purchaseDateIA5String = entry.dateText,
+          .purchaseType = entry.type,
+          .isFreeTrial = entry.isFreeTrial,
+          .isIntroductoryOffer = entry.isOffer};
 }
 
 inline std::vector<QELInAppPurchaseItem> plainReceipt(const OraclePurchase& purchase) {

@@ -1,5 +1,5 @@
-// What several tests share: the message texts, assertions on a whole event and on a whole list of
-// diagnostics, receipt entries, and one purchase to begin from.
+// Fixtures of several tests: assertions on a whole event and on a whole list of diagnostics,
+// receipt entries, and a purchase.
 
 #ifndef QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
 #define QEL_TESTS_SUPPORT_PURCHASE_FIXTURES_H_
@@ -37,7 +37,8 @@ std::string nameOfCase(const ::testing::TestParamInfo<Case>& info) {
 
 // --- Diagnostics ---
 
-// The message `code` as the monitor must receive it: at level 8, with its text and `context`.
+// Returns the message `code` as the monitor must receive it: at level 8, with its text and
+// `context`.
 inline Diagnostic logged(int code, std::vector<Diagnostic::Context> context = {}) {
   return {8, code, messageTexts().at(code), std::move(context)};
 }
@@ -78,7 +79,7 @@ inline Event eventOf(const EventParameters& parameters) {
   return event;
 }
 
-// Checks the whole mapping, and says which keys differ.
+// Checks the whole mapping. A failure lists the keys that differ.
 inline ::testing::AssertionResult isEvent(const std::optional<EventParameters>& actual,
                                           const Event& expected) {
   if (!actual.has_value()) return ::testing::AssertionFailure() << "there is no event";
@@ -173,7 +174,7 @@ inline std::vector<FieldChange> fieldChanges() {
           {"IntroductoryOffer", [](Item& item) { item.isIntroductoryOffer = true; }}};
 }
 
-// A list of references to `entries`, in their order. `entries` must outlive it.
+// Returns a list of references to `entries`, in their order. `entries` must outlive it.
 inline QELInAppPurchaseItems listOf(const std::vector<QELInAppPurchaseItem>& entries) {
   return {entries.begin(), entries.end()};
 }
@@ -211,8 +212,8 @@ struct Purchase {
   LoggedTransaction transactionRecord = LoggedTransaction(plainTransactionRecord, asked);
 };
 
-// Makes `purchase` one of the subscription "monthly", which is sold at 4.99 EUR and was bought in
-// March, and which the receipt knows by `entries`.
+// Makes `purchase` one of the subscription "monthly" at 4.99 EUR, bought in March. `entries` become
+// the receipt.
 inline void makeMonthly(Purchase& purchase, std::vector<QELInAppPurchaseItem> entries) {
   purchase.product = {.productIdentifier = "monthly",
                       .price = decimal("4.99"),
@@ -234,7 +235,7 @@ inline void makeIntroductoryOffer(Purchase& purchase, std::string_view price,
   purchase.product.introductoryPrice = PlainDiscount{decimal(price), paymentMode};
 }
 
-// The base parameters of Purchase(), with `others` added or in their place.
+// Returns the base parameters of Purchase(), with `others` added or in their place.
 inline Event coinsEvent(Event others) {
   others.merge(Event{{"currency", "USD"},
                      {"price", 990000},
@@ -256,8 +257,8 @@ inline Event monthlyEvent(Event others) {
   return others;
 }
 
-// What the store's records are asked before the receipt is read: from the checks to the
-// transaction's date, for a product with a price and a payment with a quantity.
+// Returns the calls to the store's records before the receipt is read, for a product with a price
+// and a payment with a quantity.
 inline Asked questionsOfEveryPurchase() {
   return {"product.productIdentifier",
           "product.price",

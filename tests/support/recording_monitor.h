@@ -1,4 +1,4 @@
-// A diagnostics monitor that keeps what it is told.
+// A diagnostics monitor that keeps the messages that it receives.
 
 #ifndef QEL_TESTS_SUPPORT_RECORDING_MONITOR_H_
 #define QEL_TESTS_SUPPORT_RECORDING_MONITOR_H_

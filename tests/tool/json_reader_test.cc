@@ -117,11 +117,18 @@ TEST_F(JsonReaderTest, RejectsUnknownAndDuplicateKeys) {
             "/origin duplicate key: expected each key once");
 }
 
+TEST_F(JsonReaderTest, ShortensALongUnknownKey) {
+  const std::string key(100, 'k');
+  EXPECT_EQ(errorOf("{\"" + key + "\":1}"),
+            "/" + key.substr(0, 60) + "... unknown key: expected origin or points");
+}
+
 TEST_F(JsonReaderTest, ReadsIgnoredValuesToTheirEnd) {
   reader_ = JsonReader(UnknownKeys::kAreIgnored);
   read(R"({"z":[{"y":[1,"a",null,true]}],"origin":{"x":1}})");
   EXPECT_EQ(drawing_.origin->x, 1);
-  EXPECT_EQ(errorOf(R"({"z":[01]})"), "/z broken JSON: expected a number in JSON syntax");
+  EXPECT_EQ(errorOf(R"({"z":[01]})"),
+            " broken JSON at column 7: expected a number in JSON syntax, found 01");
 }
 
 }  // namespace

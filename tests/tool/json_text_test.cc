@@ -15,7 +15,7 @@ std::optional<std::string> unescaped(std::string_view raw) {
 
 std::string written(std::string_view text) {
   TextBuffer out;
-  appendJsonString(text, out);
+  appendJsonString(text, UnpairedSurrogates::kEscape, out);
   return std::string(out.text());
 }
 
@@ -52,7 +52,7 @@ TEST(RawJsonStringTest, IsNothingWhenTheTextEndsInABackslash) {
   EXPECT_EQ(rawJsonString("a\\"), std::nullopt);
 }
 
-// --- What a string stands for ---
+// --- The content of a string ---
 
 TEST(UnescapeJsonStringTest, KeepsTextWithoutEscapes) {
   EXPECT_EQ(unescaped("プレミアム"), "プレミアム");

@@ -17,16 +17,24 @@
 namespace qel::tool {
 namespace {
 
+constexpr std::size_t kMaxLine = 4'000'000;
+
 // A pipe whose reading end is read in blocks.
 class LineBlockReaderTest : public ::testing::Test {
  protected:
-  LineBlockReaderTest() : reader_((open(), ends_[0])) {}
+  LineBlockReaderTest() : input_(openedPath()), reader_(input_, 1, kMaxLine) {}
   ~LineBlockReaderTest() override {
     closeInput();
     ::close(ends_[0]);
   }
 
-  void write(std::string_view text) const { writeAll(ends_[1], text); }
+  void write(std::string_view text) const {
+    while (!text.empty()) {
+      const ssize_t count = ::write(ends_[1], text.data(), text.size());
+      ASSERT_GT(count, 0);
+      text.remove_prefix(static_cast<std::size_t>(count));
+    }
+  }
   void closeInput() {
     if (ends_[1] >= 0) ::close(ends_[1]);
     ends_[1] = -1;
@@ -40,16 +48,19 @@ class LineBlockReaderTest : public ::testing::Test {
   LineBlock block_;
 
  private:
-  void open() {
+  // Opens the pipe and returns the path of its reading end.
+  std::string openedPath() {
     static const bool isCaught = [] {
-      catchInterrupt();
+      catchInterrupts();
       return true;
     }();
     if (!isCaught || pipe(ends_.data()) != 0)
       throw std::system_error(errno, std::generic_category());
+    return "/dev/fd/" + std::to_string(ends_[0]);
   }
 
   std::array<int, 2> ends_ = {-1, -1};
+  InputFile input_;
   LineBlockReader reader_;
 };
 
@@ -92,7 +103,7 @@ TEST_F(LineBlockReaderTest, CountsLinesFromOne) {
 }
 
 TEST_F(LineBlockReaderTest, KeepsNulBytes) {
-  const std::string line("a\0b", 3);
+  const std::string line("{\0b", 3);
   write(line + "\n");
   EXPECT_EQ(next(), Lines{line});
 }
@@ -105,14 +116,40 @@ TEST_F(LineBlockReaderTest, GivesALineLongerThanAnyBlockInOnePiece) {
     closeInput();
   });
   std::vector<std::string> lines;
-  std::size_t size = 0;
   while (next() != Lines{"(end)"}) {
+    EXPECT_FALSE(block_.isCut);
     lines.insert(lines.end(), block_.lines.begin(), block_.lines.end());
-    size += block_.size;
   }
   writer.join();
   EXPECT_EQ(lines, (std::vector<std::string>{line, "next"}));
-  EXPECT_EQ(size, line.size() + 6);
+}
+
+TEST_F(LineBlockReaderTest, CutsALineThatIsTooLongAndGoesOnBehindIt) {
+  for (const std::size_t excess : {0U, 500'000U}) {
+    const std::string line(kMaxLine + excess, 'x');
+    std::thread writer([&] { write("one\n" + line + "\nthree\nfour\n"); });
+    std::vector<std::string> lines;
+    int cutCount = 0;
+    while (lines.size() < 4) {
+      const Lines more = next();
+      lines.insert(lines.end(), more.begin(), more.end());
+      if (block_.isCut) ++cutCount;
+    }
+    writer.join();
+    const std::string cut = line.substr(0, kMaxLine + 1);
+    EXPECT_EQ(lines, (std::vector<std::string>{"one", cut, "three", "four"})) << excess;
+    EXPECT_EQ(cutCount, excess == 0 ? 0 : 1);
+  }
+}
+
+TEST_F(LineBlockReaderTest, EndsBehindALineThatIsTooLong) {
+  std::thread writer([&] {
+    write(std::string(kMaxLine + 300'000, 'x'));
+    closeInput();
+  });
+  EXPECT_EQ(next(), Lines{std::string(kMaxLine + 1, 'x')});
+  EXPECT_EQ(next(), Lines{"(end)"});
+  writer.join();
 }
 
 TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
@@ -124,20 +161,22 @@ TEST_F(LineBlockReaderTest, LeavesRoomToLookPastTheLines) {
 }
 
 TEST(LineBlockReaderErrorTest, ThrowsWhenTheInputCannotBeRead) {
-  const int folder = open("/", O_RDONLY);
-  ASSERT_GE(folder, 0);
-  LineBlockReader reader(folder);
+  InputFile folder("/");
+  LineBlockReader reader(folder, 1, kMaxLine);
   LineBlock block;
-  EXPECT_THROW(reader.next(block), std::system_error);
-  close(folder);
+  EXPECT_THROW(reader.next(block), InputError);
 }
 
-TEST(WriteAllTest, ThrowsWhenTheDiskIsFull) {
-  const int full = open("/dev/full", O_WRONLY);
-  ASSERT_GE(full, 0);
-  EXPECT_THROW(writeAll(full, "text"), std::system_error);
-  EXPECT_NO_THROW(writeAll(full, ""));
-  close(full);
+TEST_F(LineBlockReaderTest, ThrowsIfTheInputHasAnotherFormat) {
+  write("[{},\n");
+  EXPECT_THROW(next(), InputError);
+}
+
+TEST_F(LineBlockReaderTest, ReadsOtherFormatsLineByLineAfterTheFirstBlock) {
+  write("{}\n");
+  EXPECT_EQ(next(), Lines{"{}"});
+  write("[{},\n");
+  EXPECT_EQ(next(), Lines{"[{},"});
 }
 
 }  // namespace

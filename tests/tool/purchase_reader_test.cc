@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <ostream>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,12 +38,14 @@ class Reader {
     return reader_.read(line_.view());
   }
 
-  // The path and the message of the error that `line` gives, a space between them.
+  // The path and the message of the error that `line` gives, a space between them. Without the
+  // column, which json_fault_test.cc tests.
   std::string errorOf(std::string_view line, char padding = ' ') {
+    static const std::regex kColumn("^broken JSON at column [0-9]+:");
     try {
       read(line, padding);
     } catch (const JsonError& error) {
-      return error.pointer + " " + error.message;
+      return error.pointer + " " + std::regex_replace(error.message, kColumn, "broken JSON:");
     }
     return "(no error)";
   }
@@ -491,8 +494,7 @@ TEST_P(TypedKeyTest, AcceptsNull) { EXPECT_EQ(errorOfValue("null"), "(no error)"
 TEST_P(TypedKeyTest, RejectsWordsThatAreNone) {
   for (const char* const value : {"nul", "nulll", "nULL"}) {
     EXPECT_EQ(errorOfValue(value),
-              std::string(GetParam().path) + " broken JSON: expected true, false or null")
-        << value;
+              std::string(" broken JSON: expected true, false or null, found ") + value);
   }
 }
 
@@ -588,8 +590,7 @@ TEST(PurchaseReaderTest, RejectsAWebOrderLineItemThatIsNoInteger) {
   }
   for (const char* const written : {"01", "-", "1.", "1x", "0x10"}) {
     EXPECT_EQ(errorOf(withValue(R"({"receipt":[{},{"webOrderLineItemID":@}]})", written)),
-              "/receipt/1/webOrderLineItemID broken JSON: expected a number in JSON syntax")
-        << written;
+              std::string(" broken JSON: expected a number in JSON syntax, found ") + written);
   }
 }
 
@@ -602,6 +603,7 @@ TEST(PurchaseReaderTest, ReadsPaymentModesUpToTheirLimits) {
   EXPECT_EQ(paymentMode("0"), 0U);
   EXPECT_EQ(paymentMode("2"), 2U);
   EXPECT_EQ(paymentMode("18446744073709551615"), std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(paymentMode("-0"), 0U);
   for (const char* const written : {"-1", "18446744073709551616", "2.0", "2e0"}) {
     EXPECT_EQ(errorOf(withValue(kLine, written)),
               std::string("/product/introductoryPrice/paymentMode expected ") + kUnsigned +
@@ -613,9 +615,8 @@ TEST(PurchaseReaderTest, RejectsNumbersThatJsonDoesNotHave) {
   for (const char* const written : {"01", "-", "1.", "1e", "0x10", "1_0", "1a", "-Infinity"}) {
     for (const char* const line :
          {R"({"transaction":{"payment":{"quantity":@}}})", R"({"product":{"price":@}})"}) {
-      const std::string error = errorOf(withValue(line, written));
-      EXPECT_TRUE(error.ends_with(" broken JSON: expected a number in JSON syntax"))
-          << written << ": " << error;
+      EXPECT_EQ(errorOf(withValue(line, written)),
+                std::string(" broken JSON: expected a number in JSON syntax, found ") + written);
     }
   }
   for (const char* const written : {"+1", ".5", "NaN", "Infinity"}) {
@@ -813,21 +814,19 @@ TEST(PurchaseReaderTest, KeysInAnyOrderAreRead) {
 }
 
 TEST(PurchaseReaderTest, AWordOrANumberThatIsBrokenOffIsBrokenWhereverItStands) {
-  const std::string word = "broken JSON: expected true, false or null";
-  const std::string number = "broken JSON: expected a number in JSON syntax";
-  EXPECT_EQ(errorOf("nul"), " " + word);
-  EXPECT_EQ(errorOf(" tru "), " " + word);
-  EXPECT_EQ(errorOf("1.x"), " " + number);
+  const std::string word = " broken JSON: expected true, false or null, found ";
+  const std::string number = " broken JSON: expected a number in JSON syntax, found ";
+  EXPECT_EQ(errorOf("nul"), word + "nul");
+  EXPECT_EQ(errorOf(" tru "), word + "tru");
+  EXPECT_EQ(errorOf("1.x"), number + "1.x");
   for (const char* const value : {"nul", "tru", "falsee", "nulll"}) {
-    EXPECT_EQ(errorOf(withValue(R"({"id":@})", value)), "/id " + word);
-    EXPECT_EQ(errorOf(withValue(R"({"product":@})", value)), "/product " + word);
-    EXPECT_EQ(errorOf(withValue(R"({"product":{"price":@}})", value)), "/product/price " + word);
-    EXPECT_EQ(errorOf(withValue(R"({"receipt":[@]})", value)), "/receipt/0 " + word);
-    EXPECT_EQ(errorOf(withValue(R"({"receipt":[{"isFreeTrial":@}]})", value)),
-              "/receipt/0/isFreeTrial " + word);
+    for (const char* const line : {R"({"id":@})", R"({"product":@})", R"({"product":{"price":@}})",
+                                   R"({"receipt":[@]})", R"({"receipt":[{"isFreeTrial":@}]})"}) {
+      EXPECT_EQ(errorOf(withValue(line, value)), word + value) << line;
+    }
   }
-  EXPECT_EQ(errorOf(R"({"id":1e})"), "/id " + number);
-  EXPECT_EQ(errorOf(R"({"receipt":-})"), "/receipt " + number);
+  EXPECT_EQ(errorOf(R"({"id":1e})"), number + "1e");
+  EXPECT_EQ(errorOf(R"({"receipt":-})"), number + "-");
 }
 
 TEST(PurchaseReaderTest, AKeyWrittenOnceWithAndOnceWithoutEscapesIsADuplicate) {
@@ -937,11 +936,16 @@ TEST(PurchaseReaderTest, RejectsControlCharactersInStrings) {
 }
 
 TEST(PurchaseReaderTest, RejectsEscapesThatJsonDoesNotHave) {
-  for (const char* const escape : {R"(\q)", R"(\x41)", R"(\u12)", R"(\u12g4)", R"(\')"}) {
-    EXPECT_EQ(
-        errorOf(withValue(R"({"id":"@"})", escape)),
-        "/id broken JSON: expected an escape that JSON has: \\\" \\\\ \\/ \\b \\f \\n \\r \\t "
-        "or \\uXXXX");
+  const char* const escapes[][2] = {{R"(\q)", R"(\q)"},
+                                    {R"(\x41)", R"(\x)"},
+                                    {R"(\u12)", R"(\u12)"},
+                                    {R"(\u12g4)", R"(\u12g4)"},
+                                    {R"(\')", R"(\')"}};
+  for (const auto& [escape, found] : escapes) {
+    EXPECT_EQ(errorOf(withValue(R"({"id":"@"})", escape)),
+              std::string(R"( broken JSON: expected an escape that JSON has: )"
+                          R"(\" \\ \/ \b \f \n \r \t or \uXXXX, found )") +
+                  found);
   }
 }
 

@@ -9,7 +9,7 @@ namespace qel::tool {
 namespace {
 
 std::string result(const OptionalText& id, const std::optional<EventParameters>& event,
-                   std::string_view diagnostics = "", Int64Form form = Int64Form::kNumber) {
+                   std::string_view diagnostics = "", ResultForm form = {}) {
   TextBuffer out;
   appendResult(id, event, diagnostics, form, out);
   return std::string(out.text());
@@ -17,7 +17,7 @@ std::string result(const OptionalText& id, const std::optional<EventParameters>&
 
 std::string error(const OptionalText& id, std::uint64_t line, const JsonError& lineError) {
   TextBuffer out;
-  appendError(id, line, lineError, out);
+  appendError(id, {std::nullopt, line}, lineError, UnpairedSurrogates::kEscape, out);
   return std::string(out.text());
 }
 
@@ -57,10 +57,24 @@ TEST(ResultWriterTest, WritesKeysSortedAndIntegersExactly) {
 }
 
 TEST(ResultWriterTest, WritesIntegersAsStringsWhenAsked) {
-  EXPECT_EQ(result(std::nullopt, eventOfIntegers(), "", Int64Form::kString),
+  EXPECT_EQ(result(std::nullopt, eventOfIntegers(), "", {.int64 = Int64Form::kString}),
             R"({"event":{"_did":"-1","currency":"EUR","price":"9223372036854775807",)"
             R"("quantity":"0","value":"-9223372036854775808"},"diagnostics":[]})"
             "\n");
+}
+
+TEST(ResultWriterTest, WritesTheDeduplicationIdentifierAsAStringWhenAsked) {
+  EXPECT_EQ(result(std::nullopt, eventOfIntegers(), "", {.int64 = Int64Form::kDidAsString}),
+            R"({"event":{"_did":"-1","currency":"EUR","price":9223372036854775807,"quantity":0,)"
+            R"("value":-9223372036854775808},"diagnostics":[]})"
+            "\n");
+}
+
+TEST(ResultWriterTest, ReplacesUnpairedSurrogatesWhenAsked) {
+  EventParameters event;
+  event.set(ParameterKey::kProductName, QELValue::initWithString("\xED\xB0\x80 b"));
+  EXPECT_EQ(result("\xED\xA0\x80", event, "", {.surrogates = UnpairedSurrogates::kReplace}),
+            "{\"id\":\"\uFFFD\",\"event\":{\"product_name\":\"\uFFFD b\"},\"diagnostics\":[]}\n");
 }
 
 TEST(ResultWriterTest, EscapesIdAndValues) {
@@ -74,11 +88,11 @@ TEST(ResultWriterTest, EscapesIdAndValues) {
 TEST(ResultWriterTest, AppendsToWhatIsThere) {
   TextBuffer out;
   out.append("before\n");
-  appendResult(std::nullopt, std::nullopt, "", Int64Form::kNumber, out);
-  appendError(std::nullopt, 2, {"", "m"}, out);
+  appendResult(std::nullopt, std::nullopt, "", {}, out);
+  appendError(std::nullopt, {"a\"b", 2}, {"", "m"}, UnpairedSurrogates::kEscape, out);
   EXPECT_EQ(out.text(),
             "before\n{\"event\":null,\"diagnostics\":[]}\n"
-            "{\"error\":{\"line\":2,\"path\":\"\",\"message\":\"m\"}}\n");
+            "{\"error\":{\"file\":\"a\\\"b\",\"line\":2,\"path\":\"\",\"message\":\"m\"}}\n");
 }
 
 TEST(ResultWriterTest, WritesAnErrorWithItsLinePathAndMessage) {

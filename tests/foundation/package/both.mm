@@ -14,7 +14,7 @@
 namespace {
 
 // Counts the messages of rejected purchases without a product.
-class CountingMonitor : public qel::DiagnosticsMonitor {
+class AppMonitor : public qel::DiagnosticsMonitor {
  public:
   int count = 0;
 
@@ -29,7 +29,7 @@ class CountingMonitor : public qel::DiagnosticsMonitor {
 }  // namespace
 
 int main() {
-  const auto monitor = std::make_shared<CountingMonitor>();
+  const auto monitor = std::make_shared<AppMonitor>();
   qel::QELMeasurement::setMonitor(monitor);
   @autoreleasepool {
     const auto event = QELInAppPurchaseEventParametersFromProductAndTransactionV2(

@@ -1,0 +1,22 @@
+// Messages for people, on standard error.
+
+#ifndef QEL_TOOL_MESSAGES_H_
+#define QEL_TOOL_MESSAGES_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace qel::tool {
+
+// Writes "qel-purchase: ", the message and a newline to standard error. Control characters of the
+// message become question marks, so that a file name or a text from an input cannot control the
+// terminal.
+void report(std::string_view message);
+
+// Returns "1 line" or "2 lines" for the noun "line".
+std::string counted(std::uint64_t number, const char* noun);
+
+}  // namespace qel::tool
+
+#endif  // QEL_TOOL_MESSAGES_H_
