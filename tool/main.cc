@@ -13,6 +13,9 @@
 #include "command_line.h"
 #include "completion_command.h"
 #include "events_command.h"
+#include "explain/code_command.h"
+#include "explain/explain_command.h"
+#include "receipt_command.h"
 
 namespace {
 
@@ -60,12 +63,16 @@ int main(int argc, char** argv) {
   std::set_terminate(onTerminate);
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
+  app.footer("'qel-purchase SUBCOMMAND --help' shows the options of a subcommand, and examples.");
   app.option_defaults()->take_last();
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);
   try {
     return qel::tool::runCommandLine(argc, argv, app,
                                      {
                                          qel::tool::addEvents(app),
+                                         qel::tool::addReceipt(app),
+                                         qel::tool::addExplain(app),
+                                         qel::tool::addCode(app),
                                          qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {

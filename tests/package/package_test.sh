@@ -85,7 +85,7 @@ probe 'find_package(qel-purchase 1 REQUIRED COMPONENTS purchase)
 if(NOT TARGET qel::purchase OR NOT TARGET qel::platform OR NOT qel-purchase_purchase_FOUND)
   message(FATAL_ERROR "expected the targets of the component purchase")
 endif()' >/dev/null
-fails_with "There is no component gui: expected purchase or foundation." \
+fails_with "There is no component gui: expected purchase or foundation or receipt." \
   probe 'find_package(qel-purchase REQUIRED COMPONENTS purchase gui)'
 fails_with 'The component foundation is not installed' \
   probe 'find_package(qel-purchase REQUIRED COMPONENTS foundation)'

@@ -1,0 +1,233 @@
+#include "explain/display_text.h"
+
+#include <utf8proc.h>
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <vector>
+
+#include "qel/text.h"
+
+namespace qel::tool {
+namespace {
+
+// Accents on one character that are shown; more would cover the lines above and below.
+constexpr int kMostAccents = 4;
+
+// A character that joins two emoji into one.
+constexpr utf8proc_int32_t kZeroWidthJoiner = 0x200D;
+constexpr utf8proc_int32_t kIdeographicSpace = 0x3000;
+
+// Characters that a reader sees as one, and the columns that they take.
+struct Cluster {
+  std::string text;
+  std::size_t columns = 0;
+};
+
+// Reads characters from UTF-8, and bytes where it is ill-formed.
+class CharacterReader {
+ public:
+  explicit CharacterReader(std::string_view text) : rest_(text) {}
+
+  bool atEnd() const { return rest_.empty(); }
+
+  // Reads a character into `character`. Returns false for a byte that begins none; `bytes` is set
+  // to what was read in both cases.
+  bool next(utf8proc_int32_t& character, std::string_view& bytes) {
+    const auto* const start = reinterpret_cast<const utf8proc_uint8_t*>(rest_.data());
+    const utf8proc_ssize_t size =
+        utf8proc_iterate(start, static_cast<utf8proc_ssize_t>(rest_.size()), &character);
+    const bool isCharacter = size > 0;
+    bytes = rest_.substr(0, isCharacter ? static_cast<std::size_t>(size) : 1);
+    rest_.remove_prefix(bytes.size());
+    return isCharacter;
+  }
+
+  // Reads an unpaired surrogate, which JSON can escape and UTF-8 cannot encode.
+  bool nextSurrogate(char32_t& surrogate) {
+    const std::optional<char32_t> found = surrogateAtStart(rest_);
+    if (!found.has_value()) return false;
+    surrogate = *found;
+    rest_.remove_prefix(3);
+    return true;
+  }
+
+ private:
+  std::string_view rest_;
+};
+
+// Returns `number` in hexadecimal with at least `digits` digits.
+std::string hexadecimal(std::uint32_t number, std::size_t digits) {
+  std::array<char, 8> buffer;
+  char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, 16).ptr;
+  std::string text(buffer.data(), end);
+  return std::string(text.size() < digits ? digits - text.size() : 0, '0') + text;
+}
+
+// Returns how JSON escapes a character. One outside the basic plane gets braces, because its pair
+// of surrogates says nothing to a reader.
+std::string escapeOf(std::uint32_t character) {
+  if (character == '\n') return "\\n";
+  if (character == '\t') return "\\t";
+  if (character == '\r') return "\\r";
+  if (character > 0xFFFF) return "\\u{" + hexadecimal(character, 5) + "}";
+  return "\\u" + hexadecimal(character, 4);
+}
+
+bool isAccent(const utf8proc_property_t& property) {
+  return property.category == UTF8PROC_CATEGORY_MN || property.category == UTF8PROC_CATEGORY_ME;
+}
+
+// Returns whether a character is visible where it stands, and changes nothing around it.
+bool isVisible(utf8proc_int32_t character, const utf8proc_property_t& property) {
+  switch (property.category) {
+    case UTF8PROC_CATEGORY_CC:
+    case UTF8PROC_CATEGORY_CF:
+    case UTF8PROC_CATEGORY_CN:
+    case UTF8PROC_CATEGORY_CO:
+    case UTF8PROC_CATEGORY_CS:
+    case UTF8PROC_CATEGORY_ZL:
+    case UTF8PROC_CATEGORY_ZP:
+      return false;
+    case UTF8PROC_CATEGORY_ZS:
+      return character == ' ' || character == kIdeographicSpace;
+    default:
+      return true;
+  }
+}
+
+// Returns whether a joiner between the two characters makes one emoji of them.
+bool joinsEmoji(utf8proc_int32_t before) {
+  return before >= 0 &&
+         utf8proc_get_property(before)->boundclass == UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC;
+}
+
+// Splits a text into what a reader sees as characters, with escapes for what is not visible.
+std::vector<Cluster> clustersOf(std::string_view text) {
+  std::vector<Cluster> clusters;
+  const auto appendEscape = [&clusters](std::string escape) {
+    const std::size_t columns = escape.size();
+    clusters.push_back({std::move(escape), columns});
+  };
+  CharacterReader reader(text);
+  // The visible character before, -1 after an escape. An accent after an escape would combine with
+  // the escape, so it is escaped as well.
+  utf8proc_int32_t before = -1;
+  utf8proc_int32_t base = -1;
+  utf8proc_int32_t state = 0;
+  int accents = 0;
+  while (!reader.atEnd()) {
+    char32_t surrogate = 0;
+    if (reader.nextSurrogate(surrogate)) {
+      appendEscape(escapeOf(surrogate));
+      before = -1;
+      continue;
+    }
+    utf8proc_int32_t character = 0;
+    std::string_view bytes;
+    if (!reader.next(character, bytes)) {
+      appendEscape("\\x" + hexadecimal(static_cast<unsigned char>(bytes.front()), 2));
+      before = -1;
+      continue;
+    }
+    const utf8proc_property_t& property = *utf8proc_get_property(character);
+    const bool isJoiner = character == kZeroWidthJoiner && before >= 0 && joinsEmoji(base);
+    if (isAccent(property)) ++accents;
+    const bool isTooMany = isAccent(property) && (before < 0 || accents > kMostAccents);
+    if ((!isVisible(character, property) && !isJoiner) || isTooMany) {
+      appendEscape(character == '\\' ? "\\\\" : escapeOf(static_cast<std::uint32_t>(character)));
+      before = -1;
+      continue;
+    }
+    const auto columns = static_cast<std::size_t>(utf8proc_charwidth(character));
+    const bool isNew =
+        before < 0 || utf8proc_grapheme_break_stateful(before, character, &state) != 0;
+    if (isNew) {
+      clusters.emplace_back();
+      state = 0;
+      base = character;
+      accents = 0;
+    } else if (!isAccent(property) && !isJoiner) {
+      base = character;
+    }
+    clusters.back().text += character == '\\' ? std::string_view("\\\\") : bytes;
+    clusters.back().columns += character == '\\' ? 2 : columns;
+    before = character;
+  }
+  return clusters;
+}
+
+std::size_t columnsOf(const std::vector<Cluster>& clusters) {
+  std::size_t columns = 0;
+  for (const Cluster& cluster : clusters) columns += cluster.columns;
+  return columns;
+}
+
+}  // namespace
+
+std::string displayText(std::string_view text, std::size_t mostColumns) {
+  // What is far from both ends is not shown, so a text of any size takes the same time.
+  constexpr std::size_t kBytesPerColumn = 24;
+  const std::size_t mostBytes = kBytesPerColumn * (mostColumns + 1);
+  const bool isLong = text.size() > 2 * mostBytes;
+  const std::vector<Cluster> head = clustersOf(isLong ? text.substr(0, mostBytes) : text);
+  std::string result;
+  if (!isLong && columnsOf(head) <= mostColumns) {
+    for (const Cluster& cluster : head) result += cluster.text;
+    return result;
+  }
+
+  // The size matters only where it is unusual.
+  constexpr std::size_t kUsualSize = 256;
+  const std::string size =
+      text.size() > kUsualSize ? " (" + std::to_string(text.size()) + " bytes)" : "";
+  const std::size_t room = mostColumns > size.size() + 3 ? mostColumns - size.size() - 1 : 2;
+  // The end of an identifier is what tells it from another, so it gets a third.
+  const std::size_t tailRoom = room / 3;
+  std::size_t columns = 0;
+  for (const Cluster& cluster : head) {
+    if (columns + cluster.columns > room - tailRoom) break;
+    columns += cluster.columns;
+    result += cluster.text;
+  }
+  result += "…";
+
+  const std::vector<Cluster> tail =
+      isLong ? clustersOf(text.substr(text.size() - mostBytes)) : head;
+  std::size_t first = tail.size();
+  columns = 0;
+  while (first > 0 && columns + tail[first - 1].columns <= tailRoom) {
+    --first;
+    columns += tail[first].columns;
+  }
+  for (; first < tail.size(); ++first) result += tail[first].text;
+  return result + size;
+}
+
+std::size_t columnsOf(std::string_view text) {
+  CharacterReader reader(text);
+  std::size_t columns = 0;
+  while (!reader.atEnd()) {
+    utf8proc_int32_t character = 0;
+    std::string_view bytes;
+    if (reader.next(character, bytes)) {
+      columns += static_cast<std::size_t>(utf8proc_charwidth(character));
+    }
+  }
+  return columns;
+}
+
+bool hasRightToLeft(std::string_view text) {
+  CharacterReader reader(text);
+  while (!reader.atEnd()) {
+    utf8proc_int32_t character = 0;
+    std::string_view bytes;
+    if (!reader.next(character, bytes)) continue;
+    const auto direction = utf8proc_get_property(character)->bidi_class;
+    if (direction == UTF8PROC_BIDI_CLASS_R || direction == UTF8PROC_BIDI_CLASS_AL) return true;
+  }
+  return false;
+}
+
+}  // namespace qel::tool
