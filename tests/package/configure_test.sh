@@ -86,6 +86,6 @@ cmake --install "$work/subproject" --prefix "$work/something" >/dev/null
 
 # By hand, without CMake.
 cd "$source"
-"${CXX:-c++}" -std=c++20 -Iinclude -Iplatform src/*.cc platform/portable/*.cc platform/digest/libmd.cc examples/embed/main.cc -lmd \
-  -o "$work/by_hand"
+"${CXX:-c++}" -std=c++20 -Iinclude -Iplatform src/*.cc platform/portable/*.cc platform/digest/libmd.cc \
+  examples/embed/main.cc -lmd -o "$work/by_hand"
 "$work/by_hand" | diff tests/package/embed.txt -
