@@ -17,7 +17,7 @@ Exit status: 0 all receipts were read, 1 some were rejected or not verified,
 2 wrong usage or a file that cannot be read or written. After an interrupt 130,
 after SIGTERM 143, after SIGHUP 129.
 
-Example:
+Examples:
   qel-purchase receipt examples/receipts/production.b64 --purchases \
     --products examples/receipts/products.csv | qel-purchase events)";
 

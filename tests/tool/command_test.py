@@ -1221,7 +1221,7 @@ class ExampleTest(CommandTest):
     def test_every_example_of_the_document_runs(self):
         with open(os.path.join(PROJECT, "docs", "command.md"), encoding="utf-8") as file:
             document = file.read()
-        commands = re.findall(r"^    ((?:qel-purchase|tail|source) .*[^\]])$", document, re.MULTILINE)
+        commands = re.findall(r"^    ((?:qel-purchase|tail|source) .*[^\]\n])$", document, re.MULTILINE)
         commands = [command for command in commands if "OPTIONS" not in command]
         self.assertGreaterEqual(len(commands), 4)
         for command in commands:
