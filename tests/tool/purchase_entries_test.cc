@@ -135,7 +135,7 @@ std::string resultOf(const AppReceipt& receipt, std::size_t index, const Purchas
   for (const std::size_t i : entries.of(index)) items.emplace_back(receipt.entries[i].item);
 
   TextBuffer diagnostics;
-  const DiagnosticsCollector::Collection collection(diagnostics);
+  const DiagnosticsCollector::Collection collection(diagnostics, UnpairedSurrogates::kEscape);
   const std::optional<EventParameters> event = plainPurchaseEvent(&product, &transaction, items);
   TextBuffer result;
   appendResult(std::nullopt, event, diagnostics.text(), {}, result);
