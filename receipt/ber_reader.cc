@@ -54,7 +54,7 @@ Header readHeader(const BerBytes& bytes) {
     throw BerError{bytes.offset, "expected an element of ASN.1, found a broken or cut header"};
   }
   Header header;
-  // OpenSSL accepts small tags in the form of large ones, which is no BER.
+  // OpenSSL accepts small tags in the form of large ones, which BER does not allow.
   const bool isLargeTag = (bytes.bytes.front() & V_ASN1_PRIMITIVE_TAG) == V_ASN1_PRIMITIVE_TAG;
   if (tagClass == V_ASN1_UNIVERSAL && !isLargeTag) header.tag = tag;
   header.isConstructed = (flags & V_ASN1_CONSTRUCTED) != 0;

@@ -11,8 +11,8 @@
 namespace qel::receipt {
 namespace {
 
-// The value of an attribute: the octets of its OCTET STRING, which are one encoded element. If
-// there are none, or if it is an empty string, the functions return std::nullopt.
+// The value of an attribute: the octets of its OCTET STRING, which are one encoded element. The
+// functions return std::nullopt if there are no octets, or if the element is an empty string.
 class AttributeValue {
  public:
   AttributeValue(const BerBytes& octets, std::size_t& unknownDates)

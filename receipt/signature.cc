@@ -11,7 +11,7 @@ namespace {
 
 using receipt::Handle;
 
-// A signer costs a verification of a chain. Receipts have one.
+// Limits the time: each signer takes a verification of a chain. Receipts have one signer.
 constexpr int kMaxSigners = 8;
 
 // Thrown with the reason.

@@ -37,7 +37,7 @@ void reserveStandardStreams() {
   _exit(qel::tool::kFailed);
 }
 
-// Ends the program after an exception that nothing catches. The component lets none out, so a
+// Ends the program after an exception that nothing catches. The library lets none out, so a
 // failed allocation within it ends here.
 [[noreturn]] void onTerminate() {
   if (const std::exception_ptr exception = std::current_exception()) {

@@ -24,10 +24,9 @@ struct EntryChoice {
   bool isAsOfPurchase = false;
 };
 
-// The component reads from the receipt the purchase's own product only, in the order of the dates;
-// and of this product's entries, apart from their number being one or more: the latest, those at
-// the date of the purchase, and the one before them. A purchase without a date has none of the last
-// two; then the last two of the product are enough.
+// An event depends on the entries of the purchase's own product only: on the latest, on those at
+// the purchase's date, on the last one before that date, and on whether there are several. For a
+// purchase without a date, the last two entries of the product are enough.
 class PurchaseEntries {
  public:
   // `receipt` must outlive the object.

@@ -33,8 +33,8 @@ namespace qel {
 
 // One in-app purchase.
 struct AppReceiptEntry {
-  // What the component reads. A web order line item identifier of 0 is absent: the store writes it
-  // for purchases that are not of a subscription.
+  // What the functions of qel::purchase read. A web order line item identifier of 0 is absent: the
+  // store writes it for purchases that are not of a subscription.
   QELInAppPurchaseItem item;
 
   std::optional<std::int64_t> quantity = std::nullopt;
@@ -53,7 +53,7 @@ struct AppReceipt {
   std::optional<std::string> creationDate = std::nullopt;
   std::optional<std::string> expirationDate = std::nullopt;
 
-  // In the order of the receipt, which is any.
+  // In the order of the receipt, which need not be that of the dates.
   std::vector<AppReceiptEntry> entries = {};
 
   // Number of dates, of the receipt and of its entries, that are not in the form of RFC 3339.
@@ -67,8 +67,8 @@ struct ReceiptError {
   // index 3.
   std::string path;
 
-  // Offset of the byte: in the input, or in what its base64 encodes, if `path` is empty; otherwise
-  // in the content. In a string that BER splits, counts from the start of the string.
+  // Offset in bytes. If `path` is empty: in the input, after base64 is decoded. Otherwise: in the
+  // content. In a string that BER splits into pieces, counts from the start of the joined string.
   std::size_t offset = 0;
 
   // What was expected, and what was found.
@@ -82,7 +82,8 @@ inline constexpr std::size_t kMaxReceiptSize = std::size_t{64} << 20;  // bytes
 inline constexpr std::size_t kMaxReceiptEntries = 100'000;
 
 // Reads a receipt: a CMS SignedData (RFC 5652) in DER or BER, or the base64 (RFC 4648) of one, with
-// or without white space and padding. Ignores attributes of other types. An attribute that occurs
+// or without white space and padding. Ignores attributes of types that have no
+// field above. An attribute that occurs
 // twice is an error. Does not verify the signature.
 //
 // Time and memory are proportional to the size of `bytes`.

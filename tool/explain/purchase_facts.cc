@@ -78,7 +78,7 @@ std::optional<EventParameters> eventWith(const std::vector<MissingInput>& suppli
 }
 
 // Returns the inputs that the purchase does not have and needs. They are found by trying: the
-// component itself says which it needs.
+// library itself says which it needs.
 std::vector<MissingInput> missingInputs(const Purchase& purchase) {
   std::vector<MissingInput> missing;
   if (!purchase.product->priceLocaleCurrencyCode.has_value()) {
