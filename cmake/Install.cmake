@@ -39,6 +39,7 @@ endfunction()
 # The files for find_package.
 qel_install_component(purchase "" qel_purchase qel_platform)
 qel_install_component(foundation QEL_PLATFORM_FOUNDATION qel_foundation)
+qel_install_component(receipt QEL_BUILD_RECEIPT qel_receipt)
 configure_file(cmake/qel-purchase-config.cmake.in qel-purchase-config.cmake @ONLY)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/qel-purchase-config-version.cmake
   COMPATIBILITY SameMajorVersion)

@@ -1,4 +1,4 @@
-// The messages of the component, and how they reach the diagnostics monitor.
+// The messages of the library, and how they reach the diagnostics monitor.
 
 #ifndef QEL_SRC_DIAGNOSTICS_H_
 #define QEL_SRC_DIAGNOSTICS_H_

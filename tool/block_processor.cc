@@ -14,7 +14,7 @@
 namespace qel::tool {
 namespace {
 
-// So much of a line that does not fit is searched for its id.
+// Bytes of a line that is too long in which its id is looked for.
 constexpr std::size_t kSearchedSize = std::size_t{64} * 1024;
 
 bool isBlank(std::string_view line) {
@@ -37,7 +37,7 @@ void count(Finding& finding, const LinePlace& place, auto describeFirst) {
   finding.first = describeFirst();
 }
 
-// Counts the entries that usually have another meaning than the one that they get here.
+// Counts the entries that usually mean something else than the library takes them for.
 void countMisleadingEntries(const QELInAppPurchaseItems& receipt, const LinePlace& place,
                             Tally& tally) {
   for (std::size_t i = 0; i < receipt.size(); ++i) {

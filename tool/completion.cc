@@ -99,11 +99,10 @@ std::string zshValue(const CLI::Option& option) {
 std::string zshArguments(const CLI::App& app) {
   std::string arguments;
   for (const CLI::Option* const option : optionsOf(app, false)) {
-    const std::string description =
-        "[" + escaped(oneLine(option->get_description()), "[]:\\") + "]";
-    const std::string value = hasValue(*option) ? zshValue(*option) : "";
+    std::string rest = "[" + escaped(oneLine(option->get_description()), "[]:\\") + "]";
+    if (hasValue(*option)) rest += zshValue(*option);
     for (const std::string& name : namesOf(*option)) {
-      arguments += " \\\n        " + quoted(name + description + value);
+      arguments.append(" \\\n        ").append(quoted(name + rest));
     }
   }
   for (const CLI::Option* const option : optionsOf(app, true)) {

@@ -28,7 +28,7 @@ constexpr Magic kMagics[] = {
   throw std::runtime_error(std::string("corrupt ") + format + " data: " + reason);
 }
 
-// zlib and lzma take the input as bytes that are not const or not char.
+// zlib and lzma take bytes as unsigned char.
 const std::uint8_t* bytesOf(std::string_view text) {
   return reinterpret_cast<const std::uint8_t*>(text.data());
 }

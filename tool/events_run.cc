@@ -101,7 +101,8 @@ class Run {
     if (isStopped_) return;
     const std::uint64_t mayBeRejected = options_.maxRejected - tally_.rejected.count;
     const bool isLast = work.results.tally.rejected.count > mayBeRejected;
-    // Again, up to the line that is one too many, so that the output does not depend on the blocks.
+    // Processes the block again, up to the first line that exceeds the limit, so that the output
+    // does not depend on where blocks end.
     if (isLast) processors_.local()->process(work.block, mayBeRejected, work.results);
     tally_ += work.results.tally;
     try {
@@ -118,12 +119,12 @@ class Run {
     }
   }
 
-  // Goes on behind a block that is written.
+  // Records that a block is written: its failure, or the line that follows it.
   void finish(const InputBlock& block) {
     if (!block.failure.empty()) {
       reportFailure(block.failure);
       next_ = {.input = block.input + 1, .line = 1};
-      // The file would not be put in place anyway.
+      // After a failure, the temporary output is never renamed, so more results are of no use.
       if (output_.needsCommit()) isStopped_ = true;
       return;
     }

@@ -14,7 +14,7 @@
 namespace qel::tool {
 namespace {
 
-// As much compressed data as is read at once.
+// Bytes of compressed data that are read at once.
 constexpr std::size_t kCompressedSize = std::size_t{64} * 1024;
 
 std::string errorText() { return std::generic_category().message(errno); }

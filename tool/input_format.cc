@@ -88,7 +88,7 @@ const char* foreignFormat(std::string_view start) {
   if (isArchive(start))
     return "it is an archive or compressed; expected plain text, gzip, zstd or xz";
   if (isReceipt(start)) {
-    return "it is an app receipt; expected JSON Lines, whose \"receipt\" is a list of entries";
+    return "it is an app receipt; read it with qel-purchase receipt --purchases";
   }
   const std::size_t newline = start.find('\n');
   const std::string_view line = start.substr(0, newline);

@@ -14,7 +14,7 @@ namespace {
 // Large enough to make read() cheap, small enough for a few blocks to stay in the caches.
 constexpr std::size_t kReadSize = std::size_t{256} * 1024;
 
-// A block keeps at most so much memory for the next lines.
+// Bytes of memory that a block keeps at most when it is reused.
 constexpr std::size_t kKeptSize = 4 * kReadSize;
 
 void split(std::string_view text, std::vector<std::string_view>& lines) {

@@ -15,6 +15,7 @@
 #include "events_command.h"
 #include "explain/code_command.h"
 #include "explain/explain_command.h"
+#include "receipt_command.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ void reserveStandardStreams() {
   _exit(qel::tool::kFailed);
 }
 
-// Ends the program after an exception that nothing catches. The component lets none out, so a
+// Ends the program after an exception that nothing catches. The library lets none out, so a
 // failed allocation within it ends here.
 [[noreturn]] void onTerminate() {
   if (const std::exception_ptr exception = std::current_exception()) {
@@ -62,12 +63,14 @@ int main(int argc, char** argv) {
   std::set_terminate(onTerminate);
 
   CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
+  app.footer("'qel-purchase SUBCOMMAND --help' shows the options of a subcommand, and examples.");
   app.option_defaults()->take_last();
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);
   try {
     return qel::tool::runCommandLine(argc, argv, app,
                                      {
                                          qel::tool::addEvents(app),
+                                         qel::tool::addReceipt(app),
                                          qel::tool::addExplain(app),
                                          qel::tool::addCode(app),
                                          qel::tool::addCompletion(app),

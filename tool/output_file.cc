@@ -18,7 +18,7 @@
 namespace qel::tool {
 namespace {
 
-// The command would read its own results, or lose the input.
+// Throws if the output is an input: the command would read its own results, or lose the input.
 void refuseInput(const struct stat& output, const std::string& name,
                  const std::vector<std::string>& inputs) {
   if (!S_ISREG(output.st_mode)) return;
@@ -56,7 +56,7 @@ OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& 
     return;
   }
   openTemporary(path);
-  // A file system without modes may refuse this, and the file is as good there.
+  // A file system without modes may refuse this. The file is usable without.
   [[maybe_unused]] const int changed =
       fchmod(descriptor_, exists ? status.st_mode & 07777 : modeOfNewFile());
 }

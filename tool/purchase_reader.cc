@@ -44,7 +44,7 @@ std::optional<Instant> readDate(JsonValue& value) {
 
 // --- The tables of keys, each in the order in which lines usually have them ---
 
-using Line = PurchaseReader::Line;
+using Record = PurchaseReader::Record;
 
 constexpr JsonField<PlainDiscount> kDiscountFields[] = {
     {"price", [](JsonValue& value, PlainDiscount& discount) { discount.price = readPrice(value); }},
@@ -168,28 +168,28 @@ constexpr JsonField<PlainProduct> kPlatformFields[] = {
      }},
 };
 
-void readReceipt(JsonValue& value, Line& line) {
-  QELInAppPurchaseItems& receipt = line.purchase.receipt;
+void readReceipt(JsonValue& value, Record& record) {
+  QELInAppPurchaseItems& receipt = record.purchase.receipt;
   receipt.clear();
-  value.readObjects(kEntryFields, [&line, &receipt](std::size_t index) -> QELInAppPurchaseItem& {
-    if (index == line.entries.size()) line.entries.emplace_back();
-    receipt.emplace_back(line.entries[index]);
-    return line.entries[index];
+  value.readObjects(kEntryFields, [&record, &receipt](std::size_t index) -> QELInAppPurchaseItem& {
+    if (index == record.entries.size()) record.entries.emplace_back();
+    receipt.emplace_back(record.entries[index]);
+    return record.entries[index];
   });
 }
 
-void readPlatform(JsonValue& value, Line& line) {
-  line.platform = PlainProduct();
-  value.readObject(kPlatformFields, line.platform);
+void readPlatform(JsonValue& value, Record& record) {
+  record.platform = PlainProduct();
+  value.readObject(kPlatformFields, record.platform);
 }
 
-constexpr JsonField<Line> kLineFields[] = {
-    {"id", [](JsonValue& value, Line& line) { line.purchase.id = value.readText(); }},
-    {"product",
-     [](JsonValue& value, Line& line) { value.readObject(kProductFields, line.purchase.product); }},
+constexpr JsonField<Record> kPurchaseFields[] = {
+    {"id", [](JsonValue& value, Record& record) { record.purchase.id = value.readText(); }},
+    {"product", [](JsonValue& value,
+                   Record& record) { value.readObject(kProductFields, record.purchase.product); }},
     {"transaction",
-     [](JsonValue& value, Line& line) {
-       value.readObject(kTransactionFields, line.purchase.transaction);
+     [](JsonValue& value, Record& record) {
+       value.readObject(kTransactionFields, record.purchase.transaction);
      }},
     {"receipt", readReceipt},
     {"platform", readPlatform},
@@ -198,13 +198,13 @@ constexpr JsonField<Line> kLineFields[] = {
 }  // namespace
 
 const Purchase& PurchaseReader::read(std::string_view line) {
-  reader_.read(line, kLineFields, line_);
-  if (std::optional<PlainProduct>& product = line_.purchase.product) {
-    product->hasDiscountClass = line_.platform.hasDiscountClass;
-    product->discountsAnswerPrice = line_.platform.discountsAnswerPrice;
-    product->discountsAnswerPaymentMode = line_.platform.discountsAnswerPaymentMode;
+  reader_.read(line, kPurchaseFields, record_);
+  if (std::optional<PlainProduct>& product = record_.purchase.product) {
+    product->hasDiscountClass = record_.platform.hasDiscountClass;
+    product->discountsAnswerPrice = record_.platform.discountsAnswerPrice;
+    product->discountsAnswerPaymentMode = record_.platform.discountsAnswerPaymentMode;
   }
-  return line_.purchase;
+  return record_.purchase;
 }
 
 }  // namespace qel::tool

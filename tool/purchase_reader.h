@@ -36,8 +36,8 @@ class PurchaseReader {
   // change. Throws JsonError.
   const Purchase& read(std::string_view line);
 
-  // A purchase, and the entries of receipts, which are reused from line to line.
-  struct Line {
+  // What the table of keys fills, and reuses from line to line.
+  struct Record {
     Purchase purchase;
     PlainProduct platform;
     std::deque<QELInAppPurchaseItem> entries;
@@ -45,7 +45,7 @@ class PurchaseReader {
 
  private:
   JsonReader reader_;
-  Line line_;
+  Record record_;
 };
 
 }  // namespace qel::tool

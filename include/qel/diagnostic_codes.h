@@ -16,11 +16,12 @@ namespace qel {
 // What a message to the diagnostics monitor says. A later version may add codes; a code never gets
 // another meaning.
 enum class DiagnosticCode : int {
-  // A warning: the transaction has no identifier. The next code tells how the purchase came out.
+  // A warning: the transaction has no identifier. The next code says what the purchase is.
   kEmptyTransactionId = 40003,
   // Invalid: a non-consumable that was bought before.
   kRestoredNonConsumable = 40005,
-  // A one-off purchase without "_did": the two identifiers of the receipt's entry differ.
+  // A one-off purchase without "_did": the two transaction identifiers of the receipt's entry
+  // differ, or one is absent.
   kMismatchedTransactionIds = 40007,
   // A purchase of a subscription at its regular price.
   kAutoRenewable = 40008,

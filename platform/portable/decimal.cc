@@ -292,9 +292,10 @@ std::string toString(const Decimal& decimal) {
     if (text.size() <= places) text.insert(0, places + 1 - text.size(), '0');
     text.insert(text.size() - places, 1, '.');
   } else {
-    text += "e" + std::to_string(exponent);
+    text.append(exponent < 0 ? "e-" : "e").append(digitsOf({places}));
   }
-  return decimal.isNegative_ ? "-" + text : text;
+  if (decimal.isNegative_) text.insert(0, 1, '-');
+  return text;
 }
 
 }  // namespace qel

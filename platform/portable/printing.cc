@@ -1,5 +1,6 @@
 #include <array>
 #include <chrono>
+#include <cinttypes>
 #include <cstdio>
 
 #include "qel/instant.h"
@@ -7,6 +8,13 @@
 
 namespace qel {
 namespace {
+
+// std::to_string would do the same, but its table of digits becomes a symbol of a shared library.
+std::string inDecimal(std::int64_t number) {
+  std::array<char, 24> text;
+  std::snprintf(text.data(), text.size(), "%" PRId64, number);
+  return text.data();
+}
 
 // Appends `name: value` to the fields in `text`.
 void appendField(std::string& text, const char* name, const OptionalText& value) {
@@ -28,7 +36,7 @@ std::string toString(const Instant& instant) {
   constexpr std::chrono::sys_seconds kYear10000 =
       std::chrono::sys_days(std::chrono::year(10000) / 1 / 1);
   const auto second = instant.sysTime<std::chrono::seconds>();
-  if (second < kYear0 || second >= kYear10000) return std::to_string(instant.seconds()) + " s";
+  if (second < kYear0 || second >= kYear10000) return inDecimal(instant.seconds()).append(" s");
 
   const auto day = std::chrono::floor<std::chrono::days>(second);
   const std::chrono::year_month_day date(day);
@@ -43,7 +51,7 @@ std::string toString(const Instant& instant) {
     std::snprintf(text.data(), text.size(), ".%09d", static_cast<int>(instant.nanoseconds()));
     result += text.data();
   }
-  return result + "Z";
+  return result.append("Z");
 }
 
 std::string toString(const QELInAppPurchaseItem& item) {
@@ -54,11 +62,11 @@ std::string toString(const QELInAppPurchaseItem& item) {
   appendField(text, "webOrderLineItemID", item.webOrderLineItemID);
   appendField(text, "purchaseDateIA5String", item.purchaseDateIA5String);
   if (item.purchaseType.has_value()) {
-    appendField(text, "purchaseType", std::to_string(*item.purchaseType));
+    appendField(text, "purchaseType", inDecimal(*item.purchaseType));
   }
   appendFlag(text, "isFreeTrial", item.isFreeTrial);
   appendFlag(text, "isIntroductoryOffer", item.isIntroductoryOffer);
-  return text + "}";
+  return text.append("}");
 }
 
 }  // namespace qel

@@ -1,6 +1,6 @@
 // Parses the purchase dates of a receipt.
 //
-// The component links exactly one implementation: platform/portable/date_formatter.cc, or that of
+// The library links exactly one implementation: platform/portable/date_formatter.cc, or that of
 // the platform. Tests link one that logs what it parses.
 
 #ifndef QEL_PLATFORM_DATE_FORMATTER_H_

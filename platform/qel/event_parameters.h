@@ -80,7 +80,7 @@ class EventParameters {
     if (const std::optional<ParameterKey> known = keyOf(key)) {
       slot(*known) = std::move(value);
     } else {
-      others_.insert_or_assign(std::string(key), std::move(value));
+      setOther(key, std::move(value));
     }
   }
 
@@ -91,7 +91,7 @@ class EventParameters {
   void merge(const EventParameters& other) {
     for (std::size_t i = 0; i < slots_.size(); ++i)
       set(static_cast<ParameterKey>(i), other.slots_[i]);
-    for (const auto& [key, value] : other.others_) others_.insert_or_assign(key, value);
+    for (const auto& [key, value] : other.others_) setOther(key, value);
   }
 
   // Removes `key`. Returns whether it was there.
@@ -139,6 +139,15 @@ class EventParameters {
   using Others = std::map<std::string, QELValuePtr, std::less<>>;
 
   QELValuePtr& slot(ParameterKey key) { return slots_[static_cast<std::size_t>(key)]; }
+
+  void setOther(std::string_view key, QELValuePtr value) {
+    const auto position = others_.find(key);
+    if (position == others_.end()) {
+      others_.emplace(key, std::move(value));
+    } else {
+      position->second = std::move(value);
+    }
+  }
 
   // Returns the known key with this text, if there is one.
   static constexpr std::optional<ParameterKey> keyOf(std::string_view text) {

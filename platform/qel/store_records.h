@@ -1,13 +1,13 @@
 // Interfaces to the records of the platform's store.
 //
-// An app's library implements them over live objects of the store framework. The component calls
+// An app's library implements them over live objects of the store framework. The library calls
 // each operation only when it needs the answer, in a fixed order.
 //
 // A returned text or record belongs to the record that returned it. A text must stay valid until
-// the component's function returns. A record must stay valid until the same operation is called
+// the library's function returns. A record must stay valid until the same operation is called
 // again. An operation must not throw: an exception ends the program.
 //
-// Threads: operations are called on the thread that called the component, and on no other.
+// Threads: operations are called on the thread that called the library, and on no other.
 
 #ifndef QEL_PLATFORM_STORE_RECORDS_H_
 #define QEL_PLATFORM_STORE_RECORDS_H_

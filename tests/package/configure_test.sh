@@ -84,8 +84,40 @@ cmake --build "$work/subproject" >/dev/null
 cmake --install "$work/subproject" --prefix "$work/something" >/dev/null
 [ -f "$work/something/include/qel/purchase_event.h" ]
 
+# A digest of the embedder's, and version 4 of utfcpp, whose target has a namespace.
+for wrong in -DQEL_DIGEST=sha1 -DBUILD_SHARED_LIBS=ON -DQEL_BUILD_TOOL=ON; do
+  if configure -DQEL_DIGEST=external "$wrong"; then
+    echo "expected a failure with $wrong"
+    exit 1
+  fi
+  expect "QEL_DIGEST"
+done
+mkdir "$work/utf8cpp" "$work/external"
+cat >"$work/utf8cpp/utf8cpp-config.cmake" <<'PACKAGE'
+find_path(UTF8CPP_INCLUDE_DIR utf8/core.h PATH_SUFFIXES utf8cpp REQUIRED)
+add_library(utf8cpp::utf8cpp INTERFACE IMPORTED)
+set_target_properties(utf8cpp::utf8cpp PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${UTF8CPP_INCLUDE_DIR})
+PACKAGE
+cat >"$work/external/CMakeLists.txt" <<PROJECT
+cmake_minimum_required(VERSION 3.25)
+project(external LANGUAGES CXX)
+set(QEL_DIGEST external)
+add_subdirectory($source qel-purchase)
+add_executable(app $source/examples/embed/main.cc digest.cc)
+target_link_libraries(app PRIVATE qel::purchase)
+PROJECT
+cat >"$work/external/digest.cc" <<'PROGRAM'
+#include "qel/digest.h"
+std::uint64_t qel::qel_64LSBMD5(std::string_view bytes) { return bytes.size(); }
+PROGRAM
+cmake -S "$work/external" -B "$work/external/build" -G Ninja -Dutf8cpp_DIR="$work/utf8cpp" \
+  -DCMAKE_DISABLE_FIND_PACKAGE_libmd=ON >/dev/null
+cmake --build "$work/external/build" >/dev/null
+# The identifier is the size of 1000000512coins.100.
+"$work/external/build/app" | diff <(sed 's/^_did = .*/_did = 19/' "$source/tests/package/embed.txt") -
+
 # By hand, without CMake.
 cd "$source"
-"${CXX:-c++}" -std=c++20 -Iinclude -Iplatform src/*.cc platform/portable/*.cc examples/embed/main.cc -lmd \
-  -o "$work/by_hand"
+"${CXX:-c++}" -std=c++20 -Iinclude -Iplatform src/*.cc platform/portable/*.cc platform/digest/libmd.cc \
+  examples/embed/main.cc -lmd -o "$work/by_hand"
 "$work/by_hand" | diff tests/package/embed.txt -

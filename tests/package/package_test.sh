@@ -72,12 +72,20 @@ diff <(cd "$work/installed" && find . -type f | sort) <(cd "$work/component" && 
 [ -f "$work/component/development/include/qel/purchase_event.h" ]
 [ -f "$work/component/documentation/share/doc/qel-purchase/docs/embedding.md" ]
 
+# The document names every header, and each compiles without another one before it.
+for header in "$work"/installed/include/qel/*.h; do
+  name=qel/$(basename "$header")
+  grep --fixed-strings --quiet "\`$name\`" "$source/docs/embedding.md" || { echo "docs/embedding.md lacks $name"; exit 1; }
+  echo "#include \"$name\"" |
+    "${CXX:-c++}" -std=c++20 -Wall -Wextra -Werror -I "$work/installed/include" -fsyntax-only -x c++ -
+done
+
 # Components of find_package.
 probe 'find_package(qel-purchase 1 REQUIRED COMPONENTS purchase)
 if(NOT TARGET qel::purchase OR NOT TARGET qel::platform OR NOT qel-purchase_purchase_FOUND)
   message(FATAL_ERROR "expected the targets of the component purchase")
 endif()' >/dev/null
-fails_with "There is no component gui: expected purchase or foundation." \
+fails_with "There is no component gui: expected purchase or foundation or receipt." \
   probe 'find_package(qel-purchase REQUIRED COMPONENTS purchase gui)'
 fails_with 'The component foundation is not installed' \
   probe 'find_package(qel-purchase REQUIRED COMPONENTS foundation)'

@@ -356,8 +356,8 @@ TEST(DecimalEqualityTest, ComparesEveryDigitOfAProduct) {
   const Decimal third = decimal("33333333333333333333333333333333333333");
   const Decimal product = third.decimalNumberByMultiplyingBy(third);
   EXPECT_EQ(product, third.decimalNumberByMultiplyingBy(third));
-  EXPECT_NE(product, third.decimalNumberByMultiplyingBy(
-                         decimal("33333333333333333333333333333333333334")));
+  EXPECT_NE(product,
+            third.decimalNumberByMultiplyingBy(decimal("33333333333333333333333333333333333334")));
 }
 
 TEST(DecimalEqualityTest, NotANumberEqualsNothing) {

@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -145,6 +146,12 @@ TEST(ValuePtrTest, OneValueIsSharedBetweenThreads) {
   value = nullptr;
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(soundReads, (std::array<int, kThreads>{1000, 1000, 1000, 1000}));
+}
+
+TEST(ValuePointerTest, IsTrueIfItHasAValue) {
+  EXPECT_TRUE(static_cast<bool>(QELValue::initWithInt64(0)));
+  EXPECT_FALSE(static_cast<bool>(QELValuePtr()));
+  EXPECT_FALSE((std::is_convertible_v<QELValuePtr, bool>));
 }
 
 }  // namespace

@@ -31,7 +31,8 @@ constexpr std::int64_t kLeastInteger = std::numeric_limits<std::int64_t>::min();
 
 mpz_class power(std::uint64_t base, std::uint64_t exponent) {
   mpz_class result;
-  mpz_ui_pow_ui(result.get_mpz_t(), base, exponent);
+  mpz_ui_pow_ui(result.get_mpz_t(), static_cast<unsigned long>(base),
+                static_cast<unsigned long>(exponent));
   return result;
 }
 
@@ -367,8 +368,8 @@ TEST(DecimalComparisonTest, ProductsOnEitherSideOfTheWidestCoefficient) {
                              ofNumber(mpz_class(base * 4 + 3), 0) *
                              ofNumber(mpz_class(base * 16 + 7), 0);
     const mpz_class greatest = (past - 1) / wide.expected.coefficient;
-    if (greatest >= kGreatestInteger) continue;
-    const std::int64_t last = greatest.get_si();
+    if (greatest >= mpz_class(std::to_string(kGreatestInteger))) continue;
+    const std::int64_t last = std::stoll(greatest.get_str());
     const BothNumbers fits = wide * ofInteger(last);
     ASSERT_LT(fits.expected.coefficient, past);
     expectSameDouble(fits);
@@ -422,7 +423,7 @@ TEST(DecimalComparisonTest, AmountsAroundTheLimitsOf64Bits) {
         expectSameAmount(price, -1);
         expectSameAmount(price + "0", 1);
       }
-      for (std::int64_t quantity = 2; quantity <= 16; ++quantity) {
+      for (int quantity = 2; quantity <= 16; ++quantity) {
         if (micros % quantity != 0) continue;
         const mpz_class unit = micros / quantity;
         expectSameAmount(sign + unit.get_str() + "e-6", quantity);

@@ -1,5 +1,7 @@
 #include "decimal_oracle.h"
 
+// Declares the functions of MPFR for intmax_t: a long has 32 bits on some systems.
+#define MPFR_USE_INTMAX_T
 #include <mpfr.h>
 
 #include <cstddef>
@@ -20,8 +22,8 @@ class Binary53 {
   Binary53& operator=(const Binary53&) = delete;
 
   double toDouble() const { return mpfr_get_d(value_, MPFR_RNDN); }
-  bool fitsInt64() const { return mpfr_fits_slong_p(value_, MPFR_RNDZ) != 0; }
-  std::int64_t toInt64() const { return mpfr_get_si(value_, MPFR_RNDZ); }
+  bool fitsInt64() const { return mpfr_fits_intmax_p(value_, MPFR_RNDZ) != 0; }
+  std::int64_t toInt64() const { return mpfr_get_sj(value_, MPFR_RNDZ); }
 
  private:
   mpfr_t value_;

@@ -1221,7 +1221,7 @@ class ExampleTest(CommandTest):
     def test_every_example_of_the_document_runs(self):
         with open(os.path.join(PROJECT, "docs", "command.md"), encoding="utf-8") as file:
             document = file.read()
-        commands = re.findall(r"^    ((?:qel-purchase|tail|source) .*[^\]])$", document, re.MULTILINE)
+        commands = re.findall(r"^    ((?:qel-purchase|tail|source) .*[^\]\n])$", document, re.MULTILINE)
         commands = [command for command in commands if "OPTIONS" not in command]
         self.assertGreaterEqual(len(commands), 4)
         for command in commands:
@@ -1305,17 +1305,25 @@ class CompletionTest(CommandTest):
             self.assertLessEqual(expected, found, words)
 
     def test_zsh_completes(self):
+        folder = tempfile.mkdtemp(prefix="qel-command-")
+        self.addCleanup(shutil.rmtree, folder)
+        name = os.path.join(folder, "_qel-purchase")
+        with open(name, "w", encoding="utf-8") as file:
+            file.write(self.script("zsh"))
+        terminal = self.start_zsh(folder)
+        self.type(terminal, "autoload -U compinit && compinit -D -u && source {}".format(name))
         for words, expected in self.CASES:
-            with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
-                name = os.path.join(folder, "_qel-purchase")
-                with open(name, "w", encoding="utf-8") as file:
-                    file.write(self.script("zsh"))
+            with self.subTest(words):
                 # zsh proposes options only after a hyphen.
                 expected = {word for word in expected if words[-1] or not word.startswith("-")}
-                self.assert_zsh_shows(name, " ".join(words), expected)
+                # The first tab inserts what is certain, the second lists the choices.
+                os.write(terminal, " ".join(words).encode() + b"\t\t")
+                self.wait_for(terminal, expected)
+                # Ctrl-C gives up the line.
+                self.type(terminal, "\x03")
 
-    def assert_zsh_shows(self, script, line, expected):
-        """Asks an interactive zsh to complete a line, and waits for the words."""
+    def start_zsh(self, folder):
+        """An interactive zsh. Returns the descriptor of its terminal."""
         terminal, end = pty.openpty()
         self.addCleanup(os.close, terminal)
         fcntl.ioctl(end, termios.TIOCSWINSZ, struct.pack("4H", 50, 120, 0, 0))
@@ -1325,17 +1333,18 @@ class CompletionTest(CommandTest):
             stdout=end,
             stderr=end,
             start_new_session=True,
+            cwd=folder,
             env={**os.environ, "TERM": "xterm"},
         )
         os.close(end)
         self.addCleanup(process.wait, TIMEOUT)
         self.addCleanup(process.kill)
-        setup = "autoload -U compinit && compinit -D -u && source {} && echo set-up-'done'\n"
-        os.write(terminal, setup.format(script).encode())
-        self.wait_for(terminal, {"set-up-done\r\n"})
-        # The first tab inserts what is certain, the second lists the choices.
-        os.write(terminal, line.encode() + b"\t\t")
-        self.wait_for(terminal, expected)
+        return terminal
+
+    def type(self, terminal, line):
+        """Types a line, and waits until it has run."""
+        os.write(terminal, line.encode() + b"\necho has-'run'\n")
+        self.wait_for(terminal, {"has-run\r\n"})
 
     def wait_for(self, terminal, words):
         shown = b""

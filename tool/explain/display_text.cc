@@ -180,9 +180,10 @@ std::string displayText(std::string_view text, std::size_t mostColumns) {
 
   // The size matters only where it is unusual.
   constexpr std::size_t kUsualSize = 256;
-  const std::string size =
-      text.size() > kUsualSize ? " (" + std::to_string(text.size()) + " bytes)" : "";
-  const std::size_t room = mostColumns > size.size() + 3 ? mostColumns - size.size() - 1 : 2;
+  constexpr std::size_t kLeastRoom = 8;
+  std::string size = " (" + std::to_string(text.size()) + " bytes)";
+  if (text.size() <= kUsualSize || size.size() + kLeastRoom >= mostColumns) size.clear();
+  const std::size_t room = mostColumns - size.size() - 1;
   // The end of an identifier is what tells it from another, so it gets a third.
   const std::size_t tailRoom = room / 3;
   std::size_t columns = 0;

@@ -1,7 +1,7 @@
 // Why a purchase came out as it did.
 //
 // Computed from the event, the diagnostics and the exported matching only. It contains no second
-// copy of the component's rules: what was decided is read from these, and the inputs that a
+// copy of the library's rules: what was decided is read from these, and the inputs that a
 // decision rests on are shown with it.
 
 #ifndef QEL_TOOL_EXPLAIN_EXPLANATION_H_
@@ -62,11 +62,11 @@ struct TimelineEntry {
   DateProblem problem = DateProblem::kOther;
 
   Role role = Role::kNone;
-  // What the role is; empty without one.
+  // The role in words; empty if it is kNone.
   Prose note = Prose();
 };
 
-// A decision of the component.
+// A decision of the library.
 struct Decision {
   // 0 for a decision that has no code.
   int code = 0;

@@ -1,8 +1,10 @@
 #include "explain/purchase_facts.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "qel/measurement.h"
 #include "qel/receipt_matching.h"
@@ -76,7 +78,7 @@ std::optional<EventParameters> eventWith(const std::vector<MissingInput>& suppli
 }
 
 // Returns the inputs that the purchase does not have and needs. They are found by trying: the
-// component itself says which it needs.
+// library itself says which it needs.
 std::vector<MissingInput> missingInputs(const Purchase& purchase) {
   std::vector<MissingInput> missing;
   if (!purchase.product->priceLocaleCurrencyCode.has_value()) {
@@ -85,14 +87,12 @@ std::vector<MissingInput> missingInputs(const Purchase& purchase) {
   if (!purchase.product->price.has_value()) missing.push_back(MissingInput::kPrice);
   if (purchase.transaction->quantity.value_or(0) == 0) missing.push_back(MissingInput::kQuantity);
 
-  for (std::size_t i = 0; i < missing.size();) {
-    std::vector<MissingInput> fewer = missing;
-    fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
-    if (eventWith(fewer, purchase).has_value()) {
-      missing = fewer;
-    } else {
-      ++i;
-    }
+  const std::vector<MissingInput> candidates = missing;
+  for (const MissingInput candidate : candidates) {
+    std::vector<MissingInput> fewer;
+    std::copy_if(missing.begin(), missing.end(), std::back_inserter(fewer),
+                 [candidate](MissingInput input) { return input != candidate; });
+    if (eventWith(fewer, purchase).has_value()) missing = std::move(fewer);
   }
   return missing;
 }

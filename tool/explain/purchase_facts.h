@@ -17,7 +17,7 @@
 
 namespace qel::tool {
 
-// A message that the component logged.
+// A message that the library logged.
 struct RecordedDiagnostic {
   int code = 0;
   std::string message;
@@ -31,16 +31,15 @@ enum class MissingInput : std::uint8_t { kCurrency, kPrice, kQuantity };
 struct PurchaseFacts {
   const Purchase& purchase;
 
-  // What the component returned and logged.
+  // What the library returned and logged.
   std::optional<EventParameters> event = std::nullopt;
   std::vector<RecordedDiagnostic> diagnostics = {};
 
-  // The inputs that are missing, if the purchase has none of the codes of "no event" and still no
-  // event: the component returns one as soon as all of them are there, and none as long as one of
-  // them is missing.
+  // Filled if the purchase has no event and no code that says why: the inputs that the event needs
+  // and the purchase does not have. The library returns an event only if all of them are supplied.
   std::vector<MissingInput> missing = {};
 
-  // The event, or the one that the component returns if `missing` is supplied.
+  // The event, or the one that the library returns if `missing` is supplied.
   std::optional<EventParameters> classified = std::nullopt;
 
   // The entries of the product, earliest first, and those of them at the transaction's date.
@@ -68,8 +67,8 @@ struct PurchaseFacts {
   std::optional<Instant> transactionDate() const;
 };
 
-// Runs the component on `purchase`. Installs a monitor and removes it again, so no other thread may
-// use the component meanwhile.
+// Runs the library on `purchase`. Installs a monitor and removes it again, so no other thread may
+// use the library meanwhile.
 PurchaseFacts factsOf(const Purchase& purchase);
 
 }  // namespace qel::tool

@@ -8,6 +8,11 @@
 
 #import <Foundation/Foundation.h>
 
+// Swift sees only those functions of a module whose classes the module declares in full.
+#if __has_include(<StoreKit/StoreKit.h>)
+#import <StoreKit/StoreKit.h>
+#endif
+
 #include "qel/export.h"
 
 #ifndef NS_SWIFT_NAME

@@ -59,7 +59,7 @@ TEST(DisplayTextTest, ShortensTheMiddle) {
 }
 
 TEST(DisplayTextTest, TellsTheSizeOfALongText) {
-  EXPECT_EQ(displayText(std::string(100000, 'x'), 40), "xxxxxxxxxxxxxxx…xxxxxxx (100000 bytes)");
+  EXPECT_EQ(displayText(std::string(100000, 'x'), 40), "xxxxxxxxxxxxxxxx…xxxxxxxx (100000 bytes)");
 }
 
 TEST(DisplayTextTest, NeverTakesMoreColumnsThanItHas) {

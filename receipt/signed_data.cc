@@ -1,0 +1,117 @@
+#include "signed_data.h"
+
+#include <openssl/evp.h>
+#include <openssl/objects.h>
+
+#include <algorithm>
+
+#include "ber_reader.h"
+#include "qel/app_receipt.h"
+
+namespace qel::receipt {
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+
+[[noreturn]] void fail(std::size_t offset, const std::string& message) {
+  throw ReceiptError{"", offset, message};
+}
+
+bool isBase64Digit(char character) {
+  return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+         (character >= '0' && character <= '9') || character == '+' || character == '/';
+}
+
+// Returns the digits of a base64 text, without white space and padding.
+std::string base64DigitsOf(std::string_view text) {
+  std::string digits;
+  digits.reserve(text.size());
+  std::size_t padding = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (kWhiteSpace.find(text[i]) != std::string_view::npos) continue;
+    if (text[i] == '=') {
+      if (++padding > 2) fail(i, "expected at most two = at the end of base64, found more");
+    } else if (!isBase64Digit(text[i])) {
+      fail(i, "expected a receipt in DER, BER or base64, found a character that is not of base64");
+    } else if (padding > 0) {
+      fail(i, "expected = only at the end of base64, found a digit after it");
+    } else {
+      digits += text[i];
+    }
+  }
+  if (digits.size() % 4 == 1) {
+    fail(text.size(), "expected base64 in groups of 4 digits, found its end after one digit");
+  }
+  return digits;
+}
+
+std::string decodedBase64(std::string_view text) {
+  std::string digits = base64DigitsOf(text);
+  const std::size_t size = digits.size() / 4 * 3 + (digits.size() % 4 * 3) / 4;
+  // The decoder wants padding, and decodes it to zeros.
+  digits.resize((digits.size() + 3) / 4 * 4, '=');
+  std::string decoded(digits.size() / 4 * 3, '\0');
+  const int decodedSize = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(decoded.data()),
+                                          reinterpret_cast<const unsigned char*>(digits.data()),
+                                          static_cast<int>(digits.size()));
+  if (decodedSize < 0) fail(0, "expected base64, found another text");
+  decoded.resize(size);
+  return decoded;
+}
+
+// Throws ReceiptError if the length of the outermost element is not that of `encoding`.
+void checkSize(std::string_view encoding) {
+  try {
+    BerReader reader({encoding, 0});
+    reader.next(kSequence);
+    const std::size_t end = encoding.find_last_not_of(kWhiteSpace) + 1;
+    if (!reader.atEnd() && reader.offset() < end) reader.expectEnd();
+  } catch (const BerError& error) {
+    fail(error.offset, error.message);
+  }
+}
+
+// Decodes DER or BER.
+Handle<CMS_ContentInfo> decoded(std::string_view encoding) {
+  checkSize(encoding);
+  const auto* position = reinterpret_cast<const unsigned char*>(encoding.data());
+  Handle<CMS_ContentInfo> message(
+      d2i_CMS_ContentInfo(nullptr, &position, static_cast<OpensslSize>(encoding.size())));
+  if (message == nullptr) {
+    fail(0, "expected a CMS structure (RFC 5652), found one that is broken: " + lastOpensslError());
+  }
+  return message;
+}
+
+}  // namespace
+
+Handle<CMS_ContentInfo> readSignedData(std::string_view bytes) {
+  if (bytes.size() > kMaxReceiptSize) {
+    fail(kMaxReceiptSize, "expected at most " + std::to_string(kMaxReceiptSize) + " bytes, found " +
+                              std::to_string(bytes.size()));
+  }
+  if (bytes.find_first_not_of(kWhiteSpace) == std::string_view::npos) {
+    fail(0, "expected a receipt, found nothing");
+  }
+  // The tag of a SEQUENCE. As a digit of base64 it would begin another structure.
+  constexpr char kSequenceTag = 0x30;
+  Handle<CMS_ContentInfo> message =
+      bytes.front() == kSequenceTag ? decoded(bytes) : decoded(decodedBase64(bytes));
+  const int type = OBJ_obj2nid(CMS_get0_type(message.get()));
+  if (type != NID_pkcs7_signed) {
+    const char* const name = OBJ_nid2ln(type);
+    fail(0,
+         std::string("expected signed data, found ") + (name != nullptr ? name : "another type"));
+  }
+  ASN1_OCTET_STRING** const content = CMS_get0_content(message.get());
+  if (content == nullptr || *content == nullptr) {
+    fail(0, "expected signed data with its content, found none");
+  }
+  return message;
+}
+
+std::string_view contentOf(CMS_ContentInfo& signedData) {
+  return textOf(*CMS_get0_content(&signedData));
+}
+
+}  // namespace qel::receipt

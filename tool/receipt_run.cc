@@ -1,0 +1,213 @@
+#include "receipt_run.h"
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "input_file.h"
+#include "interrupt.h"
+#include "json_reader.h"
+#include "messages.h"
+#include "output_file.h"
+#include "product_catalogue.h"
+#include "qel/app_receipt.h"
+#include "receipt_writer.h"
+#include "service_json.h"
+
+namespace qel::tool {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// A file that is given beside the receipts cannot be used. The text says which, and why.
+struct OptionFailure {
+  std::string message;
+};
+
+// Returns the content of an input. JsonReader::kPadding bytes after it are readable.
+std::string readPadded(const std::string& path) {
+  std::string text = readInput(path, kMaxReceiptSize);
+  text.reserve(text.size() + JsonReader::kPadding);
+  return text;
+}
+
+bool isJson(std::string_view text) {
+  const std::size_t start = text.find_first_not_of(" \t\r\n");
+  return start != std::string_view::npos && text[start] == '{';
+}
+
+class Run {
+ public:
+  Run(const ReceiptOptions& options, OutputFile& output) : options_(options), output_(output) {
+    if (!options.certificates.empty()) certificates_ = readPadded(options.certificates);
+    if (!options.products.empty()) {
+      try {
+        catalogue_ = readProductCatalogue(readPadded(options.products));
+      } catch (const JsonError& error) {
+        const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
+        throw OptionFailure{inputName(options.products) + where + ": " + error.message};
+      }
+    }
+  }
+
+  void process(const std::string& path) {
+    const std::string text = readPadded(path);
+    // The text may be cut.
+    if (isInterrupted()) return;
+    std::string_view content = text;
+    if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
+    const AppReceiptResult result = read(content);
+    if (const auto* const error = std::get_if<ReceiptError>(&result)) {
+      reject(path, *error);
+      return;
+    }
+    const auto& receipt = std::get<AppReceipt>(result);
+    const std::string signature = signatureOf(content);
+    ++readReceipts_;
+    unknownDates_ += receipt.unknownDates;
+    const bool isFailed = signature != kVerified && signature != kNotChecked;
+    if (isFailed) ++failedSignatures_;
+    if (!options_.writesPurchases) {
+      appendReceipt(path, signature, receipt, out_);
+    } else if (isFailed) {
+      report(inputName(path) +
+             ": no purchases written, because the signature is not verified: " + signature);
+    } else {
+      writePurchases(receipt);
+    }
+    flush();
+  }
+
+  // Writes the summary to standard error.
+  void summarize() const {
+    if (unknownDates_ > 0) report(counted(unknownDates_, "date") + " of unknown form, unchanged");
+    if (undatedPurchases_ > 0) {
+      report(counted(undatedPurchases_, "purchase") + " without a date that can be read");
+    }
+    if (!missingProducts_.empty()) {
+      report(counted(purchasesWithoutProduct_, "purchase") + " of " +
+             counted(missingProducts_.size(), "product") + " that " + inputName(options_.products) +
+             " lacks, such as " + *missingProducts_.begin());
+    }
+    if (failedSignatures_ > 0) {
+      report(counted(failedSignatures_, "signature") + " not verified");
+    }
+    report(counted(readReceipts_, "receipt") + " read, " + std::to_string(rejectedReceipts_) +
+           " rejected");
+  }
+
+  bool isAnyRejected() const { return rejectedReceipts_ > 0 || failedSignatures_ > 0; }
+
+ private:
+  static constexpr std::string_view kVerified = "verified";
+  static constexpr std::string_view kNotChecked = "not checked";
+
+  static AppReceiptResult read(std::string_view content) {
+    if (!isJson(content)) return readAppReceipt(content);
+    try {
+      return readServiceAnswer(content);
+    } catch (const JsonError& error) {
+      return ReceiptError{error.pointer, 0, error.message};
+    }
+  }
+
+  std::string signatureOf(std::string_view content) const {
+    if (!certificates_.has_value()) return std::string(kNotChecked);
+    if (isJson(content)) return "an answer of the validation service has no signature";
+    const ReceiptVerification verification = verifyReceiptSignature(content, *certificates_);
+    return verification.isVerified ? std::string(kVerified) : verification.failure;
+  }
+
+  void reject(const std::string& path, const ReceiptError& error) {
+    ++rejectedReceipts_;
+    if (options_.writesPurchases) {
+      report(inputName(path) + ": " + (error.path.empty() ? "" : error.path + ", ") + "byte " +
+             std::to_string(error.offset) + ": " + error.message);
+    } else {
+      appendReceiptError(path, error, out_);
+      flush();
+    }
+  }
+
+  void writePurchases(const AppReceipt& receipt) {
+    constexpr std::size_t kFlushSize = std::size_t{1} << 20;
+    const PurchaseEntries entries(receipt, options_.entryChoice);
+    for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
+      if (!entries.dateOf(i).has_value()) ++undatedPurchases_;
+      appendPurchase(receipt, i, entries, productOf(receipt.entries[i].item), out_);
+      if (out_.text().size() >= kFlushSize) flush();
+    }
+  }
+
+  const CatalogueProduct* productOf(const QELInAppPurchaseItem& item) {
+    if (options_.products.empty()) return nullptr;
+    const std::string identifier = item.productID.value_or("");
+    const auto product = catalogue_.find(identifier);
+    if (product != catalogue_.end()) return &product->second;
+    ++purchasesWithoutProduct_;
+    missingProducts_.insert(identifier);
+    return nullptr;
+  }
+
+  void flush() {
+    output_.write(out_.text());
+    out_.clear();
+  }
+
+  const ReceiptOptions& options_;
+  OutputFile& output_;
+  std::optional<std::string> certificates_;
+  ProductCatalogue catalogue_;
+  TextBuffer out_;
+  std::uint64_t readReceipts_ = 0;
+  std::uint64_t rejectedReceipts_ = 0;
+  std::uint64_t failedSignatures_ = 0;
+  std::uint64_t unknownDates_ = 0;
+  std::uint64_t undatedPurchases_ = 0;
+  std::uint64_t purchasesWithoutProduct_ = 0;
+  std::set<std::string> missingProducts_;
+};
+
+}  // namespace
+
+ExitStatus runReceipt(const ReceiptOptions& options) {
+  try {
+    catchInterrupts();
+    OutputFile output(options.output, options.inputs);
+    Run run(options, output);
+    bool hasFailed = false;
+    for (const std::string& input : options.inputs) {
+      if (isInterrupted()) break;
+      try {
+        run.process(input);
+      } catch (const InputError& error) {
+        report(error.what());
+        hasFailed = true;
+      }
+    }
+    if (!hasFailed && !isInterrupted()) {
+      output.commit();
+    } else if (output.needsCommit()) {
+      report(output.name() + " is not written");
+    }
+    run.summarize();
+    if (isInterrupted()) return static_cast<ExitStatus>(128 + interruptSignal());
+    if (hasFailed) return kFailed;
+    return run.isAnyRejected() ? kSomeRejected : kAllRead;
+  } catch (const InputError& error) {
+    report(error.what());
+  } catch (const OptionFailure& failure) {
+    report(failure.message);
+  } catch (const OutputError& error) {
+    report(error.what());
+  } catch (const std::system_error& error) {
+    report("cannot catch interrupts: " + error.code().message());
+  }
+  return kFailed;
+}
+
+}  // namespace qel::tool
