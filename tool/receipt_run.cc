@@ -177,7 +177,11 @@ class Run {
 ExitStatus runReceipt(const ReceiptOptions& options) {
   try {
     catchInterrupts();
-    OutputFile output(options.output, options.inputs);
+    std::vector<std::string> files = options.inputs;
+    for (const std::string& file : {options.products, options.certificates}) {
+      if (!file.empty()) files.push_back(file);
+    }
+    OutputFile output(options.output, files);
     Run run(options, output);
     bool hasFailed = false;
     for (const std::string& input : options.inputs) {

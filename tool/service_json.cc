@@ -80,7 +80,7 @@ bool readFlag(JsonValue& value) {
   const OptionalText written = value.readText();
   if (isEmpty(written) || written == "false") return false;
   if (written == "true") return true;
-  throw JsonError{{}, "expected \"true\" or \"false\", found " + excerpt(*written)};
+  throw JsonError{{}, R"(expected "true" or "false", found )" + excerpt(*written)};
 }
 
 constexpr JsonField<ServiceEntry> kEntryFields[] = {

@@ -132,7 +132,7 @@ static_assert(std::numeric_limits<double>::is_iec559 &&
 
 // Returns how many limbs ten to the power of `power` can have, and one more.
 constexpr std::size_t limbsOfPower(int power) {
-  return static_cast<std::size_t>((power + kLimbDigits - 1) / kLimbDigits + 1);
+  return (static_cast<std::size_t>(power) + kLimbDigits - 1) / kLimbDigits + 1;
 }
 
 // Multiplies by ten to the power of `exponent`, or divides if it is negative. Returns whether the

@@ -45,7 +45,7 @@ class RandomReceipt {
           attributes.begin() + randomBetween(random_, 0, 2) % int(attributes.size() + 1),
           encodedAttribute(randomBetween(random_, 4, 11), randomBytes()));
     }
-    const std::string content = encodedSet(attributes);
+    std::string content = encodedSet(attributes);
     if (!oneIn(4)) return content;
     return oneIn(2) ? element(kOctetStringTag, content) : octetsInPieces(content, 1000);
   }

@@ -37,7 +37,7 @@ Owned<Object> owned(Object* object) {
 
 std::string bytesOf(BIO* bio) {
   char* data = nullptr;
-  const long size = BIO_get_mem_data(bio, &data);
+  const auto size = BIO_get_mem_data(bio, &data);
   return {data, static_cast<std::size_t>(size)};
 }
 
@@ -68,7 +68,7 @@ struct Identity {
 // Makes a certificate. A root issues itself: `issuer` is null.
 Identity makeIdentity(const std::string& name, const Identity* issuer, bool isAuthority,
                       const char* start, const char* end) {
-  static long serial = 0;
+  static int serial = 0;
   Identity identity = {owned(EVP_EC_gen("P-256")), owned(X509_new())};
   X509* const certificate = identity.certificate.get();
   require(X509_set_version(certificate, X509_VERSION_3) == 1);

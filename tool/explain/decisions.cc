@@ -22,12 +22,11 @@ Prose kindFact(const PurchaseFacts& facts) {
   Prose text(facts.ofProduct.size() == 1 ? "The only entry of the product, "
                                          : "The latest entry of the product, ",
              nameOf(latest), ", has ", typeText(latest));
-  if (isSubscriptionType(latest)) {
-    text.append(".");
-  } else if (latest.webOrderLineItemID.has_value()) {
+  const bool isSubscription = isSubscriptionType(latest);
+  if (!isSubscription && latest.webOrderLineItemID.has_value()) {
     text.append(Prose(" and the web order line item ", InputText{latest.webOrderLineItemID},
                       ", so the product counts as a subscription."));
-  } else if (facts.ofProduct.size() > 1) {
+  } else if (!isSubscription && facts.ofProduct.size() > 1) {
     text.append(Prose(". The product has ", facts.ofProduct.size(),
                       " entries, so it counts as a subscription all the same."));
   } else {

@@ -141,8 +141,8 @@ std::vector<Cluster> clustersOf(std::string_view text) {
       continue;
     }
     const auto columns = static_cast<std::size_t>(utf8proc_charwidth(character));
-    const bool isNew =
-        before < 0 || utf8proc_grapheme_break_stateful(before, character, &state) != 0;
+    const bool isNew = before < 0 || static_cast<bool>(utf8proc_grapheme_break_stateful(
+                                         before, character, &state));
     if (isNew) {
       clusters.emplace_back();
       state = 0;

@@ -65,7 +65,8 @@ Nearest nearestEntry(const PurchaseFacts& facts, const Instant& date) {
 Prose nearestText(const Nearest& nearest) {
   const auto seconds = static_cast<std::uint64_t>(std::abs(nearest.difference));
   Prose text("The nearest entry, ", nameOf(*nearest.item), ", is ", durationText(seconds));
-  if (seconds >= 60 && seconds < 100 * 3600) text.append(Prose(" (", seconds, " s)"));
+  constexpr std::uint64_t kHour = 3600;
+  if (seconds >= 60 && seconds < 100 * kHour) text.append(Prose(" (", seconds, " s)"));
   text.append(nearest.difference < 0 ? " before" : " after");
   text.append(" the transaction's date. ");
   return text;
@@ -206,7 +207,8 @@ void hintOnAmounts(const PurchaseFacts& facts, std::vector<Prose>& hints) {
     const QELValuePtr& value = facts.event->find(key);
     if (value == nullptr || isAmount(value->int64Value())) continue;
     hints.emplace_back("The amount under ", textOf(key),
-                       " is too large for 64 bits of micros, so it is the least integer.");
+                       " is too large for 64 bits of micros, or not a number, so it is the least "
+                       "integer.");
     return;
   }
 }

@@ -93,8 +93,8 @@ std::string headOf(const Explanation& explanation, std::uint64_t lineNumber) {
 
 std::string legend() {
   const auto entry = [](std::string_view shape, std::string_view text) {
-    return "<li><svg width=\"24\" height=\"24\" aria-hidden=\"true\"><use href=\"#m-" +
-           std::string(shape) + "\" x=\"12\" y=\"12\"/></svg>" + std::string(text) + "</li>";
+    return R"(<li><svg width="24" height="24" aria-hidden="true"><use href="#m-)" +
+           std::string(shape) + R"(" x="12" y="12"/></svg>)" + std::string(text) + "</li>";
   };
   return "<ul class=\"legend\">" + entry("paid", "paid") + entry("trial", "free trial") +
          entry("offer", "introductory offer") + entry("unread", "date cannot be read") +
@@ -169,7 +169,7 @@ std::string eventOf(const Explanation& explanation) {
       "<th>Where it comes from</th></tr></thead><tbody>";
   for (const EventKey& key : explanation.keys) {
     std::string origin = htmlOf(key.origin);
-    if (!key.readable.empty()) origin = element("b", htmlOf(key.readable)) + ": " + origin;
+    if (!key.readable.empty()) origin.insert(0, element("b", htmlOf(key.readable)).append(": "));
     const bool isText = key.value.spans().front().isInput;
     const std::string value = isText ? htmlOf(key.value) : oneLine(htmlOf(key.value));
     out += "<tr><th scope=\"row\">" + std::string(key.key) + "</th>" + element("td", value) +
@@ -272,8 +272,9 @@ std::string HtmlReport::page() const {
   for (std::size_t kind = 0; kind < counts_.size(); ++kind) {
     if (counts_[kind] == 0) continue;
     const std::string number = std::to_string(kind);
-    style += "main:has(#s-" + number + ":checked) .row:not(.k" + number + "){display:none}\n";
-    choice += "<label><input type=\"radio\" name=\"show\" id=\"s-" + number + "\">" +
+    style.append("main:has(#s-").append(number).append(":checked) .row:not(.k");
+    style.append(number).append("){display:none}\n");
+    choice += R"(<label><input type="radio" name="show" id="s-)" + number + "\">" +
               std::string(nameOfKind(kind)) + " " + std::to_string(counts_[kind]) + "</label>";
   }
   std::string body =

@@ -23,7 +23,7 @@ bool contains(const std::array<std::string_view, kSize>& codes, std::string_view
 }
 
 // Appends the digits after the decimal point, without zeros beyond the currency's decimals.
-std::string withDecimals(std::string whole, std::string digits, std::size_t decimals) {
+std::string withDecimals(const std::string& whole, std::string digits, std::size_t decimals) {
   while (digits.size() > decimals && digits.back() == '0') digits.pop_back();
   if (digits.size() < decimals) digits.append(decimals - digits.size(), '0');
   return digits.empty() ? whole : whole + "." + digits;
@@ -53,7 +53,7 @@ std::string priceText(const Decimal& price, std::string_view currency) {
   if (std::isnan(nearest)) return "NaN";
   std::array<char, 32> buffer;
   char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), nearest).ptr;
-  const std::string text(buffer.data(), end);
+  std::string text(buffer.data(), end);
   if (text.find_first_of("en") != std::string::npos) return text;
   const std::size_t point = std::min(text.find('.'), text.size());
   return withDecimals(text.substr(0, point), text.substr(std::min(point + 1, text.size())),

@@ -19,12 +19,14 @@ Prose amountOf(const PurchaseFacts& facts, ParameterKey key) {
   return text;
 }
 
-// Returns ": 4.99 EUR", or ": 3 x 0.99 EUR = 2.97 EUR".
+// Returns ": 4.99 EUR", or ": 3 x 0.99 EUR = 2.97 EUR". The price of one is left out if it is
+// truncated, so that three of it are not the value.
 Prose valueText(const PurchaseFacts& facts) {
   const std::int64_t quantity = integerOf(*facts.event, ParameterKey::kQuantity);
   const Prose value = amountOf(facts, ParameterKey::kValue);
-  const bool isSum =
-      quantity != 0 && quantity != 1 && integerOf(*facts.event, ParameterKey::kValue) != 0;
+  const std::int64_t total = integerOf(*facts.event, ParameterKey::kValue);
+  const bool isSum = quantity != 0 && quantity != 1 && total != 0 && total % quantity == 0 &&
+                     total / quantity == integerOf(*facts.event, ParameterKey::kPrice);
   if (!isSum) return Prose(": ", value);
   return Prose(": ", quantity, " x ", amountOf(facts, ParameterKey::kPrice), " = ", value);
 }

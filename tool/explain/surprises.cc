@@ -109,8 +109,9 @@ void explainUndatedPrevious(const PurchaseFacts& facts, std::vector<Prose>& surp
 void explainUnreadableOffer(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
   if (!isAtFullPrice(facts)) return;
   surprises.emplace_back(
-      "The entry is an introductory offer, and the amounts are the product's full price: the "
-      "offer's price is the product's to tell, and it cannot be read. The customer paid less.");
+      "The entry is an introductory offer, and the amounts are the product's full price: only the "
+      "product record has the offer's price, and it cannot be read. What the customer paid is not "
+      "known.");
 }
 
 void explainRenewalCode(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
@@ -119,7 +120,7 @@ void explainRenewalCode(const PurchaseFacts& facts, std::vector<Prose>& surprise
   if (!applies) return;
   surprises.emplace_back(
       "Code 40010 says renewal for every valid free trial and introductory "
-      "offer. This one is no renewal: the event has no sub_renew.");
+      "offer. This purchase is no renewal: it has no sub_renew.");
 }
 
 void explainTrialWithoutFlag(const PurchaseFacts& facts, std::vector<Prose>& surprises) {

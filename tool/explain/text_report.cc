@@ -46,7 +46,8 @@ std::string painted(std::string_view text, std::string_view code, TextColor colo
 // Keeps a text from right to left from reordering what is beside it.
 std::string isolated(std::string text) {
   if (!hasRightToLeft(text)) return text;
-  return "\u2068" + text + "\u2069";
+  // FIRST STRONG ISOLATE and POP DIRECTIONAL ISOLATE, in UTF-8.
+  return "\xE2\x81\xA8" + text + "\xE2\x81\xA9";
 }
 
 std::string shown(std::string_view input, std::size_t mostColumns = kMostInput) {

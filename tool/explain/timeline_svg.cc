@@ -196,8 +196,8 @@ void appendMarks(const Lane& lane, const Axis& axis, int y, std::string& out) {
   if (undated == nullptr) return;
   appendMark(*undated, kGutter, y, out);
   if (count == 1) return;
-  out += "<text x=\"" + percent(kGutter) + "\" dx=\"10\" y=\"" + std::to_string(y - 6) +
-         "\" class=\"from\">" + std::to_string(count) + "</text>";
+  out += "<text x=\"" + percent(kGutter) + R"(" dx="10" y=")" + std::to_string(y - 6) +
+         R"(" class="from">)" + std::to_string(count) + "</text>";
 }
 
 std::string description(const Explanation& explanation) {
@@ -233,20 +233,21 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
   const std::string title = std::string(name) + "-title";
   const std::string details = std::string(name) + "-desc";
 
-  std::string out = "<svg class=\"timeline\" role=\"img\" width=\"100%\" height=\"" +
+  std::string out = R"(<svg class="timeline" role="img" width="100%" height=")" +
                     std::to_string(laneEnd + kAxis) + "\" aria-labelledby=\"" + title + " " +
                     details + "\"><title id=\"" + title + "\">Timeline of the receipt</title>" +
                     "<desc id=\"" + details + "\">" + description(explanation) + "</desc>";
   if (transaction.has_value()) {
     const int position = axis.of(transaction);
-    out += "<line class=\"now\" x1=\"" + percent(position) + "\" x2=\"" + percent(position) +
+    out += R"(<line class="now" x1=")" + percent(position) + "\" x2=\"" + percent(position) +
            "\" y1=\"" + std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(laneEnd) + "\"/>";
     out += textAt(position, kTop - 8, anchorAt(position), "transaction " + dateText(*transaction));
   }
   int y = firstLane - kLaneLine;
   for (std::size_t i = 0; i < lanes.size(); ++i, y += kLane) {
     const std::string line = std::to_string(y);
-    out += "<line class=\"lane\" x1=\"0\" x2=\"100%\" y1=\"" + line + "\" y2=\"" + line + "\"/>";
+    out.append(R"(<line class="lane" x1="0" x2="100%" y1=")").append(line);
+    out.append("\" y2=\"").append(line).append("\"/>");
     const std::string product =
         lanes[i].product.has_value() ? displayText(*lanes[i].product, 32) : "(no product)";
     const int labelY = i == 0 ? kTop + 16 : y - 16;

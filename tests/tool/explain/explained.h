@@ -37,6 +37,7 @@ class Explained {
 // Returns the texts of sentences, to compare with a list.
 inline std::vector<std::string> textsOf(const std::vector<Prose>& sentences) {
   std::vector<std::string> texts;
+  texts.reserve(sentences.size());
   for (const Prose& sentence : sentences) texts.push_back(sentence.text());
   return texts;
 }

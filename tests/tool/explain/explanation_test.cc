@@ -18,7 +18,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::monthlyEntry;
 using testing::monthlyPurchase;
-using ::testing::Not;
 using testing::textsOf;
 
 constexpr const char* kMarch = "2019-03-14T09:26:53Z";
