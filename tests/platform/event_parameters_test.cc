@@ -253,7 +253,10 @@ TEST(EventParametersTest, IsARangeForViewsAndAlgorithms) {
     return entry.value.stringValue().has_value();
   };
   EXPECT_EQ(std::ranges::count_if(parameters, isText), 1);
+  // Clang before 16 cannot compile the views of libstdc++.
+#if !defined(__clang_major__) || __clang_major__ >= 16
   for (const auto& entry : parameters | std::views::filter(isText)) EXPECT_EQ(entry.key, "store");
+#endif
 }
 
 }  // namespace
