@@ -31,8 +31,9 @@ constexpr std::int64_t kLeastInteger = std::numeric_limits<std::int64_t>::min();
 
 mpz_class power(std::uint64_t base, std::uint64_t exponent) {
   mpz_class result;
-  mpz_ui_pow_ui(result.get_mpz_t(), static_cast<unsigned long>(base),
-                static_cast<unsigned long>(exponent));
+  // The interface of GMP has this type.
+  using Unsigned = unsigned long;  // NOLINT(google-runtime-int)
+  mpz_ui_pow_ui(result.get_mpz_t(), static_cast<Unsigned>(base), static_cast<Unsigned>(exponent));
   return result;
 }
 

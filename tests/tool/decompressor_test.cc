@@ -15,7 +15,7 @@ TEST(CompressionOfTest, RecognisesEachFormatByItsFirstBytes) {
 
 TEST(CompressionOfTest, NeedsMoreBytesOfAFormatThatHasBegun) {
   for (const std::string_view start :
-       {""sv, "\x1F"sv, "\x28"sv, "\x28\xB5\x2F"sv, "\xFD"sv, "\xFD\x37\x7A\x58\x5A"sv}) {
+       {""sv, "\x1F"sv, "("sv, "\x28\xB5\x2F"sv, "\xFD"sv, "\xFD\x37\x7A\x58\x5A"sv}) {
     EXPECT_EQ(compressionOf(start), Compression::kUnknown);
   }
 }

@@ -65,8 +65,8 @@ Nearest nearestEntry(const PurchaseFacts& facts, const Instant& date) {
 Prose nearestText(const Nearest& nearest) {
   const auto seconds = static_cast<std::uint64_t>(std::abs(nearest.difference));
   Prose text("The nearest entry, ", nameOf(*nearest.item), ", is ", durationText(seconds));
-  constexpr std::uint64_t kHour = 3600;
-  if (seconds >= 60 && seconds < 100 * kHour) text.append(Prose(" (", seconds, " s)"));
+  if (seconds >= 60 && std::abs(nearest.difference) < 100 * kHour)
+    text.append(Prose(" (", seconds, " s)"));
   text.append(nearest.difference < 0 ? " before" : " after");
   text.append(" the transaction's date. ");
   return text;

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+// NOLINTBEGIN(misc-misleading-bidirectional): hostile texts are what is tested.
+
 namespace qel::tool {
 namespace {
 
@@ -99,3 +101,5 @@ TEST(DisplayTextTest, FindsTextFromRightToLeft) {
 
 }  // namespace
 }  // namespace qel::tool
+
+// NOLINTEND(misc-misleading-bidirectional)

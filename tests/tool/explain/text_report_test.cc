@@ -10,6 +10,8 @@
 #include "explain/timeline_rows.h"
 #include "explained.h"
 
+// NOLINTBEGIN(misc-misleading-bidirectional): hostile texts are what is tested.
+
 namespace qel::tool {
 namespace {
 
@@ -53,7 +55,7 @@ TEST(TextReportTest, ConversionReadsFromTheOutcomeToTheEvent) {
 
 TEST(TextReportTest, LinesHave80ColumnsWhateverTheTitle) {
   for (const std::string& title :
-       {std::string(100000, 'x'), std::string("\\u001b[31m\\u202e\\u0007"),
+       {std::string(100000, 'x'), std::string(R"(\u001b[31m\u202e\u0007)"),
         std::string("\u6708\u984d\u30d7\u30e9\u30f3 \u30d7\u30ec\u30df\u30a2\u30e0"),
         std::string("\u05de\u05e0\u05d5\u05d9 \u05d7\u05d5\u05d3\u05e9\u05d9")}) {
     const std::string text = textReport(*Explained(withTitle(title)), 1, TextColor::kNone);
@@ -128,3 +130,5 @@ TEST(TimelineRowsTest, TransactionHasARowIfNoEntryHasItsDate) {
 
 }  // namespace
 }  // namespace qel::tool
+
+// NOLINTEND(misc-misleading-bidirectional)
