@@ -71,7 +71,7 @@ OraclePurchase renewal() {
                                    .offer = OracleOffer{.price = oracleReading("1.99")}};
   purchase.transaction = OracleTransaction{.identifier = "2000",
                                            .original = OracleOriginal{"1000"},
-                                           .date = OracleInstant{kAprilInstant.seconds, 0},
+                                           .date = OracleInstant{kAprilInstant.seconds(), 0},
                                            .quantity = 1};
   purchase.receipt = {monthlyEntry(kApril, "2000"), monthlyEntry(kMarch, "1000")};
   purchase.receipt[0].webOrder = "77";

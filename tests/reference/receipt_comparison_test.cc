@@ -243,8 +243,13 @@ TEST_P(DamagedReceiptTest, CutReceiptsAreErrors) {
   }
 }
 
-TEST_P(DamagedReceiptTest, ChangedReceiptsAreErrorsOrReceipts) {
-  changeEachByte(receipt_, compareReceipts);
+// Every bit, not every value of each byte: a signed receipt has thousands of them.
+TEST_P(DamagedReceiptTest, ReceiptsWithAChangedBitAreErrorsOrReceipts) {
+  for (std::size_t i = 0; i < receipt_.size() * 8; ++i) {
+    std::string changed = receipt_;
+    changed[i / 8] = static_cast<char>(changed[i / 8] ^ 1 << i % 8);
+    ASSERT_NO_FATAL_FAILURE(compareReceipts(changed)) << "bit " << i;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Encodings, DamagedReceiptTest, ::testing::Values(false, true),
