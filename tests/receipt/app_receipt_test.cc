@@ -15,7 +15,6 @@ using testing::attribute;
 using testing::attributeSet;
 using testing::base64Of;
 using testing::ReceiptSigner;
-using testing::SigningForm;
 using testing::utf8Element;
 
 const std::string& content() {
@@ -156,7 +155,7 @@ TEST(AppReceiptTest, SizeIsLimited) {
 TEST(AppReceiptTest, OpensslsErrorsOfTheCallerStay) {
   ERR_clear_error();
   ERR_raise(ERR_LIB_USER, 7);
-  const unsigned long before = ERR_peek_last_error();
+  const auto before = ERR_peek_last_error();
   EXPECT_NE(failureOf("\x30\x03"), "no failure");
   EXPECT_FALSE(verifyReceiptSignature("\x30\x03", "").isVerified);
   EXPECT_EQ(ERR_peek_last_error(), before);

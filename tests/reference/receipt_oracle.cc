@@ -145,7 +145,7 @@ mpz_class integerOf(const Node& node) {
 }
 
 mpz_class int64Of(const Node& node) {
-  const mpz_class value = integerOf(node);
+  mpz_class value = integerOf(node);
   require(value >= -(mpz_class(1) << 63) && value < mpz_class(1) << 63);
   return value;
 }
@@ -161,15 +161,16 @@ std::string textOf(const Node& node) {
 }
 
 // Returns the seconds of zone `match`: its sign, hours, minutes and seconds.
-long zoneOf(const std::smatch& match, std::size_t group) {
+std::int64_t zoneOf(const std::smatch& match, std::size_t group) {
   const auto number = [&match](std::size_t i) {
     return match[i].matched ? std::stol(match[i].str()) : 0;
   };
-  const long seconds = number(group + 1) * 3600 + number(group + 2) * 60 + number(group + 3);
+  const std::int64_t seconds =
+      number(group + 1) * 3600 + number(group + 2) * 60 + number(group + 3);
   return match[group].str() == "-" ? -seconds : seconds;
 }
 
-std::optional<std::time_t> secondsOf(const std::string& dateAndTime, long zone) {
+std::optional<std::time_t> secondsOf(const std::string& dateAndTime, std::int64_t zone) {
   std::tm fields = {};
   if (std::sscanf(dateAndTime.c_str(), "%4d-%2d-%2d%*c%2d:%2d:%2d", &fields.tm_year, &fields.tm_mon,
                   &fields.tm_mday, &fields.tm_hour, &fields.tm_min, &fields.tm_sec) != 6) {
@@ -202,10 +203,10 @@ std::string dateOf(const std::string& text, OracleReceipt& receipt) {
   if (std::regex_match(text, match, kComponent)) {
     if (secondsOf(match[1], 0).has_value()) return text;
   } else if (std::regex_match(text, match, kKnown)) {
-    const long zone = match[4].matched ? zoneOf(match, 4) : 0;
-    long otherZone = 0;
+    const std::int64_t zone = match[4].matched ? zoneOf(match, 4) : 0;
+    std::int64_t otherZone = 0;
     if (match[8].matched) {
-      const long minutes = match[10].matched ? std::stol(match[10].str()) : 0;
+      const std::int64_t minutes = match[10].matched ? std::stol(match[10].str()) : 0;
       otherZone = std::stol(match[9].str()) * 3600 + minutes * 60;
       if (match[8].str() == "-") otherZone = -otherZone;
     }
