@@ -47,7 +47,8 @@ std::string painted(std::string_view text, std::string_view code, TextColor colo
 std::string isolated(std::string text) {
   if (!hasRightToLeft(text)) return text;
   // FIRST STRONG ISOLATE and POP DIRECTIONAL ISOLATE, in UTF-8.
-  return "\xE2\x81\xA8" + text + "\xE2\x81\xA9";
+  constexpr std::string_view kIsolates = "\xE2\x81\xA8\xE2\x81\xA9";
+  return text.insert(0, kIsolates.substr(0, 3)).append(kIsolates.substr(3));
 }
 
 std::string shown(std::string_view input, std::size_t mostColumns = kMostInput) {
