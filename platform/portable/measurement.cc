@@ -32,6 +32,19 @@ InstalledMonitor& installedMonitor() {
   return *installed;
 }
 
+// Returns an owner of `monitor` with a count of its own. Each message takes and returns one
+// ownership of its slot, so a count that all slots share would go from core to core.
+std::shared_ptr<DiagnosticsMonitor> separateOwner(
+    const std::shared_ptr<DiagnosticsMonitor>& monitor) {
+  struct Owner {
+    std::shared_ptr<DiagnosticsMonitor> monitor;
+    // Keeps the count in another cache line than the count of the next owner.
+    std::array<std::byte, 64> distance;
+  };
+  if (monitor == nullptr) return nullptr;
+  return {std::make_shared<Owner>(Owner{monitor, {}}), monitor.get()};
+}
+
 // Assigns the slots to the threads in turn.
 Slot& slotOfThisThread() {
   static std::atomic<std::size_t> threads = 0;
@@ -48,18 +61,19 @@ std::shared_ptr<DiagnosticsMonitor> QELMeasurement::monitor() {
   return slot.monitor;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): each slot keeps a copy.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): each slot keeps an owner of it.
 void QELMeasurement::setMonitor(std::shared_ptr<DiagnosticsMonitor> monitor) {
+  // Owners of the new monitor, then of the previous one. The previous one is destroyed after the
+  // locks are released: its destructor may log, or install another one.
+  std::array<std::shared_ptr<DiagnosticsMonitor>, kSlots> owners;
+  for (std::shared_ptr<DiagnosticsMonitor>& owner : owners) owner = separateOwner(monitor);
+
   InstalledMonitor& installed = installedMonitor();
-  // The previous monitor is destroyed after the locks are released: its destructor may log, or
-  // install another one.
-  std::array<std::shared_ptr<DiagnosticsMonitor>, kSlots> before;
   const std::lock_guard installing(installed.installing);
   installed.isPresent = monitor != nullptr;
   for (std::size_t i = 0; i < kSlots; ++i) {
-    before[i] = monitor;
     const std::lock_guard lock(installed.slots[i].mutex);
-    installed.slots[i].monitor.swap(before[i]);
+    installed.slots[i].monitor.swap(owners[i]);
   }
 }
 
