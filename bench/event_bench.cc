@@ -3,12 +3,15 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <deque>
+#include <random>
 #include <span>
 
 #include "allocations.h"
 #include "qel/purchase_event.h"
+#include "qel/rfc3339.h"
 #include "sample_purchases.h"
 
 namespace qel::bench {
@@ -28,43 +31,62 @@ void measureEvents(benchmark::State& state, const Purchases& purchases) {
       static_cast<double>(allocationsOfThisThread() - before), benchmark::Counter::kAvgIterations);
 }
 
-void measureEvent(benchmark::State& state, const SamplePurchase& purchase) {
-  measureEvents(state, std::span(&purchase, 1));
+// The kinds of purchases. Each function makes a renewal of two entries one of the kind.
+
+void makeRenewal(SamplePurchase&) {}
+
+void makeConsumable(SamplePurchase& purchase) {
+  purchase.receipt.pop_back();
+  QELInAppPurchaseItem& entry = purchase.entries[0];
+  entry.purchaseType = 1;
+  entry.webOrderLineItemID.reset();
+  purchase.transaction.transactionDate = parseRfc3339(*entry.purchaseDateIA5String);
 }
 
-void BM_EventConsumable(benchmark::State& state) {
-  SamplePurchase purchase(1);
-  purchase.entries[0].purchaseType = 1;
-  purchase.entries[0].webOrderLineItemID.reset();
-  measureEvent(state, purchase);
+void makeFreeTrial(SamplePurchase& purchase) {
+  purchase.receipt.pop_back();
+  QELInAppPurchaseItem& entry = purchase.entries[0];
+  entry.isFreeTrial = true;
+  purchase.transaction.transactionIdentifier = entry.transactionID;
+  purchase.transaction.transactionDate = parseRfc3339(*entry.purchaseDateIA5String);
 }
-BENCHMARK(BM_EventConsumable)->Name("BM_Event/consumable");
 
-void BM_EventRenewal(benchmark::State& state) { measureEvent(state, SamplePurchase(2)); }
-BENCHMARK(BM_EventRenewal)->Name("BM_Event/renewal");
-
-void BM_EventFreeTrial(benchmark::State& state) {
-  SamplePurchase purchase(1);
-  purchase.entries[0].isFreeTrial = true;
-  measureEvent(state, purchase);
-}
-BENCHMARK(BM_EventFreeTrial)->Name("BM_Event/free_trial");
-
-void BM_EventIntroductoryOffer(benchmark::State& state) {
-  SamplePurchase purchase(2);
+void makeIntroductoryOffer(SamplePurchase& purchase) {
   purchase.entries[1].isIntroductoryOffer = true;
-  measureEvent(state, purchase);
 }
-BENCHMARK(BM_EventIntroductoryOffer)->Name("BM_Event/introductory_offer");
 
 // A subscription without an entry at the transaction's date.
-void BM_EventInvalid(benchmark::State& state) {
-  SamplePurchase purchase(2);
+void makeInvalid(SamplePurchase& purchase) {
   const Instant date = *purchase.transaction.transactionDate;
   purchase.transaction.transactionDate = Instant(date.seconds() + 1);
-  measureEvent(state, purchase);
 }
-BENCHMARK(BM_EventInvalid)->Name("BM_Event/invalid");
+
+using MakeKind = void (*)(SamplePurchase& purchase);
+
+void BM_Event(benchmark::State& state, MakeKind makeKind) {
+  SamplePurchase purchase(2);
+  makeKind(purchase);
+  measureEvents(state, std::span(&purchase, 1));
+}
+BENCHMARK_CAPTURE(BM_Event, renewal, makeRenewal);
+BENCHMARK_CAPTURE(BM_Event, consumable, makeConsumable);
+BENCHMARK_CAPTURE(BM_Event, free_trial, makeFreeTrial);
+BENCHMARK_CAPTURE(BM_Event, introductory_offer, makeIntroductoryOffer);
+BENCHMARK_CAPTURE(BM_Event, invalid, makeInvalid);
+
+// Takes a thousand purchases of all kinds in turn, no two of which are alike. The other benchmarks
+// of events repeat one purchase, whose branches the processor learns.
+void BM_EventMix(benchmark::State& state) {
+  constexpr std::array<MakeKind, 5> kKinds = {makeRenewal, makeConsumable, makeFreeTrial,
+                                              makeIntroductoryOffer, makeInvalid};
+  std::mt19937 random(1);
+  std::deque<SamplePurchase> purchases;
+  for (unsigned seed = 0; seed < 1000; ++seed) {
+    kKinds[random() % kKinds.size()](purchases.emplace_back(2, ReceiptOrder::kSorted, seed));
+  }
+  measureEvents(state, purchases);
+}
+BENCHMARK(BM_EventMix)->Name("BM_Event/mix");
 
 // Takes many receipts of the same size in turn, so that caches and branch predictor do not know the
 // next one, as in production. Receipts of 100 entries or more have 100000 entries in all.

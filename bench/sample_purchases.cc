@@ -25,21 +25,21 @@ std::string writtenHour(std::chrono::sys_seconds instant) {
   return text.data();
 }
 
-constexpr std::int64_t kFirstIdentifier = 1000000512345678;
-constexpr std::int64_t kFirstLineItem = 1000000045678901;
-
 }  // namespace
 
 SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned seed) {
-  const std::chrono::sys_seconds start = std::chrono::sys_days(std::chrono::year(2019) / 3 / 14);
+  const std::chrono::sys_seconds start =
+      std::chrono::sys_days(std::chrono::year(2019) / 3 / 14) + seed * std::chrono::seconds(100003);
+  const std::int64_t firstIdentifier = 1000000512345678 + seed * 7919;
+  const std::int64_t firstLineItem = 1000000045678901 + seed * 6007;
   // Hours from the first purchase, in the order of the receipt.
   std::vector<int> hours(size);
   std::iota(hours.begin(), hours.end(), 0);
   if (order == ReceiptOrder::kReversed) std::reverse(hours.begin(), hours.end());
   if (order == ReceiptOrder::kRandom) std::shuffle(hours.begin(), hours.end(), std::mt19937(seed));
 
-  product = {.productIdentifier = "com.example.app.monthly",
-             .price = Decimal::fromString("4.99"),
+  product = {.productIdentifier = "com.example.app.monthly" + std::string(seed % 13, 'x'),
+             .price = Decimal::fromMinorUnits(499 + seed % 5000, 2),
              .priceLocaleCurrencyCode = "EUR",
              .localizedTitle = "Monthly plan",
              .introductoryPrice = PlainDiscount{.price = Decimal::fromString("1.99")}};
@@ -48,16 +48,16 @@ SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned se
     entry.productID = product.productIdentifier;
     entry.purchaseDateIA5String = writtenHour(start + std::chrono::hours(hour));
     entry.purchaseType = 3;
-    entry.webOrderLineItemID = std::to_string(kFirstLineItem + hour);
-    entry.transactionID = std::to_string(kFirstIdentifier + hour);
-    entry.originalTransactionID = std::to_string(kFirstIdentifier);
+    entry.webOrderLineItemID = std::to_string(firstLineItem + hour);
+    entry.transactionID = std::to_string(firstIdentifier + hour);
+    entry.originalTransactionID = std::to_string(firstIdentifier);
   }
   receipt.assign(entries.begin(), entries.end());
 
   const int latest = static_cast<int>(size) - 1;
   const std::chrono::sys_seconds date = start + std::chrono::hours(latest);
-  transaction = {.transactionIdentifier = std::to_string(kFirstIdentifier + latest),
-                 .originalTransaction = PlainOriginalTransaction{std::to_string(kFirstIdentifier)},
+  transaction = {.transactionIdentifier = std::to_string(firstIdentifier + latest),
+                 .originalTransaction = PlainOriginalTransaction{std::to_string(firstIdentifier)},
                  .transactionDate = Instant(date)};
 }
 

@@ -16,7 +16,8 @@ enum class ReceiptOrder { kSorted, kReversed, kRandom };
 // A subscription with the records of its latest renewal. The receipt has `size` entries, one hour
 // apart. The first entry began the subscription.
 struct SamplePurchase {
-  // `seed` selects the order of a random receipt. The same seed gives the same order in every run.
+  // Another seed gives other identifiers, prices and dates, and another order to a random receipt.
+  // The same seed gives the same purchase in every run.
   explicit SamplePurchase(std::size_t size, ReceiptOrder order = ReceiptOrder::kSorted,
                           unsigned seed = 0);
   SamplePurchase(const SamplePurchase&) = delete;
