@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <new>
 #include <utility>
 
@@ -58,13 +59,6 @@ std::string_view withoutTrailingSpace(std::string_view text) {
   return text.substr(0, text.find_last_not_of(" \t\n\r") + 1);
 }
 
-// Returns whether `token` is an integer in JSON syntax, without a fraction or an exponent.
-bool isInteger(std::string_view token) {
-  if (token.starts_with('-')) token.remove_prefix(1);
-  if (token.empty() || (token.front() == '0' && token.size() > 1)) return false;
-  return std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 // Throws if `token`, whose type simdjson took from its first character, is not a number, true,
 // false or null after all.
 void checkToken(json::json_type type, std::string_view token) {
@@ -104,15 +98,25 @@ std::string pointerStep(std::string_view key) {
 
 // --- JsonValue ---
 
-std::string_view JsonValue::token() { return withoutTrailingSpace(value_.raw_json_token()); }
+std::string_view JsonValue::token() {
+  if (compact_ == nullptr) return withoutTrailingSpace(value_.raw_json_token());
+  if (token_.empty()) token_ = compact_->takeToken();
+  return token_;
+}
 
 std::string_view JsonValue::numberToken() {
   const std::string_view number = token();
-  if (!Decimal::isJsonNumber(number)) throw BrokenJson{simdjson::NUMBER_ERROR};
-  return number;
+  if (Decimal::isJsonNumber(number)) return number;
+  if (compact_ == nullptr) throw BrokenJson{simdjson::NUMBER_ERROR};
+  compact_->stop();
+  return "0";
 }
 
 void JsonValue::takeNull(const char* expected) {
+  if (compact_ != nullptr) {
+    if (token() != "null") compact_->stop();
+    return;
+  }
   const json::json_type found = valueOrFail(value_.type());
   checkToken(found, token());
   if (found != json::json_type::null) failAsWrongType(expected, found);
@@ -120,13 +124,18 @@ void JsonValue::takeNull(const char* expected) {
 }
 
 void JsonValue::takeNullForInteger(const char* expected) {
-  if (valueOrFail(value_.type()) == json::json_type::number) {
+  if (compact_ == nullptr && valueOrFail(value_.type()) == json::json_type::number) {
     fail(std::string("expected ") + expected + ", found " + excerpt(numberToken()));
   }
   takeNull(expected);
 }
 
 OptionalText JsonValue::readString(const char* expected) {
+  if (compact_ != nullptr) {
+    const OptionalText text = compact_->takeText();
+    if (!text.has_value()) takeNull(expected);
+    return text;
+  }
   // From the opening quote to the next token of the text.
   const std::string_view token = value_.raw_json_token();
   if (!token.starts_with('"')) {
@@ -147,39 +156,50 @@ OptionalText JsonValue::readText() {
 
 std::optional<bool> JsonValue::readBool() {
   if (isAbsent_) return std::nullopt;
-  bool boolean = false;
-  if (value_.get_bool().get(boolean) == simdjson::SUCCESS) return boolean;
+  const std::string_view word = token();
+  if (word == "true") return true;
+  if (word == "false") return false;
   takeNull("true or false");
   return std::nullopt;
 }
 
-std::optional<std::int64_t> JsonValue::readInt64() {
+template <typename Integer>
+std::optional<Integer> JsonValue::readInteger(const char* expected) {
   if (isAbsent_) return std::nullopt;
-  std::int64_t integer = 0;
-  if (value_.get_int64().get(integer) == simdjson::SUCCESS) return integer;
-  takeNullForInteger("an integer from -9223372036854775808 to 9223372036854775807");
+  const std::string_view number = token();
+  if (number == "-0") return 0;
+  const char* const end = number.data() + number.size();
+  Integer integer = 0;
+  const auto [stop, error] = std::from_chars(number.data(), end, integer);
+  if (isJsonInteger(number) && error == std::errc() && stop == end) return integer;
+  takeNullForInteger(expected);
   return std::nullopt;
 }
 
+std::optional<std::int64_t> JsonValue::readInt64() {
+  return readInteger<std::int64_t>("an integer from -9223372036854775808 to 9223372036854775807");
+}
+
 std::optional<std::uint64_t> JsonValue::readUint64() {
-  if (isAbsent_) return std::nullopt;
-  std::uint64_t integer = 0;
-  if (value_.get_uint64().get(integer) == simdjson::SUCCESS) return integer;
-  if (token() == "-0") return 0;
-  takeNullForInteger("an integer from 0 to 18446744073709551615");
-  return std::nullopt;
+  return readInteger<std::uint64_t>("an integer from 0 to 18446744073709551615");
 }
 
 OptionalText JsonValue::readIntegerDigits() {
   if (isAbsent_) return std::nullopt;
   const std::string_view number = token();
-  if (isInteger(number)) return number == "-0" ? "0" : number;
+  if (isJsonInteger(number)) return number == "-0" ? "0" : number;
   takeNullForInteger("an integer");
   return std::nullopt;
 }
 
 OptionalText JsonValue::readNumberOrText(const char* expected) {
   if (isAbsent_) return std::nullopt;
+  if (compact_ != nullptr) {
+    const OptionalText text = compact_->takeText();
+    if (text.has_value()) return text;
+    if (token() == "null") return std::nullopt;
+    return numberToken();
+  }
   if (valueOrFail(value_.type()) == json::json_type::number) return numberToken();
   return readString(expected);
 }

@@ -28,6 +28,7 @@
 #include <string>
 #include <string_view>
 
+#include "compact_json.h"
 #include "excerpt.h"
 #include "json_error.h"
 #include "qel/text.h"
@@ -71,6 +72,10 @@ class JsonValue {
   JsonValue(JsonSource& source, simdjson::ondemand::value value)
       : source_(source), value_(value), isAbsent_(false) {}
 
+  // The value that `compact` reads next.
+  JsonValue(JsonSource& source, CompactJson& compact)
+      : source_(source), compact_(&compact), isAbsent_(false) {}
+
   bool isAbsent() const { return isAbsent_; }
 
   // Return std::nullopt for null and for an absent value.
@@ -113,11 +118,23 @@ class JsonValue {
   // The same, with the digits of a number that is not the expected one.
   void takeNullForInteger(const char* expected);
 
+  template <typename Integer>
+  std::optional<Integer> readInteger(const char* expected);
+
   bool openObject(simdjson::ondemand::object& object);
   bool openArray(simdjson::ondemand::array& array);
 
+  template <typename Record, std::size_t kCount>
+  bool readCompactObject(const JsonField<Record> (&fields)[kCount], Record& record);
+  template <typename Record, std::size_t kCount, typename RecordAt>
+  void readCompactObjects(const JsonField<Record> (&fields)[kCount], const RecordAt& recordAt);
+
   JsonSource& source_;
   simdjson::ondemand::value value_;
+  // Reads the value instead of simdjson if it is not null.
+  CompactJson* compact_ = nullptr;
+  // What was taken from `compact_`; empty if nothing was.
+  std::string_view token_;
   bool isAbsent_ = true;
 };
 
@@ -179,6 +196,11 @@ class JsonReader {
   void read(std::string_view text, const JsonField<Record> (&fields)[kCount], Record& record);
 
  private:
+  // Returns false if the text has another form, or is wrong. Then the record is in disorder.
+  template <typename Record, std::size_t kCount>
+  bool readCompact(std::string_view text, const JsonField<Record> (&fields)[kCount],
+                   Record& record);
+
   simdjson::ondemand::object open(std::string_view text);
   void close();
   [[noreturn]] void failAsBroken(const BrokenJson& broken) const;
@@ -253,7 +275,43 @@ void readMembers(JsonSource& source, simdjson::ondemand::object& object,
 }  // namespace json_reader_internal
 
 template <typename Record, std::size_t kCount>
+bool JsonValue::readCompactObject(const JsonField<Record> (&fields)[kCount], Record& record) {
+  if (!compact_->take('{')) {
+    takeNull("an object");
+    return false;
+  }
+  JsonValue absent(source_);
+  bool isFirst = true;
+  for (const JsonField<Record>& field : fields) {
+    if (compact_->takeKey(field.key, isFirst)) {
+      isFirst = false;
+      JsonValue value(source_, *compact_);
+      field.read(value, record);
+    } else {
+      field.read(absent, record);
+    }
+  }
+  // Also stops at a key that is unknown, or out of order.
+  if (!compact_->take('}')) compact_->stop();
+  return true;
+}
+
+template <typename Record, std::size_t kCount, typename RecordAt>
+void JsonValue::readCompactObjects(const JsonField<Record> (&fields)[kCount],
+                                   const RecordAt& recordAt) {
+  if (!compact_->take('[')) return takeNull("an array");
+  bool isMore = !compact_->take(']');
+  for (std::size_t index = 0; isMore; ++index) {
+    if (!readCompactObject(fields, recordAt(index))) compact_->stop();
+    isMore = compact_->take(',');
+    if (isMore) compact_->take(' ');
+    if (!isMore && !compact_->take(']')) compact_->stop();
+  }
+}
+
+template <typename Record, std::size_t kCount>
 bool JsonValue::readObject(const JsonField<Record> (&fields)[kCount], Record& record) {
+  if (compact_ != nullptr) return readCompactObject(fields, record);
   simdjson::ondemand::object object;
   if (!openObject(object)) return false;
   json_reader_internal::readMembers(source_, object, fields, record);
@@ -269,6 +327,7 @@ void JsonValue::readObject(const JsonField<Record> (&fields)[kCount],
 
 template <typename Record, std::size_t kCount, typename RecordAt>
 void JsonValue::readObjects(const JsonField<Record> (&fields)[kCount], const RecordAt& recordAt) {
+  if (compact_ != nullptr) return readCompactObjects(fields, recordAt);
   simdjson::ondemand::array array;
   if (!openArray(array)) return;
   std::size_t index = 0;
@@ -284,8 +343,21 @@ void JsonValue::readObjects(const JsonField<Record> (&fields)[kCount], const Rec
 }
 
 template <typename Record, std::size_t kCount>
+bool JsonReader::readCompact(std::string_view text, const JsonField<Record> (&fields)[kCount],
+                             Record& record) {
+  try {
+    CompactJson compact(text);
+    return JsonValue(source_, compact).readObject(fields, record) && compact.isAtEnd();
+  } catch (const JsonError&) {
+    // The general reader finds the error again, and where it is.
+    return false;
+  }
+}
+
+template <typename Record, std::size_t kCount>
 void JsonReader::read(std::string_view text, const JsonField<Record> (&fields)[kCount],
                       Record& record) {
+  if (readCompact(text, fields, record)) return;
   try {
     simdjson::ondemand::object object = open(text);
     json_reader_internal::readMembers(source_, object, fields, record);

@@ -148,6 +148,12 @@ void takeNotPlain(std::string_view& text, UnpairedSurrogates surrogates, TextBuf
 
 }  // namespace
 
+bool isJsonInteger(std::string_view token) {
+  if (token.starts_with('-')) token.remove_prefix(1);
+  if (token.empty() || (token.front() == '0' && token.size() > 1)) return false;
+  return std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
 std::optional<std::string_view> rawJsonString(std::string_view text) {
   std::size_t end = text.find_first_of("\"\\");
   while (end != std::string_view::npos && text[end] == '\\') {

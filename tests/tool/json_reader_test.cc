@@ -101,6 +101,59 @@ TEST_F(JsonReaderTest, ReadsKeysInAnyOrderAndWithEscapes) {
   EXPECT_EQ(drawing_.origin->name, "o");
 }
 
+TEST_F(JsonReaderTest, ReadsAlikeHoweverTheTextIsWritten) {
+  const std::vector<std::string> texts = {
+      R"({"origin":{"x":-5,"a/b~c":"o"},"points":[{},{"x":7},{"a/b~c":null}]})",
+      R"({"origin": {"x": -5, "a/b~c": "o"}, "points": [{}, {"x": 7}, {"a/b~c": null}]})",
+      R"( { "origin" : { "x" : -5 , "a/b~c" : "o" } , "points" : [ { } , { "x" : 7 } , { "a/b~c" : null } ] } )",
+      R"({"points":[{},{"x":7},{"a/b~c":null}],"origin":{"a/b~c":"o","x":-5}})",
+      R"({"origin":{"x":-5,"a\/b~c":"\u006f"},"points":[{},{"x":7},{"a/b~c":null}]})",
+      "{\"origin\":{\"x\":-5,\"a/b~c\":\"o\"},\"points\":[{},{\"x\":7},{\"a/b~c\":null}]}\r"};
+  for (const std::string& text : texts) {
+    // Broken, and read in part: nothing of it may be left.
+    EXPECT_NE(errorOf(R"({"origin":{"x":1,"a/b~c":"left"},"points":[{"x":2}]})"
+                      "}"),
+              "(no error)");
+    read(text);
+    ASSERT_TRUE(drawing_.origin.has_value()) << text;
+    EXPECT_EQ(drawing_.origin->x, -5) << text;
+    EXPECT_EQ(drawing_.origin->name, "o") << text;
+    ASSERT_EQ(drawing_.points.size(), 3U) << text;
+    EXPECT_FALSE(drawing_.points[0].x.has_value()) << text;
+    EXPECT_EQ(drawing_.points[0].name, "absent") << text;
+    EXPECT_EQ(drawing_.points[1].x, 7) << text;
+    EXPECT_EQ(drawing_.points[2].name, "null") << text;
+  }
+}
+
+TEST_F(JsonReaderTest, RejectsWhatIsNearlyCompact) {
+  for (const char* const text : {R"({"origin":{"x":1},})",
+                                 R"({"origin":{"x":1})",
+                                 R"({"origin":{"x":1}}})",
+                                 R"({"origin":{"x":1,}})",
+                                 R"({"origin":{"x":1 2}})",
+                                 R"({"origin":{"x":01}})",
+                                 R"({"origin":{"x":+1}})",
+                                 R"({"origin":{"x":}})",
+                                 R"({"origin":{"x":1"a/b~c":"o"}})",
+                                 R"({"origin":{"a/b~c":"o"x}})",
+                                 R"({"origin":{"a/b~c":"o}})",
+                                 R"({"origin":{"a/b~c":nul}})",
+                                 R"({"points":[{},]})",
+                                 R"({"points":[{}{}]})",
+                                 R"({"points":[{}})",
+                                 R"({"points":[{}]]})",
+                                 R"({,"points":[]})",
+                                 R"({"origin":{} "points":[]})",
+                                 R"({"points":[]} {})",
+                                 "{",
+                                 "{}x",
+                                 R"({"origin":{"x":9223372036854775808}})",
+                                 R"({"origin":{"x":1.0}})"}) {
+    EXPECT_NE(errorOf(text), "(no error)") << text;
+  }
+}
+
 TEST_F(JsonReaderTest, PointsToTheValueOfAnError) {
   EXPECT_EQ(errorOf(R"({"origin":{"a/b~c":1}})"),
             "/origin/a~1b~0c expected a string, found a number");

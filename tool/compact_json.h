@@ -1,0 +1,91 @@
+// A quick reader for JSON as programs write it: keys in the order of their table, no escapes, and
+// no space but one after a colon or a comma. It reports no errors: a text that it does not read to
+// its end has another form, or is wrong, and belongs to the general reader.
+
+#ifndef QEL_TOOL_COMPACT_JSON_H_
+#define QEL_TOOL_COMPACT_JSON_H_
+
+#include <simdjson.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "qel/text.h"
+
+namespace qel::tool {
+
+// Stops where the text has another form, and takes nothing from then on. Inline, because a line has
+// about a hundred steps of a few instructions each.
+class CompactJson {
+ public:
+  explicit CompactJson(std::string_view text)
+      : position_(text.data()), end_(text.data() + text.size()) {
+    if (text.ends_with('\r')) --end_;
+    if (!hasPlainStrings({position_, end_})) stop();
+  }
+
+  // Returns whether the whole text was taken.
+  bool isAtEnd() const { return position_ == end_ && position_ != nullptr; }
+
+  void stop() { position_ = end_ = nullptr; }
+
+  // Takes the next character if it is `character`, and returns whether it was.
+  bool take(char character) {
+    if (position_ == end_ || *position_ != character) return false;
+    ++position_;
+    return true;
+  }
+
+  // Takes the key of the next member, up to its value, if it is `key`. Returns whether it was.
+  bool takeKey(std::string_view key, bool isFirstMember) {
+    const char* start = position_;
+    // At most a comma, a space, two quotation marks, a colon and a space, and then a value.
+    if (end_ - start < static_cast<std::ptrdiff_t>(key.size() + 7)) return false;
+    if (!isFirstMember && *start++ != ',') return false;
+    if (!isFirstMember && *start == ' ') ++start;
+    if (*start++ != '"' || std::memcmp(start, key.data(), key.size()) != 0) return false;
+    start += key.size();
+    if (*start++ != '"' || *start++ != ':') return false;
+    position_ = start + (*start == ' ' ? 1 : 0);
+    return true;
+  }
+
+  // Takes the string that comes next, if there is one.
+  OptionalText takeText() {
+    if (!take('"')) return std::nullopt;
+    const std::string_view rest(position_, end_);
+    const std::size_t size = rest.find('"');
+    if (size == std::string_view::npos) return std::nullopt;
+    position_ += size + 1;
+    return rest.substr(0, size);
+  }
+
+  // Takes what comes before the next comma or bracket: a number, true, false or null.
+  std::string_view takeToken() {
+    const char* const start = position_;
+    const auto isEnd = [](char c) { return c == ',' || c == '}' || c == ']'; };
+    position_ = std::find_if(start, end_, isEnd);
+    return {start, position_};
+  }
+
+ private:
+  // Returns whether every string in the text is valid and ends at the next quotation mark. Reads
+  // each byte without a branch, so that the compiler can vectorize the loop.
+  static bool hasPlainStrings(std::string_view text) {
+    unsigned char others = 0;
+    for (const char character : text) {
+      const auto byte = static_cast<unsigned char>(character);
+      others |= static_cast<unsigned char>((byte < 0x20) | (byte == '\\'));
+    }
+    return others == 0 && simdjson::validate_utf8(text);
+  }
+
+  const char* position_;
+  const char* end_;
+};
+
+}  // namespace qel::tool
+
+#endif  // QEL_TOOL_COMPACT_JSON_H_
