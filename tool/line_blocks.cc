@@ -17,7 +17,9 @@ constexpr std::size_t kReadSize = std::size_t{256} * 1024;
 // Bytes of memory that a block keeps at most when it is reused.
 constexpr std::size_t kKeptSize = 4 * kReadSize;
 
-void split(std::string_view text, std::vector<std::string_view>& lines) {
+}  // namespace
+
+void splitLines(std::string_view text, std::vector<std::string_view>& lines) {
   lines.clear();
   while (!text.empty()) {
     const std::size_t size = std::min(text.find('\n'), text.size());
@@ -25,8 +27,6 @@ void split(std::string_view text, std::vector<std::string_view>& lines) {
     text.remove_prefix(std::min(size + 1, text.size()));
   }
 }
-
-}  // namespace
 
 std::size_t LineBlockReader::readMore(LineBlock& block, std::size_t size) {
   const std::size_t needed = size + kReadSize + JsonReader::kPadding;
@@ -93,7 +93,7 @@ bool LineBlockReader::next(LineBlock& block) {
   if (size == 0) return false;
   isSkipping_ = block.isCut;
   isAtStart_ = false;
-  split({block.memory.data(), size}, block.lines);
+  splitLines({block.memory.data(), size}, block.lines);
   block.firstLineNumber = nextLineNumber_;
   nextLineNumber_ += block.lines.size();
   return true;

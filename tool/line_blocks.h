@@ -28,6 +28,9 @@ struct LineBlock {
   std::uint64_t firstLineNumber = 1;
 };
 
+// Replaces `lines` by the lines of `text`, without their newlines.
+void splitLines(std::string_view text, std::vector<std::string_view>& lines);
+
 // Reads an input block by block. Uses memory in proportion to the longest line.
 class LineBlockReader {
  public:

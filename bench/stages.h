@@ -1,0 +1,17 @@
+// What a line costs in each stage of `qel-purchase events`.
+
+#ifndef QEL_BENCH_STAGES_H_
+#define QEL_BENCH_STAGES_H_
+
+#include <string>
+
+namespace qel::bench {
+
+// Measures the stages on the lines of the file `path`, in memory and on one thread, beside the
+// least that a line can cost: simdjson going over its values, its event alone, and a copy of its
+// output. Prints a table. Returns the exit status of the program.
+int measureStages(const std::string& path);
+
+}  // namespace qel::bench
+
+#endif  // QEL_BENCH_STAGES_H_
