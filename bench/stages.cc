@@ -9,16 +9,20 @@
 #include <cstddef>
 #include <cstdio>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "diagnostics_collector.h"
+#include "input_file.h"
 #include "json_values.h"
 #include "line_blocks.h"
+#include "output_file.h"
 #include "purchase_reader.h"
 #include "result_writer.h"
 
@@ -75,6 +79,7 @@ class Lines {
       if (last >= kRead) takeLines(last);
       count_ += lines_.size();
       outputSize_ += output_.size();
+      if (output_.size() > longest_.size()) std::swap(output_, longest_);
     }
     const Seconds time = std::chrono::steady_clock::now() - start;
     QELMeasurement::setMonitor(nullptr);
@@ -115,23 +120,33 @@ class Lines {
     return time;
   }
 
-  // Returns the time in which the output is copied, once timeUpTo(kWrite) has made it. A block of
-  // output stands for all.
+  // The longest output of a block stands for all. timeUpTo(kWrite) makes it.
+
+  // Returns the time in which the output is copied.
   Seconds timeOfCopies() {
-    std::vector<char> copy(output_.size());
-    const auto start = std::chrono::steady_clock::now();
-    for (std::size_t copied = 0; copied < outputSize_; copied += copy.size()) {
-      const std::string_view text = output_.text();
+    std::vector<char> copy(longest_.size());
+    return timeOfOutput([&copy](std::string_view text) {
       std::copy(text.begin(), text.end(), copy.begin());
       benchmark::DoNotOptimize(copy.data());
       benchmark::ClobberMemory();
-    }
-    return std::chrono::steady_clock::now() - start;
+    });
+  }
+
+  // Returns the time in which the output is written to a file beside `path`, which is removed.
+  Seconds timeOfWriting(const std::string& path) {
+    tool::OutputFile output(path + ".results", {});
+    return timeOfOutput([&output](std::string_view text) { output.write(text); });
   }
 
   std::size_t count() const { return count_; }
 
  private:
+  Seconds timeOfOutput(auto take) {
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t size = 0; size < outputSize_; size += longest_.size()) take(longest_.text());
+    return std::chrono::steady_clock::now() - start;
+  }
+
   void takeLines(Stage last) {
     for (const std::string_view line : lines_) {
       const tool::Purchase& purchase = reader_.read(line);
@@ -149,19 +164,32 @@ class Lines {
   tool::PurchaseReader reader_ = tool::PurchaseReader(tool::UnknownKeys::kAreErrors);
   std::vector<std::string_view> lines_;
   tool::TextBuffer diagnostics_;
-  // Of one block.
+  // The output of one block.
   tool::TextBuffer output_;
+  tool::TextBuffer longest_;
   std::size_t count_ = 0;
   std::size_t outputSize_ = 0;
 };
 
-void printTimes(std::string_view text) {
+// Returns the time in which the command reads the blocks of a file.
+Seconds timeOfReading(const std::string& path) {
+  const auto start = std::chrono::steady_clock::now();
+  tool::InputFile input(path);
+  tool::LineBlockReader reader(input, 1, std::numeric_limits<std::size_t>::max());
+  tool::LineBlock block;
+  while (reader.next(block)) benchmark::DoNotOptimize(block.lines.data());
+  return std::chrono::steady_clock::now() - start;
+}
+
+void printTimes(const std::string& path, std::string_view text) {
   Lines lines(text);
   std::array<Seconds, kStages> upTo;
   upTo.fill(Seconds::max());
   Seconds values = Seconds::max();
   Seconds events = Seconds::max();
   Seconds copies = Seconds::max();
+  Seconds reading = Seconds::max();
+  Seconds writing = Seconds::max();
   for (int round = 0; round < kRounds; ++round) {
     for (std::size_t stage = 0; stage < kStages; ++stage) {
       upTo[stage] = std::min(upTo[stage], lines.timeUpTo(static_cast<Stage>(stage)));
@@ -169,6 +197,8 @@ void printTimes(std::string_view text) {
     copies = std::min(copies, lines.timeOfCopies());
     values = std::min(values, lines.timeOfJsonValues());
     events = std::min(events, lines.timeOfEvents());
+    reading = std::min(reading, timeOfReading(path));
+    writing = std::min(writing, lines.timeOfWriting(path));
   }
 
   const auto count = static_cast<double>(lines.count());
@@ -184,7 +214,9 @@ void printTimes(std::string_view text) {
   print("simdjson over all values", values);
   print("event alone", events);
   print("copy of the output", copies);
-  std::printf("  %-27s %7.2f\n", "whole line / these three",
+  print("serial: read and split", reading);
+  print("serial: write", writing);
+  std::printf("A whole line takes %.2f times as long as the values, the event and the copy.\n",
               upTo.back() / (values + events + copies));
 }
 
@@ -194,7 +226,7 @@ int measureStages(const std::string& path) {
   try {
     const simdjson::padded_string text = simdjson::padded_string::load(path);
     if (text.size() == 0) throw std::runtime_error("expected purchases, found an empty file");
-    printTimes(text);
+    printTimes(path, text);
     return 0;
   } catch (const tool::JsonError& error) {
     std::fprintf(stderr, "qel-bench: %s: %s\n", path.c_str(), error.message.c_str());

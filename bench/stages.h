@@ -9,7 +9,9 @@ namespace qel::bench {
 
 // Measures the stages on the lines of the file `path`, in memory and on one thread, beside the
 // least that a line can cost: simdjson going over its values, its event alone, and a copy of its
-// output. Prints a table. Returns the exit status of the program.
+// output. Measures also what only one thread of the command does at a time: reading blocks of the
+// file and splitting them, and writing results. Prints a table. Returns the exit status of the
+// program.
 int measureStages(const std::string& path);
 
 }  // namespace qel::bench

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -94,11 +97,12 @@ TEST(ReceiptPayloadTest, MissingAndEmptyAttributesAreAbsent) {
   const std::vector<std::int64_t> types = {1701, 1702, 1703, 1704, 1705, 1706,
                                            1707, 1708, 1711, 1712, 1713, 1719};
   std::vector<std::string> noOctets;
-  for (const std::int64_t type : types) noOctets.push_back(attribute(type, ""));
+  std::transform(types.begin(), types.end(), std::back_inserter(noOctets),
+                 [](std::int64_t type) { return attribute(type, ""); });
+  const std::vector<std::int64_t> textTypes = {1702, 1703, 1704, 1705, 1706, 1708, 1712};
   std::vector<std::string> noText;
-  for (const std::int64_t type : {1702, 1703, 1704, 1705, 1706, 1708, 1712}) {
-    noText.push_back(attribute(type, ia5Element("")));
-  }
+  std::transform(textTypes.begin(), textTypes.end(), std::back_inserter(noText),
+                 [](std::int64_t type) { return attribute(type, ia5Element("")); });
   for (const std::vector<std::string>& attributes :
        {std::vector<std::string>(), noOctets, noText}) {
     const AppReceipt receipt = readPayload(attributeSet({entryAttribute(attributes)}));
