@@ -82,16 +82,23 @@ TEST(ExplanationTest, NoEventNamesTheMissingInput) {
   EXPECT_EQ(noCurrency.sentence(),
             "No event: the product has no currency. Otherwise it would be: Conversion");
   EXPECT_THAT(noCurrency->keys, IsEmpty());
+  EXPECT_THAT(textsOf(noCurrency->decisions.back().facts),
+              ElementsAre("The locale of the product's price has no currency code, so there is no "
+                          "currency."));
 
   const Explained several(
       replaced(replaced(kConversion, R"("price":"4.99",)", ""), R"("currencyCode":"EUR")", ""));
   EXPECT_EQ(several.sentence(),
             "No event: the product has no currency and the product has no price. Otherwise it "
             "would be: Conversion");
+  EXPECT_THAT(textsOf(several->decisions.back().facts),
+              Contains("The product has no price, so there is no price and no value."));
 
   const Explained noQuantity(replaced(kConversion, R"("quantity":1)", R"("quantity":0)"));
   EXPECT_EQ(noQuantity.sentence(),
             "No event: the quantity is 0. Otherwise it would be: Conversion");
+  EXPECT_THAT(textsOf(noQuantity->decisions.back().facts),
+              ElementsAre("The payment's quantity is 0, so there is no value."));
 }
 
 TEST(ExplanationTest, NoEventNamesOnlyInputsThatItNeeds) {
