@@ -27,7 +27,9 @@ std::vector<std::string> namesOf(const CLI::Option& option) {
 // A flag has no type.
 bool hasValue(const CLI::Option& option) { return !option.get_type_name().empty(); }
 
-bool isFile(const CLI::Option& option) { return option.get_type_name() == "FILE"; }
+bool isFile(const CLI::Option& option) {
+  return option.get_type_name() == "FILE" || option.get_type_name() == "PAGE";
+}
 
 // Returns the possible values, separated by spaces. Empty if they are not known.
 std::string valuesOf(const CLI::Option& option) {

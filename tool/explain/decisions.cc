@@ -140,6 +140,22 @@ Prose offerPriceFact(const PurchaseFacts& facts) {
                " and a price.");
 }
 
+Prose missingFact(MissingInput input, const PurchaseFacts& facts) {
+  switch (input) {
+    case MissingInput::kCurrency:
+      return Prose(
+          "The locale of the product's price has no currency code, so there is no currency.");
+    case MissingInput::kPrice:
+      return Prose("The product has no price, so there is no price and no value.");
+    case MissingInput::kQuantity:
+      break;
+  }
+  return Prose(
+      facts.purchase.transaction->quantity.has_value()
+          ? "The payment's quantity is 0, so there is no value."
+          : "The transaction has no payment, which counts as quantity 0, so there is no value.");
+}
+
 std::vector<Prose> factsOfCode(DiagnosticCode code, const PurchaseFacts& facts) {
   std::vector<Prose> texts;
   switch (code) {
@@ -239,6 +255,9 @@ std::vector<Decision> decisionsOf(const PurchaseFacts& facts) {
   }
   if (!facts.missing.empty()) {
     decisions.push_back({0, "An event needs price, value, currency and product_id.", {}});
+    for (const MissingInput input : facts.missing) {
+      decisions.back().facts.push_back(missingFact(input, facts));
+    }
   }
   return decisions;
 }

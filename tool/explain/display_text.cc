@@ -164,12 +164,20 @@ std::size_t columnsOf(const std::vector<Cluster>& clusters) {
   return columns;
 }
 
+// What is this far from both ends is not shown, so a text of any size takes the same time.
+std::size_t mostBytesOf(std::size_t mostColumns) {
+  constexpr std::size_t kBytesPerColumn = 24;
+  return kBytesPerColumn * (mostColumns + 1);
+}
+
 }  // namespace
 
+bool isLongerThan(std::string_view text, std::size_t mostColumns) {
+  return text.size() > 2 * mostBytesOf(mostColumns) || columnsOf(clustersOf(text)) > mostColumns;
+}
+
 std::string displayText(std::string_view text, std::size_t mostColumns) {
-  // What is far from both ends is not shown, so a text of any size takes the same time.
-  constexpr std::size_t kBytesPerColumn = 24;
-  const std::size_t mostBytes = kBytesPerColumn * (mostColumns + 1);
+  const std::size_t mostBytes = mostBytesOf(mostColumns);
   const bool isLong = text.size() > 2 * mostBytes;
   const std::vector<Cluster> head = clustersOf(isLong ? text.substr(0, mostBytes) : text);
   std::string result;

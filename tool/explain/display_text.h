@@ -19,6 +19,9 @@ namespace qel::tool {
 // added if it is unusual: "abc…xyz (100000 bytes)".
 std::string displayText(std::string_view text, std::size_t mostColumns);
 
+// Returns whether displayText() leaves something of `text` out at this number of columns.
+bool isLongerThan(std::string_view text, std::size_t mostColumns);
+
 // Returns the number of columns that a terminal needs for a text that displayText returned: 2 for a
 // wide character, 0 for an accent that combines with the character before it.
 std::size_t columnsOf(std::string_view text);

@@ -72,7 +72,7 @@ Prose nameOf(const QELInAppPurchaseItem& item) {
   const std::optional<Instant> date = item.purchaseDateIA5String.has_value()
                                           ? parseRfc3339(*item.purchaseDateIA5String)
                                           : std::nullopt;
-  if (!date.has_value()) return Prose("without an identifier and a date");
+  if (!date.has_value()) return Prose("without an identifier or a readable date");
   return Prose("without an identifier, of ", dateText(*date));
 }
 

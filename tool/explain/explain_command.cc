@@ -14,11 +14,12 @@ constexpr const char* kFooter =
     R"(Says why a purchase came out as it did: the outcome, the receipt's entries on a
 timeline, each decision with its facts, and where each value of the event comes
 from. FILE is JSON Lines, as for qel-purchase events. If it has several purchases
-and none is selected, the command lists them with their outcomes.
+and neither --id nor --line is given, the command lists them with their outcomes.
 
 Exit status: 0 all lines were read, 1 some were rejected, 2 wrong usage, a file that
-cannot be read or written, or nothing is selected. After an interrupt 130, after
-SIGTERM 143, after SIGHUP 129: nothing more is written.
+cannot be read or written, no purchase with the id, no such line, or a page without
+a purchase. After an interrupt 130, after SIGTERM 143, after SIGHUP 129: nothing more
+is written.
 
 Examples:
 
@@ -37,8 +38,8 @@ Subcommand addExplain(CLI::App& app) {
                     "Ignore unknown keys instead of rejecting them");
   explain
       ->add_option("--html", options->html,
-                   "Write a page to FILE instead of text;\n- is standard output")
-      ->type_name("FILE");
+                   "Write an HTML page to PAGE instead of text;\n- is standard output")
+      ->type_name("PAGE");
   CLI::Option* const id =
       explain->add_option("--id", options->id, "Explain the purchases with this id")
           ->type_name("ID");

@@ -1,6 +1,5 @@
 #include "explain/explanation.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "explain/entry_text.h"
@@ -18,17 +17,14 @@ TimelineEntry timelineEntry(const QELInAppPurchaseItem& item) {
 
 // Sets the role of an entry of the product.
 void setRole(const PurchaseFacts& facts, TimelineEntry& entry) {
-  const auto isAtDate = [&facts](const QELInAppPurchaseItem& item) {
-    return std::any_of(facts.atDate.begin(), facts.atDate.end(),
-                       [&item](const QELInAppPurchaseItem& other) { return &other == &item; });
-  };
   const bool isLater =
       facts.isMarked(ParameterKey::kSubConvert) || facts.isMarked(ParameterKey::kSubRenew);
   if (&entry.item == facts.reported) {
     entry.role = Role::kReported;
     entry.note = Prose(facts.isFoundByDate ? "reported: it is at the transaction's date"
                                            : "reported: the only entry of the product");
-  } else if (facts.hasCode(DiagnosticCode::kDuplicateTransactionDate) && isAtDate(entry.item)) {
+  } else if (facts.hasCode(DiagnosticCode::kDuplicateTransactionDate) && entry.date.has_value() &&
+             entry.date == facts.transactionDate()) {
     entry.role = Role::kDuplicate;
     entry.note = Prose("at the transaction's date, like ",
                        counted(facts.atDate.size() - 1, "other entry", "other entries"));
@@ -62,19 +58,29 @@ bool isAtFullPrice(const PurchaseFacts& facts) {
 
 Prose priceAndQuantityText(const PurchaseFacts& facts) {
   const Purchase& purchase = facts.purchase;
-  Prose text;
-  if (purchase.transaction.has_value() && purchase.transaction->quantity.has_value()) {
-    text.append(*purchase.transaction->quantity);
-    text.append(" x ");
-  }
+  const std::optional<std::int64_t> quantity =
+      purchase.transaction.has_value() ? purchase.transaction->quantity : std::nullopt;
   if (!purchase.product.has_value() || !purchase.product->price.has_value()) {
-    text.append("no price");
-    return text;
+    return quantity.has_value() ? Prose("no price, quantity ", *quantity) : Prose("no price");
   }
+  Prose text;
+  if (quantity.has_value()) text.append(Prose(*quantity, " x "));
   const OptionalText currency = facts.currency();
   text.append(std::string_view(priceText(*purchase.product->price, currency.value_or(""))));
   if (!isEmpty(currency)) text.append(Prose(" ", InputText{currency}));
   return text;
+}
+
+std::string receiptSizeText(const PurchaseFacts& facts) {
+  const std::string size = counted(facts.purchase.receipt.size(), "entry", "entries");
+  if (isEmpty(facts.productIdentifier())) return size;
+  return size + ", " + std::to_string(facts.ofProduct.size()) + " of this product";
+}
+
+std::string_view transactionDateText(const PurchaseFacts& facts) {
+  return facts.isDateCompared() || facts.hasCode(DiagnosticCode::kMissingInReceipt)
+             ? "the transaction's date; no entry has it"
+             : "the transaction's date; it is not compared";
 }
 
 Explanation explain(const Purchase& purchase) {

@@ -125,6 +125,12 @@ std::vector<Prose> surprisesOf(const PurchaseFacts& facts);
 // Returns "1 x 4.99 EUR" of the product and the payment, as the purchase has them.
 Prose priceAndQuantityText(const PurchaseFacts& facts);
 
+// Returns "3 entries, 2 of this product".
+std::string receiptSizeText(const PurchaseFacts& facts);
+
+// Returns what to say beside the transaction's date in a list of entries without one at this date.
+std::string_view transactionDateText(const PurchaseFacts& facts);
+
 // Returns whether the event is of an introductory offer whose price cannot be read.
 bool isAtFullPrice(const PurchaseFacts& facts);
 

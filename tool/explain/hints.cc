@@ -6,7 +6,9 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <deque>
 #include <memory>
+#include <utility>
 
 #include "explain/entry_text.h"
 #include "explain/explanation.h"
@@ -147,6 +149,45 @@ void hintOnWebOrderLineItem(const PurchaseFacts& facts, std::vector<Prose>& hint
   }
 }
 
+// Returns the outcome of the purchase if the entries of its product that have no type had type 3.
+Outcome outcomeWithTypes(const PurchaseFacts& facts) {
+  constexpr std::int64_t kAutoRenewable = 3;
+  Purchase purchase = facts.purchase;
+  std::deque<QELInAppPurchaseItem> items;
+  for (QELInAppPurchaseItems::reference entry : purchase.receipt) {
+    const QELInAppPurchaseItem& item = entry;
+    if (item.purchaseType.has_value() || !isEqual(item.productID, facts.productIdentifier())) {
+      continue;
+    }
+    items.push_back(item);
+    items.back().purchaseType = kAutoRenewable;
+    entry = items.back();
+  }
+  return outcomeOf(factsOf(purchase));
+}
+
+// The type of the latest entry decides, so its loss matters most.
+void hintOnLostType(const PurchaseFacts& facts, std::vector<Prose>& hints) {
+  if (facts.ofProduct.empty()) return;
+  const QELInAppPurchaseItem& latest = facts.ofProduct.back();
+  const bool hasLostType = !latest.purchaseType.has_value() &&
+                           !isEmpty(latest.webOrderLineItemID) &&
+                           !isEqual(latest.webOrderLineItemID, "0");
+  if (!hasLostType) return;
+  Prose text(
+      "Entry ", nameOf(latest), " has the web order line item ",
+      InputText{latest.webOrderLineItemID},
+      ", but no purchase type. It is probably of an auto-renewable subscription and has lost "
+      "its type: the JSON of the store's validation service has none. Without a type it "
+      "counts as a non-consumable, and a later transaction of the subscription as its restore "
+      "(40005, invalid). Set purchaseType to 3 where the entries are made.");
+  const Outcome outcome = outcomeWithTypes(facts);
+  if (outcome != outcomeOf(facts)) {
+    text.append(Prose(" The outcome here would then be: ", nameOf(outcome), "."));
+  }
+  hints.push_back(std::move(text));
+}
+
 // The transaction's own identifier at another date is the surest sign of a wrong date.
 void hintOnIdentifier(const PurchaseFacts& facts, std::vector<Prose>& hints) {
   const OptionalText identifier = facts.transactionIdentifier();
@@ -177,7 +218,8 @@ void hintOnPrice(const PurchaseFacts& facts, std::vector<Prose>& hints) {
   const double price = facts.purchase.product->price->doubleValue();
   if (std::isnan(price)) {
     hints.emplace_back(
-        "The product's price is not a number, so its amounts are the least integer.");
+        "The product's price is not a number. Its amounts are the least integer of 64 bits, which "
+        "stands for no amount.");
     return;
   }
   if (isEmpty(currency)) return;
@@ -206,9 +248,10 @@ void hintOnAmounts(const PurchaseFacts& facts, std::vector<Prose>& hints) {
   for (const ParameterKey key : {ParameterKey::kPrice, ParameterKey::kValue}) {
     const QELValuePtr& value = facts.event->find(key);
     if (value == nullptr || isAmount(value->int64Value())) continue;
-    hints.emplace_back("The amount under ", textOf(key),
-                       " is too large for 64 bits of micros, or not a number, so it is the least "
-                       "integer.");
+    hints.emplace_back(
+        "The amount under ", textOf(key),
+        " is too large for 64 bits of micros, or not a number. It is the least integer, "
+        "which stands for no amount.");
     return;
   }
 }
@@ -222,6 +265,7 @@ std::vector<Prose> hintsOf(const PurchaseFacts& facts) {
   hintOnDate(facts, hints);
   hintOnUnreadableDates(facts, hints);
   hintOnWebOrderLineItem(facts, hints);
+  hintOnLostType(facts, hints);
   hintOnPrice(facts, hints);
   hintOnAmounts(facts, hints);
   return hints;

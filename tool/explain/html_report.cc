@@ -42,7 +42,7 @@ std::string badge(std::size_t kind) {
 // Returns the outcome as a sentence that begins with its badge.
 std::string outcomeHtml(const Explanation& explanation) {
   std::string sentence = htmlOf(explanation.sentence);
-  if (sentence.starts_with(": ")) sentence.erase(0, 2);
+  if (sentence.starts_with(": ") || sentence.starts_with(", ")) sentence.erase(0, 2);
   return badge(static_cast<std::size_t>(explanation.outcome)) + " " + sentence;
 }
 
@@ -91,14 +91,17 @@ std::string headOf(const Explanation& explanation, std::uint64_t lineNumber) {
   return out + term("Line of the input", std::to_string(lineNumber)) + "</dl>";
 }
 
-std::string legend() {
+std::string legend(const Explanation& explanation) {
+  const bool hasDuplicates = explanation.facts.hasCode(DiagnosticCode::kDuplicateTransactionDate);
   const auto entry = [](std::string_view shape, std::string_view text) {
     return R"(<li><svg width="24" height="24" aria-hidden="true"><use href="#m-)" +
            std::string(shape) + R"(" x="12" y="12"/></svg>)" + std::string(text) + "</li>";
   };
   return "<ul class=\"legend\">" + entry("paid", "paid") + entry("trial", "free trial") +
          entry("offer", "introductory offer") + entry("unread", "date cannot be read") +
-         entry("ring", "reported") + "</ul>";
+         (hasDuplicates ? entry("bad", "one of several at the transaction's date")
+                        : entry("ring", "reported")) +
+         "</ul>";
 }
 
 std::string rowOfEntry(const TimelineEntry& entry) {
@@ -125,9 +128,8 @@ std::string receiptOf(const Explanation& explanation, std::string_view name) {
   const std::size_t size = facts.purchase.receipt.size();
   std::string out = "<h2>Receipt</h2>";
   if (size == 0) return out + "<p>The receipt has no entries.</p>";
-  out += "<p>" + counted(size, "entry", "entries") + ", " + std::to_string(facts.ofProduct.size()) +
-         " of this product. Times are UTC.</p>";
-  out += timelineSvg(explanation, name) + legend();
+  out += "<p>" + receiptSizeText(facts) + ". Times are UTC.</p>";
+  out += timelineSvg(explanation, name) + legend(explanation);
   if (explanation.timeline.empty()) return out;
   out +=
       "<table class=\"entries\"><thead><tr><th>Date</th><th>What</th>"
@@ -137,7 +139,7 @@ std::string receiptOf(const Explanation& explanation, std::string_view name) {
       out += rowOfEntry(*row.entry);
     } else if (row.isTransaction) {
       out += "<tr class=\"reported\"><td>" + oneLine(dateText(*facts.transactionDate())) +
-             "</td><td colspan=\"3\">the transaction's date; no entry has it</td></tr>";
+             "</td><td colspan=\"3\">" + std::string(transactionDateText(facts)) + "</td></tr>";
     } else {
       out += "<tr><td colspan=\"4\">" + counted(row.leftOut, "entry", "entries") +
              " not shown</td></tr>";
@@ -171,7 +173,10 @@ std::string eventOf(const Explanation& explanation) {
     std::string origin = htmlOf(key.origin);
     if (!key.readable.empty()) origin.insert(0, element("b", htmlOf(key.readable)).append(": "));
     const bool isText = key.value.spans().front().isInput;
-    const std::string value = isText ? htmlOf(key.value) : oneLine(htmlOf(key.value));
+    // A number and an identifier of usual length are easier to read and to copy in one piece.
+    constexpr std::size_t kUsualSize = 32;
+    const bool isLong = isText && key.value.text().size() > kUsualSize;
+    const std::string value = isLong ? htmlOf(key.value) : oneLine(htmlOf(key.value));
     out += "<tr><th scope=\"row\">" + std::string(key.key) + "</th>" + element("td", value) +
            element("td", origin) + "</tr>";
   }

@@ -19,9 +19,9 @@ class HtmlReport {
  public:
   // Purchases that a list has at most: browsers stay quick.
   static constexpr std::size_t kMostPurchases = 20000;
-  // The explanations of a list take about this many bytes at most. Purchases after that are in the
-  // list with their outcome only.
-  static constexpr std::size_t kMostDetails = 12U << 20U;
+  // The explanations of a list take about this many bytes at most, so that a browser has read them
+  // in a few seconds. Purchases after that are in the list with their outcome only.
+  static constexpr std::size_t kMostDetails = 4U << 20U;
 
   // Each must not be called more than kMostPurchases times altogether.
   void add(const Explanation& explanation, std::uint64_t lineNumber);

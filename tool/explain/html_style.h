@@ -62,9 +62,10 @@ line.now{stroke:var(--mark);stroke-dasharray:4 3}
 .full{fill:var(--mark);stroke:var(--mark);stroke-width:2}
 .hollow{fill:var(--back);stroke:var(--mark);stroke-width:2}
 .unread{fill:var(--back);stroke:var(--bad);stroke-width:1.5}
-.timeline .mark,.legend .mark{font:bold 12px system-ui,sans-serif;fill:var(--bad);stroke:none}
+.mark{font:bold 12px system-ui,sans-serif;fill:var(--bad);stroke:none}
 .ring{fill:none;stroke:var(--text);stroke-width:2}
 .ring.bad{stroke:var(--bad);stroke-dasharray:3 2}
+.caption{font-size:.85rem;color:var(--soft)}
 .legend{list-style:none;padding:0;display:flex;flex-wrap:wrap;gap:0 1rem;margin:.25rem 0 1rem;font-size:.85rem;color:var(--soft)}
 .legend li{display:flex;align-items:center;gap:.25rem}
 fieldset{border:1px solid var(--line);border-radius:8px;display:flex;flex-wrap:wrap;gap:.25rem 1rem;margin:1rem 0}

@@ -38,7 +38,7 @@ Prose insteadText(const PurchaseFacts& facts) {
 
 Prose invalidSentence(const PurchaseFacts& facts) {
   if (facts.hasCode(DiagnosticCode::kRestoredNonConsumable)) {
-    return Prose(": the customer owns the non-consumable since transaction ",
+    return Prose(": a restore or second purchase of a non-consumable, first bought in transaction ",
                  InputText{facts.originalTransactionIdentifier()});
   }
   if (facts.hasCode(DiagnosticCode::kRepurchasedFreeTrial)) {

@@ -111,9 +111,7 @@ void findReportedEntry(PurchaseFacts& facts) {
                          Code::kRestoredNonConsumable, Code::kMissingInReceipt,
                          Code::kSubscriptionMissingInReceipt, Code::kDuplicateTransactionDate});
   if (hasNone) return;
-  facts.isFoundByDate =
-      hasAnyCode(facts, {Code::kAutoRenewable, Code::kFreeTrial, Code::kRepurchasedFreeTrial,
-                         Code::kIntroductoryOffer, Code::kNonRenewingSubscription});
+  facts.isFoundByDate = facts.isDateCompared();
   const QELInAppPurchaseItems& found = facts.isFoundByDate ? facts.atDate : facts.ofProduct;
   if (found.empty()) return;
   facts.reported = &found.front().get();
@@ -129,6 +127,13 @@ bool PurchaseFacts::hasCode(DiagnosticCode code) const {
   return std::any_of(
       diagnostics.begin(), diagnostics.end(),
       [code](const RecordedDiagnostic& diagnostic) { return code == diagnostic.code; });
+}
+
+bool PurchaseFacts::isDateCompared() const {
+  using Code = DiagnosticCode;
+  return hasAnyCode(*this, {Code::kAutoRenewable, Code::kFreeTrial, Code::kRepurchasedFreeTrial,
+                            Code::kIntroductoryOffer, Code::kNonRenewingSubscription,
+                            Code::kSubscriptionMissingInReceipt, Code::kDuplicateTransactionDate});
 }
 
 bool PurchaseFacts::isMarked(ParameterKey flag) const {

@@ -56,6 +56,9 @@ struct PurchaseFacts {
 
   bool hasCode(DiagnosticCode code) const;
 
+  // Returns whether the outcome rests on which entries are at the transaction's date.
+  bool isDateCompared() const;
+
   // Returns whether `classified` has the flag.
   bool isMarked(ParameterKey flag) const;
 

@@ -59,7 +59,7 @@ void explainRepeatedTrial(const PurchaseFacts& facts, std::vector<Prose>& surpri
   if (!facts.hasCode(DiagnosticCode::kRepurchasedFreeTrial)) return;
   surprises.emplace_back(
       "A free trial is invalid if its transaction continues another one: customers get one trial, "
-      "so this looks like a restore. A subscriber whom the store grants a further trial is "
+      "so this looks like a restore. A further trial that the store grants a subscriber is "
       "invalid, "
       "too.");
 }
@@ -94,7 +94,8 @@ void explainRenewal(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
   }
   surprises.emplace_back(
       "A later purchase is a renewal if the receipt has no entry of the product before it. If the "
-      "customer had a free trial, the receipt has lost it, and this should be a conversion.");
+      "period before it was a free trial, the receipt has lost it, and this should be a "
+      "conversion.");
 }
 
 void explainUndatedPrevious(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
@@ -134,6 +135,24 @@ void explainTrialWithoutFlag(const PurchaseFacts& facts, std::vector<Prose>& sur
       "free trial is neither a conversion nor a renewal.");
 }
 
+void explainTrialAsLaterPurchase(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
+  const bool isConversion = facts.isMarked(ParameterKey::kSubConvert);
+  const bool applies = facts.isMarked(ParameterKey::kFreeTrial) &&
+                       (isConversion || facts.isMarked(ParameterKey::kSubRenew));
+  if (!applies) return;
+  surprises.emplace_back(
+      "The trial is an introductory offer, too. Offers count as conversions or renewals, so it "
+      "has ",
+      isConversion ? "sub_convert" : "sub_renew", ", although nothing is paid.");
+}
+
+void explainMismatchedCode(const PurchaseFacts& facts, std::vector<Prose>& surprises) {
+  if (!facts.hasCode(DiagnosticCode::kMismatchedTransactionIds)) return;
+  surprises.emplace_back(
+      "Code 40007 says consumable for an entry of any type, and the event has no flag for it. It "
+      "has no _did either, so a second report of this purchase is not recognized as one.");
+}
+
 }  // namespace
 
 std::vector<Prose> surprisesOf(const PurchaseFacts& facts) {
@@ -145,6 +164,8 @@ std::vector<Prose> surprisesOf(const PurchaseFacts& facts) {
   explainUndatedPrevious(facts, surprises);
   explainUnreadableOffer(facts, surprises);
   explainTrialWithoutFlag(facts, surprises);
+  explainTrialAsLaterPurchase(facts, surprises);
+  explainMismatchedCode(facts, surprises);
   explainRenewalCode(facts, surprises);
   return surprises;
 }

@@ -55,13 +55,15 @@ std::string shown(std::string_view input, std::size_t mostColumns = kMostInput) 
   return isolated(displayText(input, mostColumns));
 }
 
-// Returns a text of the input for a sentence, in quotes if it could be taken for our own words.
-std::string inQuotes(std::string_view input) {
+// Returns a text of the input for a sentence, in quotes if it could be taken for our own words. It
+// is shown as a whole up to kMostInput columns. A longer one is shortened, to `mostColumns`.
+std::string inQuotes(std::string_view input, std::size_t mostColumns = kMostInput) {
   const bool isPlain = std::all_of(input.begin(), input.end(), [](unsigned char character) {
     return std::isalnum(character) != 0 || character == '.' || character == '-' ||
            character == '_' || character == ':';
   });
-  return isPlain ? shown(input) : "\"" + shown(input) + "\"";
+  const std::size_t room = isLongerThan(input, kMostInput) ? mostColumns : kMostInput;
+  return isPlain ? shown(input, room) : "\"" + shown(input, room) + "\"";
 }
 
 // Returns a sentence in one line.
@@ -79,12 +81,16 @@ std::string padded(std::string text, std::size_t columns) {
   return text;
 }
 
-// Returns the words of a sentence, each with a text of the input as a whole.
-std::vector<std::string> wordsOf(const Prose& text) {
+// Returns the words of a sentence, each with a text of the input as a whole. Lines have room for
+// `columns`.
+std::vector<std::string> wordsOf(const Prose& text, std::size_t columns) {
+  // Room for quotes and a comma.
+  constexpr std::size_t kPunctuation = 3;
+  const std::size_t mostInput = std::min(columns - kPunctuation, kMostInput);
   std::vector<std::string> words(1);
   for (const Span& span : text.spans()) {
     if (span.isInput) {
-      words.back() += inQuotes(span.text);
+      words.back() += inQuotes(span.text, mostInput);
       continue;
     }
     for (const char character : span.text) {
@@ -101,7 +107,7 @@ std::vector<std::string> wordsOf(const Prose& text) {
 
 // Appends a sentence that begins at column `start`, and goes on at column `indent`.
 void appendWrapped(const Prose& text, std::size_t start, std::size_t indent, std::string& out) {
-  qel::tool::appendWrapped(wordsOf(text), start, indent, out);
+  qel::tool::appendWrapped(wordsOf(text, kLineColumns - indent), start, indent, out);
 }
 
 // --- The parts of a report ---
@@ -178,12 +184,15 @@ void appendEntry(const TimelineEntry& entry, TextColor color, std::string& out) 
                                                   : shown(*written, 28);
   std::string line = padded("  " + mark + "  " + date, kKindColumn - 2) + "  ";
   line = padded(line + kindText(entry.item), kKindColumn + 20);
-  const std::string identifiers = plain(identifiersText(entry.item));
-  if (columnsOf(line) + columnsOf(identifiers) > kLineColumns) {
+  const Prose identifiers = identifiersText(entry.item);
+  if (columnsOf(line) + columnsOf(plain(identifiers)) > kLineColumns) {
     line.erase(line.find_last_not_of(' ') + 1);
     line += "\n" + std::string(kKindColumn, ' ');
+    appendWrapped(identifiers, kKindColumn, kKindColumn, line);
+    line.pop_back();
+  } else {
+    line += plain(identifiers);
   }
-  line += identifiers;
   out += entry.role == Role::kReported ? painted(line, kBold, color) : line;
   out += '\n';
 
@@ -202,9 +211,8 @@ void appendEntry(const TimelineEntry& entry, TextColor color, std::string& out) 
 void appendReceipt(const Explanation& explanation, TextColor color, std::string& out) {
   const PurchaseFacts& facts = explanation.facts;
   const std::size_t size = facts.purchase.receipt.size();
-  const std::string heading = "Receipt: " + counted(size, "entry", "entries") + ", " +
-                              std::to_string(facts.ofProduct.size()) + " of this product";
-  appendHeading(size == 0 ? "Receipt: no entries" : heading, color, out);
+  appendHeading(size == 0 ? "Receipt: no entries" : "Receipt: " + receiptSizeText(facts), color,
+                out);
   const std::vector<TimelineRow> rows = timelineRows(explanation);
   if (!rows.empty() && size > 0) {
     out += painted("     date (UTC)           what                transaction, of its original",
@@ -215,8 +223,8 @@ void appendReceipt(const Explanation& explanation, TextColor color, std::string&
     if (row.entry != nullptr) {
       appendEntry(*row.entry, color, out);
     } else if (row.isTransaction) {
-      out += padded("  -  " + dateText(*facts.transactionDate()), kKindColumn - 2) +
-             "  the transaction's date; no entry has it\n";
+      out += padded("  -  " + dateText(*facts.transactionDate()), kKindColumn - 2) + "  " +
+             std::string(transactionDateText(facts)) + "\n";
     } else {
       out += std::string(kDateColumn, ' ') + "... " + counted(row.leftOut, "entry", "entries") +
              " not shown\n";

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <map>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -38,9 +39,23 @@ struct Lane {
   std::vector<const TimelineEntry*> entries;
 };
 
+// What a timeline draws, of how many.
+struct Lanes {
+  std::vector<Lane> lanes = std::vector<Lane>(1);
+  // Products of the receipt, the purchase's own included.
+  std::size_t products = 1;
+
+  std::size_t entries() const {
+    return std::accumulate(
+        lanes.begin(), lanes.end(), std::size_t{0},
+        [](std::size_t sum, const Lane& lane) { return sum + lane.entries.size(); });
+  }
+};
+
 // The lanes: that of the product, then those of the others, those with the most entries first.
-std::vector<Lane> lanesOf(const Explanation& explanation) {
-  std::vector<Lane> lanes(1);
+Lanes lanesOf(const Explanation& explanation) {
+  Lanes drawn;
+  std::vector<Lane>& lanes = drawn.lanes;
   lanes.front().product = explanation.facts.productIdentifier();
   for (const TimelineRow& row : timelineRows(explanation)) {
     if (row.entry != nullptr) lanes.front().entries.push_back(row.entry);
@@ -55,6 +70,7 @@ std::vector<Lane> lanesOf(const Explanation& explanation) {
   std::stable_sort(lanes.begin() + 1, lanes.end(), [](const Lane& a, const Lane& b) {
     return a.entries.size() > b.entries.size();
   });
+  drawn.products = lanes.size();
   if (lanes.size() > 1 + kMostOtherLanes) lanes.resize(1 + kMostOtherLanes);
   for (Lane& lane : lanes) {
     if (lane.entries.size() > kMostMarksOfALane) {
@@ -63,7 +79,19 @@ std::vector<Lane> lanesOf(const Explanation& explanation) {
                          lane.entries.end() - static_cast<std::ptrdiff_t>(kMostMarksOfALane));
     }
   }
-  return lanes;
+  return drawn;
+}
+
+// Returns what a timeline leaves out, as a paragraph; empty if that is nothing.
+std::string captionOf(const Lanes& drawn, std::size_t entries) {
+  if (drawn.entries() == entries) return "";
+  std::string out = "<p class=\"caption\">The timeline shows " + std::to_string(drawn.entries()) +
+                    " of " + std::to_string(entries) + " entries";
+  if (drawn.lanes.size() < drawn.products) {
+    out += ", and " + std::to_string(drawn.lanes.size()) + " of " + std::to_string(drawn.products) +
+           " products";
+  }
+  return out + ".</p>";
 }
 
 // Maps instants to positions.
@@ -204,7 +232,7 @@ std::string description(const Explanation& explanation) {
   const PurchaseFacts& facts = explanation.facts;
   Prose text(counted(facts.ofProduct.size(), "entry", "entries"), " of the product, ",
              counted(explanation.others.size(), "entry", "entries"),
-             " of other products. The list below has the same entries.");
+             " of other products. The entries of the product are listed below.");
   return plainHtmlOf(text);
 }
 
@@ -224,7 +252,8 @@ std::string_view timelineShapes() {
 
 std::string timelineSvg(const Explanation& explanation, std::string_view name) {
   if (explanation.facts.purchase.receipt.empty()) return "";
-  const std::vector<Lane> lanes = lanesOf(explanation);
+  const Lanes drawn = lanesOf(explanation);
+  const std::vector<Lane>& lanes = drawn.lanes;
   const std::optional<Instant> transaction = explanation.facts.transactionDate();
   const Axis axis(lanes, transaction);
   const std::optional<Arc> arc = arcOf(explanation, axis);
@@ -269,7 +298,7 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
       out += textAt(kEnd, laneEnd + kAxis - 8, "to axis", last);
     }
   }
-  return out + "</svg>";
+  return out + "</svg>" + captionOf(drawn, explanation.facts.purchase.receipt.size());
 }
 
 }  // namespace qel::tool

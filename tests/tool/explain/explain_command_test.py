@@ -252,13 +252,46 @@ class PageTest(unittest.TestCase):
         self.assertRegex(done.stderr.decode(), r"the page explains \d+ purchases, and lists \d+ more")
 
 
+class DocumentTest(unittest.TestCase):
+    """The examples in the documents: each has a command, and lines of its output."""
+
+    def check(self, document, count):
+        with open(os.path.join(PROJECT, document), encoding="utf-8") as file:
+            text = file.read()
+        examples = re.findall(r"^    \$ qel-purchase (explain .*)\n((?:    .*\n|\n)+)", text, re.M)
+        self.assertEqual(len(examples), count)
+        for command, shown in examples:
+            with self.subTest(command):
+                done = subprocess.run([TOOL, *command.split()], stdout=subprocess.PIPE, timeout=TIMEOUT,
+                                      cwd=PROJECT, check=True)
+                self.assertIn(re.sub("^    ", "", shown, flags=re.M).rstrip("\n") + "\n", done.stdout.decode())
+
+    def test_readme_shows_what_the_command_prints(self):
+        self.check("README.md", 1)
+
+    def test_case_shows_what_the_command_prints(self):
+        self.check(os.path.join("docs", "explain.md"), 1)
+
+    def test_case_quotes_the_explanation(self):
+        with open(os.path.join(PROJECT, "docs", "explain.md"), encoding="utf-8") as file:
+            document = file.read()
+        reason = re.search(r"^    Why this result\n(?:    .*\n)+", document, re.M).group()
+        text = run("explain", os.path.join(PROJECT, "examples", "explain.jsonl"), "--line", "1").stdout.decode()
+        self.assertTrue(text.endswith("\n\n" + re.sub("^    ", "", reason, flags=re.M)), text)
+        quotes = re.findall(r'^\| "(.+)" \|', document, re.M)
+        self.assertEqual(len(quotes), 3)
+        texts = b"".join(run("explain", EXAMPLES, "--line", str(number)).stdout for number in range(27, 36))
+        for quote in quotes:
+            self.assertIn(quote, re.sub(r"\s+", " ", texts.decode()))
+
+
 class CodeTest(unittest.TestCase):
     def test_code_is_explained(self):
         done = run("code", "40023")
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         text = done.stdout.decode()
         self.assertTrue(text.startswith("40023  Subscription transaction missing in receipt will be"))
-        self.assertIn("\nEvent: has invalid and subscription. It has no _did.\n", text)
+        self.assertIn("\nEvent: the store's values, invalid and subscription. It has no _did.\n", text)
         self.assertIn("\nUsual causes\n", text)
 
     def test_codes_are_those_of_the_page_and_the_header(self):

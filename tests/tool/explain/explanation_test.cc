@@ -13,11 +13,13 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using testing::Explained;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::monthlyEntry;
 using testing::monthlyPurchase;
+using ::testing::Not;
 using testing::textsOf;
 
 constexpr const char* kMarch = "2019-03-14T09:26:53Z";
@@ -80,16 +82,23 @@ TEST(ExplanationTest, NoEventNamesTheMissingInput) {
   EXPECT_EQ(noCurrency.sentence(),
             "No event: the product has no currency. Otherwise it would be: Conversion");
   EXPECT_THAT(noCurrency->keys, IsEmpty());
+  EXPECT_THAT(textsOf(noCurrency->decisions.back().facts),
+              ElementsAre("The locale of the product's price has no currency code, so there is no "
+                          "currency."));
 
   const Explained several(
       replaced(replaced(kConversion, R"("price":"4.99",)", ""), R"("currencyCode":"EUR")", ""));
   EXPECT_EQ(several.sentence(),
             "No event: the product has no currency and the product has no price. Otherwise it "
             "would be: Conversion");
+  EXPECT_THAT(textsOf(several->decisions.back().facts),
+              Contains("The product has no price, so there is no price and no value."));
 
   const Explained noQuantity(replaced(kConversion, R"("quantity":1)", R"("quantity":0)"));
   EXPECT_EQ(noQuantity.sentence(),
             "No event: the quantity is 0. Otherwise it would be: Conversion");
+  EXPECT_THAT(textsOf(noQuantity->decisions.back().facts),
+              ElementsAre("The payment's quantity is 0, so there is no value."));
 }
 
 TEST(ExplanationTest, NoEventNamesOnlyInputsThatItNeeds) {
@@ -210,6 +219,46 @@ TEST(HintsTest, WebOrderLineItemZeroIsNamed) {
               ElementsAre(HasSubstr("Entry 2000 has the web order line item 0.")));
 }
 
+// An entry of "monthly" with the web order line item 77 and without a type.
+std::string entryWithoutType(const std::string& date, const std::string& id) {
+  return replaced(monthlyEntry(date, id, R"(,"webOrderLineItemID":77)"), R"("purchaseType":3,)",
+                  "");
+}
+
+TEST(HintsTest, LostTypeIsNamed) {
+  const Explained explained(monthlyPurchase("[" + monthlyEntry(kMarch, "1000") + "," +
+                                            entryWithoutType(kApril, "2000") + "]"));
+  EXPECT_EQ(explained.sentence(),
+            "Invalid: a restore or second purchase of a non-consumable, first bought in "
+            "transaction 1000");
+  EXPECT_THAT(
+      textsOf(explained->hints),
+      ElementsAre("Entry 2000 has the web order line item 77, but no purchase type. It is probably "
+                  "of an auto-renewable subscription and has lost its type: the JSON of the "
+                  "store's validation service has none. Without a type it counts as a "
+                  "non-consumable, and a later transaction of the subscription as its restore "
+                  "(40005, invalid). Set purchaseType to 3 where the entries are made. The outcome "
+                  "here would then be: Renewal."));
+}
+
+TEST(HintsTest, LostTypeWithoutAnEffectIsNamedToo) {
+  const std::string line =
+      replaced(monthlyPurchase("[" + entryWithoutType(kApril, "2000") + "]"),
+               R"("originalTransaction":{"transactionIdentifier":"1000"},)", "");
+  EXPECT_THAT(hintsOf(line),
+              ElementsAre(EndsWith("Set purchaseType to 3 where the entries are made.")));
+}
+
+TEST(HintsTest, TypeIsNotLostWithoutAWebOrderLineItem) {
+  const std::string purchase = monthlyPurchase("[" + entryWithoutType(kApril, "2000") + "]");
+  const auto isNamed = Contains(HasSubstr("no purchase type"));
+  EXPECT_THAT(hintsOf(purchase), isNamed);
+  EXPECT_THAT(hintsOf(replaced(purchase, R"(,"webOrderLineItemID":77)", "")), Not(isNamed));
+  EXPECT_THAT(
+      hintsOf(replaced(purchase, R"("webOrderLineItemID":77)", R"("webOrderLineItemID":0)")),
+      Not(isNamed));
+}
+
 TEST(HintsTest, PriceInTheWrongUnitIsNamed) {
   const std::string line = monthlyPurchase("[" + monthlyEntry(kApril, "2000") + "]");
   const auto withPrice = [&line](const std::string& price) {
@@ -221,8 +270,9 @@ TEST(HintsTest, PriceInTheWrongUnitIsNamed) {
   EXPECT_THAT(withPrice("499"),
               ElementsAre("The price is 499.00 EUR. In cents that would be 4.99. Prices are given "
                           "in units of the currency."));
-  EXPECT_THAT(withPrice("NaN"), ElementsAre("The product's price is not a number, so its amounts "
-                                            "are the least integer."));
+  EXPECT_THAT(withPrice("NaN"), ElementsAre("The product's price is not a number. Its amounts "
+                                            "are the least integer of 64 bits, which stands for no "
+                                            "amount."));
   EXPECT_THAT(withPrice("1e30"), Contains(HasSubstr("is too large for 64 bits of micros")));
   EXPECT_THAT(withPrice("49.99"), IsEmpty());
   EXPECT_THAT(withPrice("100"), IsEmpty());
@@ -256,7 +306,7 @@ TEST(SurprisesTest, FirstYearAfterAMonthlyPlanIsARenewal) {
 
 TEST(SurprisesTest, RenewalWithoutAnEntryBeforeItMayBeAConversion) {
   EXPECT_THAT(surprisesOf(monthlyPurchase("[" + monthlyEntry(kApril, "2000") + "]")),
-              ElementsAre(HasSubstr("If the customer had a free trial, the receipt has lost it")));
+              ElementsAre(HasSubstr("before it was a free trial, the receipt has lost it")));
 }
 
 TEST(SurprisesTest, TrialOfASubscriberIsInvalid) {
@@ -311,6 +361,24 @@ TEST(SurprisesTest, Code40010IsNoRenewal) {
                R"("originalTransaction":{"transactionIdentifier":"1000"},)", "");
   EXPECT_THAT(surprisesOf(line),
               ElementsAre(HasSubstr("Code 40010 says renewal for every valid free trial")));
+}
+
+TEST(SurprisesTest, TrialThatIsAnOfferIsALaterPurchase) {
+  const std::string line = replaced(
+      monthlyPurchase(
+          "[" + monthlyEntry(kMarch, "1000") + "," +
+          monthlyEntry(kApril, "2000", R"(,"isFreeTrial":true,"isIntroductoryOffer":true)") + "]"),
+      R"("originalTransaction":{"transactionIdentifier":"1000"},)", "");
+  EXPECT_THAT(surprisesOf(line),
+              ElementsAre("The trial is an introductory offer, too. Offers count as conversions or "
+                          "renewals, so it has sub_renew, although nothing is paid."));
+}
+
+TEST(SurprisesTest, Code40007HasNoFlag) {
+  const std::string entry = replaced(oneOff(kApril, 1, "2000"), R"("originalTransactionID":"2000")",
+                                     R"("originalTransactionID":"1000")");
+  EXPECT_THAT(surprisesOf(monthlyPurchase("[" + entry + "]")),
+              ElementsAre(HasSubstr("It has no _did either")));
 }
 
 TEST(SurprisesTest, LaterTrialHasNoFlag) {

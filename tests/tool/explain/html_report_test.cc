@@ -49,6 +49,21 @@ TEST(HtmlReportTest, PageOfSeveralPurchasesHasARowForEach) {
   EXPECT_THAT(page, HasSubstr("<bdi>id&lt;</bdi>"));
 }
 
+TEST(HtmlReportTest, TimelineSaysWhatItLeavesOut) {
+  std::string receipt = "[" + monthlyEntry("2019-04-14T09:26:53Z", "2000");
+  for (int product = 0; product < 9; ++product) {
+    receipt += R"(,{"productID":"other)" + std::to_string(product) + "\"}";
+  }
+  HtmlReport report;
+  report.add(*Explained(monthlyPurchase(receipt + "]")), 1);
+  EXPECT_THAT(report.page(),
+              HasSubstr(">The timeline shows 7 of 10 entries, and 7 of 10 products.</p>"));
+
+  HtmlReport complete;
+  complete.add(*Explained(kPurchase), 1);
+  EXPECT_THAT(complete.page(), Not(HasSubstr("The timeline shows")));
+}
+
 TEST(HtmlReportTest, LargeReportListsTheLastPurchasesWithoutDetails) {
   HtmlReport report;
   const Explained explained(kPurchase);

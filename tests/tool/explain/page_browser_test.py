@@ -182,6 +182,22 @@ class PageBrowserTest(unittest.TestCase):
         self.assertNotEqual(self.browser.title, "x")
         self.assertEqual(self.all("main script, main b b, main img"), [])
 
+    def test_page_of_a_large_receipt_looks_right(self):
+        purchase = {
+            "product": {"productIdentifier": "monthly", "price": "4.99", "priceLocale": {"currencyCode": "EUR"}},
+            "transaction": {"transactionIdentifier": "2000", "transactionDate": "2019-04-14T09:26:53Z",
+                            "payment": {"quantity": 1}},
+            "receipt": [{"productID": "monthly", "purchaseDateIA5String": date, "purchaseType": 3,
+                         "transactionID": "2000"}
+                        for date in ["0001-01-01T00:00:00Z", "9999-12-31T23:59:59Z", "yesterday"]
+                        + ["2019-04-14T09:26:53Z"] * 500]
+            + [{"productID": "com.example.product.number{}".format(i), "purchaseType": 3, "transactionID": str(i),
+                "purchaseDateIA5String": "20{:02}-01-01T00:00:00Z".format(i % 100)} for i in range(200)],
+        }
+        self.check_looks(self.make(data=json.dumps(purchase).encode()))
+        self.assertEqual(self.all(".caption")[0].text,
+                         "The timeline shows 21 of 703 entries, and 7 of 201 products.")
+
     def test_structure_is_accessible(self):
         self.open(self.make(EXAMPLES, "--line", "28"))
         self.assertEqual(self.browser.execute_script("return document.documentElement.lang"), "en")

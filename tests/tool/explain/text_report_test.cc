@@ -53,6 +53,30 @@ TEST(TextReportTest, ConversionReadsFromTheOutcomeToTheEvent) {
                   "  40008  Transaction of auto-renewable subscription will be reported\n"));
 }
 
+TEST(TextReportTest, LongIdentifiersAreShortenedToTheirColumn) {
+  const auto purchase = [](const std::string& id) {
+    return monthlyPurchase(
+        "[" + monthlyEntry("2019-03-14T09:26:53Z", id + "1", R"(,"isFreeTrial":true)") + "," +
+        monthlyEntry(kApril, id + "2") + "]");
+  };
+  std::istringstream lines(
+      textReport(*Explained(purchase(std::string(300, 'x'))), 1, TextColor::kNone));
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(columnsOf(line), 80U) << line;
+
+  // An identifier of usual length is shown as a whole, even if its line has more columns then.
+  const std::string usual(60, 'x');
+  EXPECT_THAT(textReport(*Explained(purchase(usual)), 1, TextColor::kNone),
+              HasSubstr("\n" + std::string(45, ' ') + usual + "1\n"));
+}
+
+TEST(TextReportTest, DateThatIsNotComparedIsMarked) {
+  const std::string consumable =
+      R"({"productID":"monthly","purchaseDateIA5String":"2019-04-13T09:26:53Z",)"
+      R"("purchaseType":1,"transactionID":"2000","originalTransactionID":"2000"})";
+  EXPECT_THAT(textReport(*Explained(monthlyPurchase("[" + consumable + "]")), 1, TextColor::kNone),
+              HasSubstr("  -  2019-04-14 09:26:53  the transaction's date; it is not compared\n"));
+}
+
 TEST(TextReportTest, LinesHave80ColumnsWhateverTheTitle) {
   for (const std::string& title :
        {std::string(100000, 'x'), std::string(R"(\u001b[31m\u202e\u0007)"),
