@@ -43,15 +43,8 @@ bool isJson(std::string_view text) {
 class Run {
  public:
   Run(const ReceiptOptions& options, OutputFile& output) : options_(options), output_(output) {
-    if (!options.certificates.empty()) certificates_ = readPadded(options.certificates);
-    if (!options.products.empty()) {
-      try {
-        catalogue_ = readProductCatalogue(readPadded(options.products));
-      } catch (const JsonError& error) {
-        const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
-        throw OptionFailure{inputName(options.products) + where + ": " + error.message};
-      }
-    }
+    if (!options.certificates.empty()) readCertificates();
+    if (!options.products.empty()) readCatalogue();
   }
 
   void process(const std::string& path) {
@@ -105,6 +98,25 @@ class Run {
  private:
   static constexpr std::string_view kVerified = "verified";
   static constexpr std::string_view kNotChecked = "not checked";
+
+  // After an interrupt, the text of a file may be cut. Then it is not used.
+  void readCertificates() {
+    certificates_ = readPadded(options_.certificates);
+    if (isInterrupted()) return;
+    const std::optional<std::string> fault = describeCertificateFault(*certificates_);
+    if (fault.has_value()) throw OptionFailure{inputName(options_.certificates) + ": " + *fault};
+  }
+
+  void readCatalogue() {
+    const std::string text = readPadded(options_.products);
+    if (isInterrupted()) return;
+    try {
+      catalogue_ = readProductCatalogue(text);
+    } catch (const JsonError& error) {
+      const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
+      throw OptionFailure{inputName(options_.products) + where + ": " + error.message};
+    }
+  }
 
   static AppReceiptResult read(std::string_view content) {
     if (!isJson(content)) return readAppReceipt(content);

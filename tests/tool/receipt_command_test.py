@@ -276,6 +276,15 @@ class ReceiptErrorTest(ReceiptTest):
         )
         process = run("receipt", "--verify", "/missing", PRODUCTION)
         self.check(process, 2, ["qel-purchase: cannot open /missing: No such file or directory"])
+        for content in [b"", b"no certificate"]:
+            path = self.in_file(content, "root.pem")
+            process = run("receipt", "--verify", path, PRODUCTION, DEVELOPMENT)
+            self.check(
+                process,
+                2,
+                ["qel-purchase: " + path + ": expected at least one certificate in PEM, or one in DER, found none"],
+            )
+            self.assertEqual(process.stdout, b"")
 
 
 class ReceiptSignatureTest(ReceiptTest):
