@@ -122,6 +122,23 @@ void expectEmptyPurchase(const Purchase& purchase) {
   EXPECT_TRUE(purchase.receipt.empty());
 }
 
+TEST(PurchaseReaderTest, LinesOfAnotherKindAreErrorsWithAdvice) {
+  const std::string unknownKey =
+      " unknown key: expected id, product, transaction, receipt or platform";
+  const std::string service =
+      "; qel-purchase receipt --purchases reads answers of the store's validation service";
+  Reader reader;
+  EXPECT_EQ(reader.errorOf(R"({"status":0,"receipt":{}})"), "/status" + unknownKey + service);
+  EXPECT_EQ(reader.errorOf(R"({"latest_receipt_info":[]})"),
+            "/latest_receipt_info" + unknownKey + service);
+  EXPECT_EQ(reader.errorOf(R"({"receipt":{"in_app":[]}})"),
+            "/receipt expected an array, found an object" + service);
+  EXPECT_EQ(reader.errorOf(R"({"file":"a.der","receipt":[]})"),
+            "/file" + unknownKey + "; qel-purchase receipt writes purchases with --purchases only");
+  EXPECT_EQ(reader.errorOf(R"({"name":"a"})"), "/name" + unknownKey);
+  EXPECT_EQ(reader.errorOf(R"({"receipt":0})"), "/receipt expected an array, found a number");
+}
+
 TEST(PurchaseReaderTest, ReadsEveryKey) {
   Reader reader;
   expectWholePurchase(reader.read(kWholePurchase));
@@ -467,8 +484,10 @@ constexpr TypedKey kTypedKeys[] = {
 
 class TypedKeyTest : public ::testing::TestWithParam<TypedKey> {
  protected:
+  // Without advice.
   static std::string errorOfValue(std::string_view value) {
-    return errorOf(withValue(GetParam().line, value));
+    const std::string error = errorOf(withValue(GetParam().line, value));
+    return error.substr(0, error.find(';'));
   }
 };
 

@@ -205,6 +205,24 @@ class ReceiptErrorTest(ReceiptTest):
         )
         self.assertEqual(process.stdout, b"")
 
+    def test_events_and_explain_advise_to_read_receipts_with_receipt(self):
+        answer = json.loads(read(SERVICE))
+        inputs = [
+            read(PRODUCTION),
+            base64.b64decode(read(PRODUCTION)),
+            b"-----BEGIN PKCS7-----\n" + read(PRODUCTION) + b"-----END PKCS7-----\n",
+            json.dumps(answer).encode(),
+            json.dumps({"receipt": answer["receipt"]}).encode(),
+            json.dumps(answer, indent=2).encode(),
+        ]
+        for data in inputs:
+            for subcommand in ["events", "explain"]:
+                process = run(subcommand, data=data)
+                self.assertNotEqual(process.returncode, 0, data[:80])
+                self.assertIn(b"qel-purchase receipt --purchases", process.stdout + process.stderr)
+        process = run("events", data=run("receipt", PRODUCTION).stdout)
+        self.assertIn(b"qel-purchase receipt writes purchases with --purchases only\n", process.stderr)
+
     def test_errors_of_the_service_have_a_pointer(self):
         process = run("receipt", data=b'{"receipt":{"in_app":[{"quantity":"x"}]}}')
         self.check(process, 1, ["qel-purchase: 0 receipts read, 1 rejected"])
