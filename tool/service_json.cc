@@ -65,7 +65,8 @@ std::optional<std::int64_t> readInteger(JsonValue& value) {
 
 // Returns the digits of an identifier. The identifier 0 is absent.
 std::optional<std::string> readIdentifierDigits(JsonValue& value) {
-  constexpr const char* kExpected = "an integer, as such or in a string";
+  constexpr const char* kExpected =
+      "an integer of at least 0 without leading zeros, as such or in a string";
   const OptionalText written = value.readNumberOrText(kExpected);
   if (isEmpty(written) || written == "0") return std::nullopt;
   const bool isNumber = written->find_first_not_of("0123456789") == std::string_view::npos;
