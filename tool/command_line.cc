@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "closest_word.h"
+#include "excerpt.h"
 #include "messages.h"
 
 namespace qel::tool {
@@ -66,10 +67,10 @@ std::string unknownWord(const CLI::App& app) {
     return "unknown option " + option + (names.empty() ? "" : " before the subcommand") +
            suggestion(option, optionsOf(app));
   }
-  if (!unknown.empty() && names.empty()) return "unexpected argument " + unknown.front();
+  if (!unknown.empty() && names.empty()) return "unexpected argument " + foundText(unknown.front());
   std::string message = "expected a subcommand (" + CLI::detail::join(names, ", ") + ")";
   if (unknown.empty()) return message;
-  return message + ", found " + unknown.front() + suggestion(unknown.front(), names);
+  return message + ", found " + foundText(unknown.front()) + suggestion(unknown.front(), names);
 }
 
 // Returns the subcommand that was chosen, or `app` if none was found yet.

@@ -27,7 +27,7 @@ std::optional<Decimal> readPrice(JsonValue& value) {
   if (!written.has_value()) return std::nullopt;
   const std::optional<Decimal> price = Decimal::fromString(*written);
   if (!price.has_value()) {
-    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + excerpt(*written)};
+    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + foundText(*written)};
   }
   return price;
 }
@@ -40,7 +40,7 @@ std::optional<Instant> readDate(JsonValue& value) {
     throw JsonError{{},
                     "expected a date such as 2019-03-14T09:26:53Z or "
                     "2019-03-14T10:26:53.250+01:00, found " +
-                        excerpt(*written)};
+                        foundText(*written)};
   }
   return date;
 }

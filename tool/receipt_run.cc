@@ -43,8 +43,8 @@ bool isJson(std::string_view text) {
 class Run {
  public:
   Run(const ReceiptOptions& options, OutputFile& output) : options_(options), output_(output) {
-    if (!options.certificates.empty()) readCertificates();
-    if (!options.products.empty()) readCatalogue();
+    if (options.certificates.has_value()) readCertificates();
+    if (options.products.has_value()) readCatalogue();
   }
 
   void process(const std::string& path) {
@@ -83,8 +83,8 @@ class Run {
     }
     if (!missingProducts_.empty()) {
       report(counted(purchasesWithoutProduct_, "purchase") + " of " +
-             counted(missingProducts_.size(), "product") + " that " + inputName(options_.products) +
-             " lacks, such as " + *missingProducts_.begin());
+             counted(missingProducts_.size(), "product") + " that " +
+             inputName(*options_.products) + " lacks, such as " + *missingProducts_.begin());
     }
     if (failedSignatures_ > 0) {
       report(counted(failedSignatures_, "signature") + " not verified");
@@ -101,20 +101,20 @@ class Run {
 
   // After an interrupt, the text of a file may be cut. Then it is not used.
   void readCertificates() {
-    certificates_ = readPadded(options_.certificates);
+    certificates_ = readPadded(*options_.certificates);
     if (isInterrupted()) return;
     const std::optional<std::string> fault = describeCertificateFault(*certificates_);
-    if (fault.has_value()) throw OptionFailure{inputName(options_.certificates) + ": " + *fault};
+    if (fault.has_value()) throw OptionFailure{inputName(*options_.certificates) + ": " + *fault};
   }
 
   void readCatalogue() {
-    const std::string text = readPadded(options_.products);
+    const std::string text = readPadded(*options_.products);
     if (isInterrupted()) return;
     try {
       catalogue_ = readProductCatalogue(text);
     } catch (const JsonError& error) {
       const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
-      throw OptionFailure{inputName(options_.products) + where + ": " + error.message};
+      throw OptionFailure{inputName(*options_.products) + where + ": " + error.message};
     }
   }
 
@@ -156,7 +156,7 @@ class Run {
   }
 
   const CatalogueProduct* productOf(const QELInAppPurchaseItem& item) {
-    if (options_.products.empty()) return nullptr;
+    if (!options_.products.has_value()) return nullptr;
     const std::string identifier = item.productID.value_or("");
     const auto product = catalogue_.find(identifier);
     if (product != catalogue_.end()) return &product->second;
@@ -190,8 +190,8 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
   try {
     catchInterrupts();
     std::vector<std::string> files = options.inputs;
-    for (const std::string& file : {options.products, options.certificates}) {
-      if (!file.empty()) files.push_back(file);
+    for (const auto& file : {options.products, options.certificates}) {
+      if (file.has_value()) files.push_back(*file);
     }
     OutputFile output(options.output, files);
     Run run(options, output);

@@ -279,7 +279,9 @@ class InputTest(CommandTest):
             process = run("events", data=GOOD + b"\n" + data + b"\n" + GOOD)
             results = self.results(process, 1)
             self.assertEqual([results[0], results[2]], [GOOD_RESULT, GOOD_RESULT])
-            self.assertIn("broken JSON", results[1]["error"]["message"])
+            message = results[1]["error"]["message"]
+            self.assertIn("broken JSON", message)
+            self.assertTrue(message.endswith(", found U+FEFF, a byte order mark"), message)
         results = self.results(run("events", data=mark + mark + GOOD), 1)
         self.assertEqual(results[0]["error"]["line"], 1)
 
@@ -544,6 +546,9 @@ class UsageTest(CommandTest):
                 b"--unpaired-surrogates: expected escape or replace, found drop\n",
             ),
             (["events", "--jobs", "0"], b"--jobs: expected a number from 1 to 1024, found 0\n"),
+            (["events", "--jobs", ""], b"--jobs: expected a number from 1 to 1024, found \"\"\n"),
+            ([""], b"), found \"\"\n"),
+            (["code", "40023", ""], b"unexpected argument \"\"\n"),
             (
                 ["events", "--first-line", "1e3"],
                 b"--first-line: expected a number from 1 to 9223372036854775807, found 1e3\n",
@@ -1020,6 +1025,13 @@ class OutputTest(CommandTest):
     def content(self):
         with open(self.output, "rb") as file:
             return file.read()
+
+    def test_an_empty_name_is_an_error(self):
+        for arguments in (["events", "-o", ""], ["explain", "--html", ""]):
+            process = run(*arguments, data=GOOD)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            expected = b'expected a file to write to, or - for standard output, found ""\n'
+            self.assertEqual(process.stderr, b"qel-purchase: " + expected)
 
     def test_a_file_gets_what_standard_output_would_get(self):
         process = run("events", "-o", self.output, EXAMPLES)

@@ -699,10 +699,13 @@ TEST(PurchaseReaderTest, RejectsPricesPastTheLimitsOfADecimal) {
 }
 
 TEST(PurchaseReaderTest, RejectsStringsThatAreNoPrice) {
-  for (const char* const price : {"", "nan", "NAN", "-NaN", "Infinity", "4,99", "+1", "01", ".5",
-                                  "1.", " 1", "1 ", "$1", "0x1", "٤"}) {
-    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))),
-              std::string("/product/price expected ") + kPrice + ", found " + price);
+  const std::string expected = std::string("/product/price expected ") + kPrice + ", found ";
+  for (const char* const price :
+       {"nan", "NAN", "-NaN", "Infinity", "4,99", "+1", "01", ".5", "1.", "$1", "0x1", "٤"}) {
+    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))), expected + price);
+  }
+  for (const char* const price : {"", " 1", "1 "}) {
+    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))), expected + inQuotes(price));
   }
 }
 
@@ -714,14 +717,15 @@ TEST(PurchaseReaderTest, SaysTheSameOfAnOffersPrice) {
 // --- Dates ---
 
 TEST(PurchaseReaderTest, RejectsATransactionDateInAnyOtherForm) {
-  for (const char* const date : {"", "2019-03-14", "2019-02-30T09:26:53Z", "2019-03-14T09:26:53",
+  const std::string line = R"({"transaction":{"transactionDate":"@"}})";
+  const std::string expected =
+      "/transaction/transactionDate expected a date such as 2019-03-14T09:26:53Z or "
+      "2019-03-14T10:26:53.250+01:00, found ";
+  for (const char* const date : {"2019-03-14", "2019-02-30T09:26:53Z", "2019-03-14T09:26:53",
                                  "2019-03-14T09:26:53.Z", "yesterday"}) {
-    EXPECT_EQ(
-        errorOf(withValue(R"({"transaction":{"transactionDate":"@"}})", date)),
-        std::string("/transaction/transactionDate expected a date such as 2019-03-14T09:26:53Z or "
-                    "2019-03-14T10:26:53.250+01:00, found ") +
-            date);
+    EXPECT_EQ(errorOf(withValue(line, date)), expected + date);
   }
+  EXPECT_EQ(errorOf(withValue(line, "")), expected + "\"\"");
 }
 
 // --- Long values in messages ---

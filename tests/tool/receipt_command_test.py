@@ -294,6 +294,10 @@ class ReceiptErrorTest(ReceiptTest):
         )
         process = run("receipt", "--verify", "/missing", PRODUCTION)
         self.check(process, 2, ["qel-purchase: cannot open /missing: No such file or directory"])
+        for option in ["--verify", "--products"]:
+            process = run("receipt", "--purchases", option, "", PRODUCTION)
+            self.check(process, 2, ['qel-purchase: cannot open "": No such file or directory'])
+            self.assertEqual(process.stdout, b"")
         for content in [b"", b"no certificate"]:
             path = self.in_file(content, "root.pem")
             process = run("receipt", "--verify", path, PRODUCTION, DEVELOPMENT)
