@@ -578,6 +578,47 @@ class UsageTest(CommandTest):
             process = run("events", "--first-line", number, data=b"[]")
             self.assertEqual(self.results(process, 1)[0]["error"]["line"], line)
 
+    def test_what_follows_two_dashes_is_an_argument(self):
+        with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+            for name in ("a", "-b", "--", "--quiet"):
+                with open(os.path.join(folder, name), "wb") as file:
+                    file.write(GOOD)
+            for arguments, count in (
+                (["a", "--", "a"], 2),
+                (["--", "-b"], 1),
+                (["a", "--", "-b", "--", "--quiet"], 4),
+                (["a", "--jobs", "1", "--", "-b"], 2),
+                (["a", "--"], 1),
+                (["--"], 1),
+                (["--", "-"], 1),
+                (["-o", "--", "a"], 0),
+            ):
+                with self.subTest(arguments):
+                    process = run("events", *arguments, data=GOOD, cwd=folder)
+                    self.assertEqual(self.results(process, 0), [GOOD_RESULT] * count)
+            process = run("explain", "--", "-b", cwd=folder)
+            self.assertEqual(process.returncode, 0)
+            process = run("explain", "a", "--", "-b", cwd=folder)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            self.assertIn(b"unexpected argument -b\n", process.stderr)
+        self.assertEqual(run("code", "--", "40023").stdout, run("code", "40023").stdout)
+        self.assertEqual(run("completion", "--", "zsh").stdout, run("completion", "zsh").stdout)
+        process = run("--", "events", data=GOOD)
+        self.assertEqual((process.returncode, process.stdout), (2, b""))
+        self.assertIn(b"expected a subcommand", process.stderr)
+
+    def test_brackets_in_a_name_are_part_of_it(self):
+        with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+            for name in ("[a,b]", "[]"):
+                with open(os.path.join(folder, name), "wb") as file:
+                    file.write(GOOD)
+            process = run("events", "[a,b]", "[]", "-o", "[c,d]", cwd=folder)
+            self.assertEqual(self.results(process, 0), [])
+            process = run("events", "--first-line", "2", "[a,b]", cwd=folder)
+            self.assertEqual(self.results(process, 0), [GOOD_RESULT])
+            written = lines_of(os.path.join(folder, "[c,d]"))
+            self.assertEqual([parse(line) for line in written], [GOOD_RESULT] * 2)
+
     def test_help_that_cannot_be_written_is_an_error(self):
         with open("/dev/full", "wb") as full:
             for arguments in (["--help"], ["--version"], ["events", "--help"]):
