@@ -522,6 +522,8 @@ class UsageTest(CommandTest):
             ["events", "--first-line", "0x10"],
             ["events", "--first-line", "+5"],
             ["events", "--first-line", "9223372036854775808"],
+            ["explain", "--line", "0"],
+            ["explain", "--line", "9223372036854775808"],
             ["events", "--max-line", "0"],
             ["events", "--max-line", "1T"],
             ["events", "--max-rejected", "-1"],
