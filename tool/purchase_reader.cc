@@ -38,7 +38,7 @@ std::optional<Instant> readDate(JsonValue& value) {
   const std::optional<Instant> date = parseTransactionDate(*written);
   if (!date.has_value()) {
     throw JsonError{{},
-                    "expected a date such as 2019-03-14T09:26:53Z or "
+                    "expected a date of the years 0001 to 9999 such as 2019-03-14T09:26:53Z or "
                     "2019-03-14T10:26:53.250+01:00, found " +
                         foundText(*written)};
   }

@@ -719,10 +719,10 @@ TEST(PurchaseReaderTest, SaysTheSameOfAnOffersPrice) {
 TEST(PurchaseReaderTest, RejectsATransactionDateInAnyOtherForm) {
   const std::string line = R"({"transaction":{"transactionDate":"@"}})";
   const std::string expected =
-      "/transaction/transactionDate expected a date such as 2019-03-14T09:26:53Z or "
-      "2019-03-14T10:26:53.250+01:00, found ";
-  for (const char* const date : {"2019-03-14", "2019-02-30T09:26:53Z", "2019-03-14T09:26:53",
-                                 "2019-03-14T09:26:53.Z", "yesterday"}) {
+      "/transaction/transactionDate expected a date of the years 0001 to 9999 such as "
+      "2019-03-14T09:26:53Z or 2019-03-14T10:26:53.250+01:00, found ";
+  for (const char* const date : {"2019-03-14", "0000-03-14T09:26:53Z", "2019-02-30T09:26:53Z",
+                                 "2019-03-14T09:26:53", "2019-03-14T09:26:53.Z", "yesterday"}) {
     EXPECT_EQ(errorOf(withValue(line, date)), expected + date);
   }
   EXPECT_EQ(errorOf(withValue(line, "")), expected + "\"\"");
