@@ -499,7 +499,9 @@ class UsageTest(CommandTest):
             b"--quiet",
         ):
             self.assertIn(word, text)
-        self.assertIn(b"events", run("--help").stdout)
+        text = run("--help").stdout
+        for word in (b"events", b"explains", b"receipts"):
+            self.assertIn(word, text)
 
     def test_version_goes_to_standard_output(self):
         process = run("--version")
@@ -1365,10 +1367,14 @@ class CompletionTest(CommandTest):
         name = os.path.join(folder, "_qel-purchase")
         with open(name, "w", encoding="utf-8") as file:
             file.write(self.script("zsh"))
+        for setup in ("compinit -D -u && source " + name, "fpath+=({}) && compinit -D -u".format(folder)):
+            self.check_zsh(folder, "autoload -U compinit && " + setup)
+
+    def check_zsh(self, folder, setup):
         terminal = self.start_zsh(folder)
-        self.type(terminal, "autoload -U compinit && compinit -D -u && source {}".format(name))
+        self.type(terminal, setup)
         for words, expected in self.CASES:
-            with self.subTest(words):
+            with self.subTest(words, setup=setup):
                 # zsh proposes options only after a hyphen.
                 expected = {word for word in expected if words[-1] or not word.startswith("-")}
                 # The first tab inserts what is certain, the second lists the choices.
