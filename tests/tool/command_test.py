@@ -1319,6 +1319,27 @@ class ManPageTest(CommandTest):
                 )
 
 
+class ReceiptLeftOutTest(CommandTest):
+    """For a build without the subcommand `receipt`."""
+
+    def test_receipt_says_that_it_was_left_out(self):
+        for arguments in ([], ["--purchases", "a.der"], ["--", "-a"]):
+            process = run("receipt", *arguments)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            self.assertTrue(
+                process.stderr.startswith(b"qel-purchase: receipt was left out of this build: "),
+                process.stderr,
+            )
+            self.assertEqual(process.stderr.count(b"\n"), 1)
+
+    def test_the_help_says_so_too(self):
+        process = run("receipt", "--help")
+        self.assertEqual((process.returncode, process.stderr), (0, b""))
+        self.assertIn(b"receipt was left out of this build", process.stdout)
+        self.assertIn(b"left out of this build", run("--help").stdout)
+        self.assertEqual(run("events", data=GOOD).returncode, 0)
+
+
 class CompletionTest(CommandTest):
     def script(self, shell):
         process = run("completion", shell)
