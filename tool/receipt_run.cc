@@ -8,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "excerpt.h"
 #include "input_file.h"
 #include "interrupt.h"
 #include "json_reader.h"
@@ -70,7 +71,7 @@ class Run {
       report(inputName(path) +
              ": no purchases written, because the signature is not verified: " + signature);
     } else {
-      writePurchases(receipt);
+      writePurchases(path, receipt);
     }
     flush();
   }
@@ -80,6 +81,12 @@ class Run {
     if (unknownDates_ > 0) report(counted(unknownDates_, "date") + " of unknown form, unchanged");
     if (undatedPurchases_ > 0) {
       report(counted(undatedPurchases_, "purchase") + " without a date that can be read");
+    }
+    if (untypedRenewals_ > 0) {
+      report(counted(untypedRenewals_, "purchase") +
+             " without a type whose original transaction is another one, which events reports as "
+             "invalid (code 40005); the first: " +
+             firstUntypedRenewal_);
     }
     if (!missingProducts_.empty()) {
       report(counted(purchasesWithoutProduct_, "purchase") + " of " +
@@ -145,11 +152,22 @@ class Run {
     }
   }
 
-  void writePurchases(const AppReceipt& receipt) {
+  // `events` takes a purchase without a type for a non-consumable. Bought again, that is invalid.
+  void countUntypedRenewal(const std::string& path, const QELInAppPurchaseItem& item) {
+    const bool isOfAnother = item.transactionID.has_value() &&
+                             item.originalTransactionID.has_value() &&
+                             item.transactionID != item.originalTransactionID;
+    if (item.purchaseType.has_value() || !isOfAnother) return;
+    if (++untypedRenewals_ > 1) return;
+    firstUntypedRenewal_ = inputName(path) + ", transaction " + foundText(*item.transactionID);
+  }
+
+  void writePurchases(const std::string& path, const AppReceipt& receipt) {
     constexpr std::size_t kFlushSize = std::size_t{1} << 20;
     const PurchaseEntries entries(receipt, options_.entryChoice);
     for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
       if (!entries.dateOf(i).has_value()) ++undatedPurchases_;
+      countUntypedRenewal(path, receipt.entries[i].item);
       appendPurchase(receipt, i, entries, productOf(receipt.entries[i].item), out_);
       if (out_.text().size() >= kFlushSize) flush();
     }
@@ -180,6 +198,8 @@ class Run {
   std::uint64_t failedSignatures_ = 0;
   std::uint64_t unknownDates_ = 0;
   std::uint64_t undatedPurchases_ = 0;
+  std::uint64_t untypedRenewals_ = 0;
+  std::string firstUntypedRenewal_;
   std::uint64_t purchasesWithoutProduct_ = 0;
   std::set<std::string> missingProducts_;
 };

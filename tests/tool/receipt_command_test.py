@@ -427,6 +427,31 @@ class ReceiptPurchasesTest(ReceiptTest):
                 line["receipt"], [e for e in entries if e["purchaseDateIA5String"] <= date]
             )
 
+    def test_purchases_without_a_type_that_become_invalid_are_counted(self):
+        process = run("receipt", "--purchases", "--products", PRODUCTS, PRODUCTION, SERVICE)
+        self.check(
+            process,
+            0,
+            [
+                "qel-purchase: 2 purchases without a type whose original transaction is another one, "
+                "which events reports as invalid (code 40005); the first: "
+                + SERVICE
+                + ", transaction 540000712300140",
+                "qel-purchase: 2 receipts read, 0 rejected",
+            ],
+        )
+        events = lines_of(run("events", data=process.stdout))[6:]
+        codes = [[entry["code"] for entry in line["diagnostics"]] for line in events]
+        self.assertEqual([40005 in list for list in codes], [False, True, True])
+        # With their types they are valid.
+        purchases = lines_of(process)[6:]
+        for purchase in purchases:
+            for entry in purchase["receipt"]:
+                entry["purchaseType"] = 3
+        typed = run("events", data="\n".join(map(json.dumps, purchases)).encode())
+        for line in lines_of(typed):
+            self.assertNotIn("invalid", line["event"])
+
     def test_products_that_the_catalogue_lacks_are_counted(self):
         catalogue = self.in_file(b'[{"identifier":"com.example.reader.pro","price":"9.99","currency":"EUR"}]')
         process = run("receipt", "--purchases", "--products", catalogue, PRODUCTION)
