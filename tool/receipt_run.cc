@@ -36,6 +36,21 @@ std::string readPadded(const std::string& path) {
   return text;
 }
 
+// Throws if the text is not a receipt, but of a kind that users take for one.
+void refuseOtherKinds(std::string_view text) {
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+    throw JsonError{{},
+                    "expected a receipt, found UTF-16 text; convert it to UTF-8, for example with "
+                    "iconv -f UTF-16 -t UTF-8"};
+  }
+  const std::size_t start = text.find_first_not_of(" \t\r\n");
+  if (start != std::string_view::npos && text[start] == '[') {
+    throw JsonError{{},
+                    "expected a receipt, or one answer of the validation service, which is a JSON "
+                    "object; found a JSON array"};
+  }
+}
+
 bool isJson(std::string_view text) {
   const std::size_t start = text.find_first_not_of(" \t\r\n");
   return start != std::string_view::npos && text[start] == '{';
@@ -126,9 +141,9 @@ class Run {
   }
 
   static AppReceiptResult read(std::string_view content) {
-    if (!isJson(content)) return readAppReceipt(content);
     try {
-      return readServiceAnswer(content);
+      refuseOtherKinds(content);
+      return isJson(content) ? readServiceAnswer(content) : readAppReceipt(content);
     } catch (const JsonError& error) {
       return ReceiptError{error.pointer, 0, error.message};
     }

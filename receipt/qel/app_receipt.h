@@ -81,9 +81,10 @@ using AppReceiptResult = std::variant<AppReceipt, ReceiptError>;
 inline constexpr std::size_t kMaxReceiptSize = std::size_t{64} << 20;  // bytes
 inline constexpr std::size_t kMaxReceiptEntries = 100'000;
 
-// Reads a receipt: a CMS SignedData (RFC 5652) in DER or BER, or the base64 (RFC 4648) of one, with
-// or without white space and padding. Ignores attributes of types that have no field above. An
-// attribute that occurs twice is an error. Does not verify the signature.
+// Reads a receipt: a CMS SignedData (RFC 5652) in DER or BER, or the base64 (RFC 4648) of one in
+// either alphabet, with or without white space and padding, or in PEM (RFC 7468). Ignores
+// attributes of types that have no field above. An attribute that occurs twice is an error. Does
+// not verify the signature.
 //
 // Time and memory are proportional to the size of `bytes`.
 [[nodiscard]] QEL_EXPORT AppReceiptResult readAppReceipt(std::string_view bytes) noexcept;

@@ -4,6 +4,7 @@
 #include <openssl/cms.h>
 #include <openssl/err.h>
 
+#include <algorithm>
 #include <string>
 
 #include "receipt_maker.h"
@@ -110,6 +111,30 @@ TEST(AppReceiptTest, Base64IsReadWithAndWithoutPadding) {
   EXPECT_GT(paddings, 0U);
 }
 
+TEST(AppReceiptTest, Base64IsReadInBothAlphabets) {
+  std::string text = base64Of(signedReceipt());
+  ASSERT_NE(text.find_first_of("+/"), std::string::npos);
+  std::replace(text.begin(), text.end(), '+', '-');
+  std::replace(text.begin(), text.end(), '/', '_');
+  EXPECT_EQ(bundleIdentifierOf(text), "com.example.app");
+}
+
+TEST(AppReceiptTest, Base64IsReadInPem) {
+  const std::string text = wrapped(base64Of(signedReceipt()), 64, "\n");
+  const std::string first = "-----BEGIN PKCS7-----\n";
+  const std::string last = "-----END PKCS7-----";
+  EXPECT_EQ(bundleIdentifierOf(first + text + last), "com.example.app");
+  EXPECT_EQ(bundleIdentifierOf("\n" + first + text + last + "\r\n\n"), "com.example.app");
+  EXPECT_EQ(failureOf(first + text),
+            ", 0: expected PEM with a line that starts with -----END, found none");
+  EXPECT_EQ(failureOf("-----BEGIN PKCS7-----END PKCS7-----"),
+            ", 0: expected PEM with a line that starts with -----END, found none");
+  EXPECT_EQ(failureOf(first + last), ", 0: expected SEQUENCE, found the end");
+  const std::string pem = first + text + last + "\n";
+  EXPECT_EQ(failureOf(pem + pem), ", " + std::to_string(pem.size()) +
+                                      ": expected one receipt in PEM, found more behind it");
+}
+
 TEST(AppReceiptTest, BytesThatAreNoReceiptAreErrors) {
   EXPECT_EQ(failureOf(""), ", 0: expected a receipt, found nothing");
   EXPECT_EQ(failureOf(" \n"), ", 0: expected a receipt, found nothing");
@@ -117,7 +142,7 @@ TEST(AppReceiptTest, BytesThatAreNoReceiptAreErrors) {
             ", 3: expected a receipt in DER, BER or base64, found a character that is not of "
             "base64");
   EXPECT_EQ(failureOf("TUlJ===="), ", 6: expected at most two = at the end of base64, found more");
-  EXPECT_EQ(failureOf("TU=J"), ", 3: expected = only at the end of base64, found a digit after it");
+  EXPECT_EQ(failureOf("TU=J"), ", 3: expected one receipt, found a digit behind the = at its end");
   EXPECT_EQ(failureOf("TUlJM"),
             ", 5: expected base64 in groups of 4 digits, found its end after one digit");
   // "MII" in base64.

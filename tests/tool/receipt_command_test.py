@@ -193,6 +193,20 @@ class ReceiptErrorTest(ReceiptTest):
         )
         self.assertEqual(accepted["file"], PRODUCTION)
 
+    def test_other_texts_are_errors_that_say_what_they_are(self):
+        answer = json.loads(read(SERVICE))
+        for data, message in [
+            (read(PRODUCTION).decode().encode("utf-16"), "expected a receipt, found UTF-16 text; "),
+            (json.dumps(answer).encode("utf-16"), "expected a receipt, found UTF-16 text; "),
+            (json.dumps([answer]).encode(), "; found a JSON array"),
+            (read(PRODUCTION) * 2, "expected one receipt, found a digit behind the = at its end"),
+            (base64.b64decode(read(PRODUCTION)) * 2, "expected the end, found "),
+            (json.dumps(answer).encode() * 2, "expected nothing after the object, found {"),
+        ]:
+            process = run("receipt", data=data)
+            self.check(process, 1, ["qel-purchase: 0 receipts read, 1 rejected"])
+            self.assertIn(message, lines_of(process)[0]["error"]["message"])
+
     def test_with_purchases_errors_go_to_standard_error(self):
         process = run("receipt", "--purchases", data=b"")
         self.check(
