@@ -86,6 +86,17 @@ if(TARGET qel-purchase)
   file(GLOB manuals CONFIGURE_DEPENDS docs/man/*.1)
   install(FILES ${manuals} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
 endif()
+if(TARGET qel_completions)
+  # Where the shells look for the completions of packages. Debian's zsh looks in vendor-completions instead.
+  set(QEL_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Folder of zsh's completion")
+  mark_as_advanced(QEL_ZSH_COMPLETIONS)
+  set(completions ${PROJECT_BINARY_DIR}/tool/completions)
+  install(FILES ${completions}/bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+          RENAME qel-purchase COMPONENT command)
+  install(FILES ${completions}/zsh DESTINATION ${QEL_ZSH_COMPLETIONS} RENAME _qel-purchase COMPONENT command)
+  install(FILES ${completions}/fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+          RENAME qel-purchase.fish COMPONENT command)
+endif()
 
 install(FILES README.md CHANGELOG.md TYPE DOC COMPONENT documentation)
 install(DIRECTORY docs examples TYPE DOC COMPONENT documentation

@@ -1,4 +1,5 @@
-# Parts of the build that need packages which the library does not: the command, the tests, the benchmarks.
+# Parts of the build that need packages which the library qel::purchase does not: the command, qel::receipt, the tests
+# and the benchmarks.
 
 # Declares the option `name` of a part. AUTO builds the part if its packages are installed. ON does too, and
 # fails if one is missing. A project that embeds this one builds no parts by default.

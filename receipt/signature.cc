@@ -1,6 +1,9 @@
 #include <openssl/pem.h>
 #include <openssl/x509_vfy.h>
 
+#include <utility>
+#include <vector>
+
 #include "qel/app_receipt.h"
 #include "qel/rfc3339.h"
 #include "receipt_payload.h"
@@ -27,27 +30,35 @@ Handle<BIO> readerOf(std::string_view bytes) {
   return reader;
 }
 
-void add(const Handle<X509>& certificate, X509_STORE& store) {
-  receipt::requireMemory(X509_STORE_add_cert(&store, certificate.get()) == 1);
+[[noreturn]] void failWithoutCertificate() {
+  fail("expected at least one certificate in PEM, or one in DER, found none");
 }
 
-// Adds certificates in PEM, or one in DER.
-void addCertificates(std::string_view certificates, X509_STORE& store) {
-  if (certificates.empty() || certificates.size() > kMaxReceiptSize) {
-    fail("expected certificates in PEM or DER, found " + std::to_string(certificates.size()) +
-         " bytes");
+// Returns certificates in PEM, or one in DER. At least one.
+std::vector<Handle<X509>> readCertificates(std::string_view text) {
+  if (text.empty()) failWithoutCertificate();
+  if (text.size() > kMaxReceiptSize) {
+    fail("expected at most " + std::to_string(kMaxReceiptSize) + " bytes of certificates, found " +
+         std::to_string(text.size()));
   }
-  const Handle<BIO> pem = readerOf(certificates);
-  int count = 0;
-  while (const Handle<X509> certificate{PEM_read_bio_X509(pem.get(), nullptr, nullptr, nullptr)}) {
-    add(certificate, store);
-    ++count;
+  std::vector<Handle<X509>> certificates;
+  const Handle<BIO> pem = readerOf(text);
+  while (Handle<X509> certificate{PEM_read_bio_X509(pem.get(), nullptr, nullptr, nullptr)}) {
+    certificates.push_back(std::move(certificate));
   }
-  if (count > 0) return;
-  const Handle<BIO> der = readerOf(certificates);
-  const Handle<X509> certificate(d2i_X509_bio(der.get(), nullptr));
-  if (certificate == nullptr) fail("expected certificates in PEM or DER, found none");
-  add(certificate, store);
+  const auto error = ERR_peek_last_error();
+  const bool isAtEnd =
+      ERR_GET_LIB(error) == ERR_LIB_PEM && ERR_GET_REASON(error) == PEM_R_NO_START_LINE;
+  if (!isAtEnd) {
+    fail("expected certificates in PEM, found that number " +
+         std::to_string(certificates.size() + 1) + " is broken");
+  }
+  if (!certificates.empty()) return certificates;
+  const Handle<BIO> der = readerOf(text);
+  Handle<X509> certificate(d2i_X509_bio(der.get(), nullptr));
+  if (certificate == nullptr) failWithoutCertificate();
+  certificates.push_back(std::move(certificate));
+  return certificates;
 }
 
 std::int64_t creationSecondsOf(CMS_ContentInfo& signedData) {
@@ -63,7 +74,9 @@ std::int64_t creationSecondsOf(CMS_ContentInfo& signedData) {
 Handle<X509_STORE> trustedStore(std::string_view certificates, std::int64_t seconds) {
   Handle<X509_STORE> store(X509_STORE_new());
   receipt::requireMemory(store != nullptr);
-  addCertificates(certificates, *store);
+  for (const Handle<X509>& certificate : readCertificates(certificates)) {
+    receipt::requireMemory(X509_STORE_add_cert(store.get(), certificate.get()) == 1);
+  }
   X509_VERIFY_PARAM* const parameters = X509_STORE_get0_param(store.get());
   X509_VERIFY_PARAM_set_time(parameters, seconds);
   // Level 0 allows SHA-1.
@@ -100,6 +113,16 @@ void verify(std::string_view bytes, std::string_view certificates) {
 }
 
 }  // namespace
+
+std::optional<std::string> describeCertificateFault(std::string_view certificates) noexcept {
+  const receipt::ErrorScope errors;
+  try {
+    static_cast<void>(readCertificates(certificates));
+    return std::nullopt;
+  } catch (const VerificationFailure& failure) {
+    return failure.reason;
+  }
+}
 
 ReceiptVerification verifyReceiptSignature(std::string_view bytes,
                                            std::string_view certificates) noexcept {

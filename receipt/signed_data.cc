@@ -3,7 +3,7 @@
 #include <openssl/evp.h>
 #include <openssl/objects.h>
 
-#include <algorithm>
+#include <utility>
 
 #include "ber_reader.h"
 #include "qel/app_receipt.h"
@@ -17,26 +17,51 @@ constexpr std::string_view kWhiteSpace = " \t\r\n";
   throw ReceiptError{"", offset, message};
 }
 
-bool isBase64Digit(char character) {
-  return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-         (character >= '0' && character <= '9') || character == '+' || character == '/';
+// Returns the digit of base64 for a digit of one of its two alphabets (RFC 4648), otherwise NUL.
+char base64Digit(char character) {
+  if (character == '-') return '+';
+  if (character == '_') return '/';
+  const bool isDigit =
+      (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+      (character >= '0' && character <= '9') || character == '+' || character == '/';
+  return isDigit ? character : '\0';
+}
+
+// Returns the start and the end of base64 in a text: what is between the first and the last line of
+// PEM (RFC 7468), or the whole text.
+std::pair<std::size_t, std::size_t> base64Range(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(kWhiteSpace);
+  if (!text.substr(begin).starts_with("-----BEGIN ")) return {begin, text.size()};
+  const std::size_t start = text.find('\n', begin);
+  const std::size_t end = text.find("-----END ", begin);
+  if (start == std::string_view::npos || end == std::string_view::npos || end < start) {
+    fail(begin, "expected PEM with a line that starts with -----END, found none");
+  }
+  const std::size_t newline = text.find('\n', end);
+  const std::size_t next = text.find_first_not_of(kWhiteSpace, newline);
+  if (newline != std::string_view::npos && next != std::string_view::npos) {
+    fail(next, "expected one receipt in PEM, found more behind it");
+  }
+  return {start, end};
 }
 
 // Returns the digits of a base64 text, without white space and padding.
 std::string base64DigitsOf(std::string_view text) {
+  const auto [start, end] = base64Range(text);
   std::string digits;
-  digits.reserve(text.size());
+  digits.reserve(end - start);
   std::size_t padding = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  for (std::size_t i = start; i < end; ++i) {
     if (kWhiteSpace.find(text[i]) != std::string_view::npos) continue;
+    const char digit = base64Digit(text[i]);
     if (text[i] == '=') {
       if (++padding > 2) fail(i, "expected at most two = at the end of base64, found more");
-    } else if (!isBase64Digit(text[i])) {
+    } else if (digit == '\0') {
       fail(i, "expected a receipt in DER, BER or base64, found a character that is not of base64");
     } else if (padding > 0) {
-      fail(i, "expected = only at the end of base64, found a digit after it");
+      fail(i, "expected one receipt, found a digit behind the = at its end");
     } else {
-      digits += text[i];
+      digits += digit;
     }
   }
   if (digits.size() % 4 == 1) {

@@ -44,8 +44,9 @@ void countMisleadingEntries(const QELInAppPurchaseItems& receipt, const LinePlac
     const QELInAppPurchaseItem& entry = receipt[i];
     const std::optional<std::string>& date = entry.purchaseDateIA5String;
     if (date.has_value() && !parseRfc3339(*date).has_value()) {
-      count(tally.unreadableDates, place,
-            [&] { return entryPointer(i, "purchaseDateIA5String") + ": found " + excerpt(*date); });
+      count(tally.unreadableDates, place, [&] {
+        return entryPointer(i, "purchaseDateIA5String") + ": found " + foundText(*date);
+      });
     }
     if (entry.webOrderLineItemID == "0") {
       count(tally.zeroLineItems, place, [&] { return entryPointer(i, "webOrderLineItemID"); });

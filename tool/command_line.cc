@@ -6,10 +6,57 @@
 #include <string_view>
 
 #include "closest_word.h"
+#include "excerpt.h"
 #include "messages.h"
 
 namespace qel::tool {
 namespace {
+
+// CLI11 passes what follows -- to the main command if the subcommand has an argument already, and
+// splits [a,b] into two arguments. So the command removes the --, and marks such words, which makes
+// them plain arguments. Words of a command line never start with this character.
+constexpr char kArgumentMark = '\0';
+
+std::string unmarked(const std::string& word) {
+  return word.starts_with(kArgumentMark) ? word.substr(1) : word;
+}
+
+CLI::Validator markRemover() {
+  const auto remove = [](std::string& word) {
+    word = unmarked(word);
+    return std::string();
+  };
+  return CLI::Validator(remove, "");
+}
+
+// Returns whether `word` is an option of a subcommand that has a value.
+bool takesValue(const CLI::App& app, const std::string& word) {
+  const std::vector<const CLI::App*> subcommands = app.get_subcommands({});
+  return std::any_of(subcommands.begin(), subcommands.end(), [&word](const CLI::App* subcommand) {
+    const CLI::Option* const option =
+        word.starts_with('-') ? subcommand->get_option_no_throw(word) : nullptr;
+    return option != nullptr && option->get_items_expected_min() > 0;
+  });
+}
+
+// Returns the words of the command line in reverse, as CLI11 expects them.
+std::vector<std::string> reversedWords(int argc, const char* const* argv, const CLI::App& app) {
+  std::vector<std::string> words;
+  bool areArguments = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const bool isValue = takesValue(app, argv[i - 1]);
+    if (areArguments || (word.starts_with('[') && !isValue)) {
+      words.push_back(kArgumentMark + word);
+    } else if (word == "--" && !isValue) {
+      areArguments = true;
+    } else {
+      words.push_back(word);
+    }
+  }
+  std::reverse(words.begin(), words.end());
+  return words;
+}
 
 // Writes names as "-o, --output", and a value as people write it.
 class HelpFormatter : public CLI::Formatter {
@@ -66,10 +113,11 @@ std::string unknownWord(const CLI::App& app) {
     return "unknown option " + option + (names.empty() ? "" : " before the subcommand") +
            suggestion(option, optionsOf(app));
   }
-  if (!unknown.empty() && names.empty()) return "unexpected argument " + unknown.front();
+  const std::string word = unknown.empty() ? "" : unmarked(unknown.front());
+  if (!unknown.empty() && names.empty()) return "unexpected argument " + foundText(word);
   std::string message = "expected a subcommand (" + CLI::detail::join(names, ", ") + ")";
   if (unknown.empty()) return message;
-  return message + ", found " + unknown.front() + suggestion(unknown.front(), names);
+  return message + ", found " + foundText(word) + suggestion(word, names);
 }
 
 // Returns the subcommand that was chosen, or `app` if none was found yet.
@@ -93,11 +141,16 @@ ExitStatus runCommandLine(int argc, const char* const* argv, CLI::App& app,
                           const std::vector<Subcommand>& subcommands) {
   const auto formatter = std::make_shared<HelpFormatter>();
   app.formatter(formatter);
-  for (CLI::App* const subcommand : app.get_subcommands({})) subcommand->formatter(formatter);
+  for (CLI::App* const subcommand : app.get_subcommands({})) {
+    subcommand->formatter(formatter);
+    for (CLI::Option* const option : subcommand->get_options()) {
+      if (option->get_positional()) option->transform(markRemover());
+    }
+  }
   app.require_subcommand(1);
 
   try {
-    app.parse(argc, argv);
+    app.parse(reversedWords(argc, argv, app));
   } catch (const CLI::CallForHelp&) {
     return show(app.help());
   } catch (const CLI::CallForVersion&) {

@@ -189,7 +189,12 @@ std::string zshCompletion(const CLI::App& app) {
          cases +
          "  esac\n"
          "}\n"
-         "compdef _qel-purchase qel-purchase\n";
+         // In a folder of fpath, the file is the function. Its first call defines it anew.
+         "if [[ $funcstack[1] == _qel-purchase ]]; then\n"
+         "  _qel-purchase \"$@\"\n"
+         "else\n"
+         "  compdef _qel-purchase qel-purchase\n"
+         "fi\n";
 }
 
 std::string fishCompletion(const CLI::App& app) {

@@ -3,7 +3,6 @@
 #include <oneapi/tbb/info.h>
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -30,8 +29,6 @@ Examples:
   qel-purchase events --unpaired-surrogates replace --did-as-string examples/purchases.jsonl | jq -c .event
 
   qel-purchase events -o events.jsonl monday.jsonl.gz tuesday.jsonl.zst)";
-
-constexpr std::uint64_t kMostLines = std::numeric_limits<std::int64_t>::max();
 
 // The longest line that simdjson reads has 4 GiB.
 constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 30;

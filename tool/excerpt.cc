@@ -12,4 +12,13 @@ std::string excerpt(std::string_view text) {
   return std::string(text.substr(0, size)) + "...";
 }
 
+std::string foundText(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  constexpr std::string_view kWhiteSpace = " \t\r\n";
+  if (text.starts_with(kByteOrderMark)) return "U+FEFF, a byte order mark";
+  const bool isPlain = !text.empty() && kWhiteSpace.find(text.front()) == std::string_view::npos &&
+                       kWhiteSpace.find(text.back()) == std::string_view::npos;
+  return isPlain ? excerpt(text) : "\"" + excerpt(text) + "\"";
+}
+
 }  // namespace qel::tool

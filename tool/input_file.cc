@@ -22,13 +22,16 @@ std::string errorText() { return std::generic_category().message(errno); }
 int openDescriptor(const std::string& path) {
   if (path == "-") return STDIN_FILENO;
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) throw InputError("cannot open " + path + ": " + errorText());
+  if (descriptor < 0) throw InputError("cannot open " + inputName(path) + ": " + errorText());
   return descriptor;
 }
 
 }  // namespace
 
-std::string inputName(const std::string& path) { return path == "-" ? "standard input" : path; }
+std::string inputName(const std::string& path) {
+  if (path.empty()) return "\"\"";
+  return path == "-" ? "standard input" : path;
+}
 
 std::optional<struct stat> inputStatus(const std::string& path) {
   struct stat status = {};

@@ -25,7 +25,7 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Returns the name of an input for people: its path, or "standard input" for "-".
+// Returns the name of an input for people: its path, "standard input" for "-", or quotes for "".
 std::string inputName(const std::string& path);
 
 // Returns the status of an input, or std::nullopt if there is no such file.

@@ -29,9 +29,10 @@ bool isArchive(std::string_view start) {
 }
 
 // A receipt is PKCS #7 in DER, a SEQUENCE whose length takes two or three bytes, or that in base64.
+// Base64 can be in PEM (RFC 7468).
 bool isReceipt(std::string_view start) {
   if (start.starts_with("\x30\x82") || start.starts_with("\x30\x83") ||
-      start.starts_with("\x30\x80")) {
+      start.starts_with("\x30\x80") || start.starts_with("-----BEGIN ")) {
     return true;
   }
   constexpr std::size_t kEnough = 64;
@@ -96,7 +97,8 @@ const char* foreignFormat(std::string_view start) {
   if (newline == std::string_view::npos) return nullptr;
   if (isWrappedObject(start, line)) {
     return "it is JSON over several lines; write each object on a line of its own, for example "
-           "with jq -c . (jq 1.7 or later keeps large integers)";
+           "with jq -c . (jq 1.7 or later keeps large integers); if it is an answer of the store's "
+           "validation service, read it with qel-purchase receipt --purchases";
   }
   if (isCsvHeader(line)) return "it is CSV; expected JSON Lines: one object on each line";
   return nullptr;

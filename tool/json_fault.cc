@@ -128,8 +128,8 @@ class Scanner {
   }
 
   [[noreturn]] void fail(const char* expected, std::string_view found) const {
-    const std::string foundText = found.empty() ? "the end of the line" : excerpt(found);
-    throw Fault{position_, std::string("expected ") + expected + ", found " + foundText};
+    const std::string text = found.empty() ? "the end of the line" : foundText(found);
+    throw Fault{position_, std::string("expected ") + expected + ", found " + text};
   }
 
   const std::string_view text_;

@@ -62,7 +62,8 @@ int main(int argc, char** argv) {
   reserveStandardStreams();
   std::set_terminate(onTerminate);
 
-  CLI::App app("Computes the events of in-app purchases.", "qel-purchase");
+  CLI::App app("Computes the events of in-app purchases, explains them, and reads receipts.",
+               "qel-purchase");
   app.footer("'qel-purchase SUBCOMMAND --help' shows the options of a subcommand, and examples.");
   app.option_defaults()->take_last();
   app.set_version_flag("--version", "qel-purchase " QEL_VERSION);

@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "excerpt.h"
+
 namespace qel::tool {
 namespace {
 
@@ -38,7 +40,7 @@ CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most) {
     const std::optional<std::uint64_t> number = takeNumber(rest);
     if (!number.has_value() || !rest.empty() || *number < least || *number > most) {
       return "expected a number from " + std::to_string(least) + " to " + std::to_string(most) +
-             ", found " + text;
+             ", found " + foundText(text);
     }
     text = std::to_string(*number);
     return "";
@@ -54,7 +56,7 @@ CLI::Validator byteSize(std::uint64_t least, std::uint64_t most) {
     if (!number.has_value() || !shift.has_value() || *number > most >> *shift ||
         *number << *shift < least) {
       return "expected a size from " + std::to_string(least) + " to " + std::to_string(most) +
-             " bytes, such as 65536, 64K, 64M or 1G; found " + text;
+             " bytes, such as 65536, 64K, 64M or 1G; found " + foundText(text);
     }
     text = std::to_string(*number << *shift);
     return "";
@@ -65,7 +67,7 @@ CLI::Validator byteSize(std::uint64_t least, std::uint64_t most) {
 CLI::Validator oneOf(std::vector<std::string> words) {
   const auto check = [words = std::move(words)](const std::string& text) -> std::string {
     if (std::find(words.begin(), words.end(), text) != words.end()) return "";
-    return "expected " + CLI::detail::join(words, " or ") + ", found " + text;
+    return "expected " + CLI::detail::join(words, " or ") + ", found " + foundText(text);
   };
   return CLI::Validator(check, "");
 }

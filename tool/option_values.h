@@ -5,10 +5,14 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
 namespace qel::tool {
+
+// The greatest number of a line, and the greatest count of lines.
+inline constexpr std::uint64_t kMostLines = std::numeric_limits<std::int64_t>::max();
 
 // Accepts a number from `least` to `most` in decimal digits: 010 is ten, 0x10 and +5 are errors.
 CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most);

@@ -42,6 +42,9 @@ mode_t modeOfNewFile() {
 
 OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& inputs)
     : name_(path == "-" ? "standard output" : path) {
+  if (path.empty()) {
+    throw OutputError("expected a file to write to, or - for standard output, found \"\"");
+  }
   struct stat status = {};
   if (path == "-") {
     descriptor_ = STDOUT_FILENO;

@@ -52,7 +52,7 @@ constexpr const char* kExpectedColumns =
 
 void checkPrice(const std::string& price, const std::string& where) {
   if (Decimal::fromString(price).has_value()) return;
-  fail(where, "expected a price such as 4.99, found " + excerpt(price));
+  fail(where, "expected a price such as 4.99, found " + foundText(price));
 }
 
 std::uint64_t modeOf(const std::string& text, const std::string& where) {
@@ -61,8 +61,8 @@ std::uint64_t modeOf(const std::string& text, const std::string& where) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, mode);
   if (error != std::errc() || stop != end || mode > kLast) {
-    fail(where,
-         "expected 0 (pay as you go), 1 (pay up front) or 2 (free trial), found " + excerpt(text));
+    fail(where, "expected 0 (pay as you go), 1 (pay up front) or 2 (free trial), found " +
+                    foundText(text));
   }
   return mode;
 }
@@ -88,7 +88,7 @@ void add(Row&& row, const std::string& where, ProductCatalogue& catalogue) {
   if (!row.title.empty()) product.title = std::move(row.title);
   if (!catalogue.emplace(row.identifier, std::move(product)).second) {
     fail(where + "identifier",
-         "expected each product once, found twice " + excerpt(row.identifier));
+         "expected each product once, found twice " + foundText(row.identifier));
   }
 }
 
@@ -146,7 +146,7 @@ std::vector<const Column*> columnsOf(const std::vector<std::string>& header) {
         std::find_if(std::begin(kColumns), std::end(kColumns),
                      [&name](const Column& candidate) { return candidate.name == name; });
     if (column == std::end(kColumns)) {
-      fail("line 1", std::string(kExpectedColumns) + ", found " + excerpt(name));
+      fail("line 1", std::string(kExpectedColumns) + ", found " + foundText(name));
     }
     if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
       fail("line 1", "expected each column once, found twice " + name);

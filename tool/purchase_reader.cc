@@ -1,5 +1,8 @@
 #include "purchase_reader.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "transaction_date.h"
 
 namespace qel::tool {
@@ -24,7 +27,7 @@ std::optional<Decimal> readPrice(JsonValue& value) {
   if (!written.has_value()) return std::nullopt;
   const std::optional<Decimal> price = Decimal::fromString(*written);
   if (!price.has_value()) {
-    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + excerpt(*written)};
+    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + foundText(*written)};
   }
   return price;
 }
@@ -35,9 +38,9 @@ std::optional<Instant> readDate(JsonValue& value) {
   const std::optional<Instant> date = parseTransactionDate(*written);
   if (!date.has_value()) {
     throw JsonError{{},
-                    "expected a date such as 2019-03-14T09:26:53Z or "
+                    "expected a date of the years 0001 to 9999 such as 2019-03-14T09:26:53Z or "
                     "2019-03-14T10:26:53.250+01:00, found " +
-                        excerpt(*written)};
+                        foundText(*written)};
   }
   return date;
 }
@@ -195,10 +198,33 @@ constexpr JsonField<Record> kPurchaseFields[] = {
     {"platform", readPlatform},
 };
 
+// Returns what to do about an error that lines of another kind give, empty if there is no advice.
+std::string_view adviceAbout(const JsonError& error) {
+  constexpr std::string_view kServiceKeys[] = {"/environment", "/latest_receipt",
+                                               "/latest_receipt_info", "/pending_renewal_info",
+                                               "/status"};
+  const bool isServiceKey = std::find(std::begin(kServiceKeys), std::end(kServiceKeys),
+                                      error.pointer) != std::end(kServiceKeys);
+  const bool isServiceReceipt =
+      error.pointer == "/receipt" && error.message == "expected an array, found an object";
+  if (isServiceKey || isServiceReceipt) {
+    return "; qel-purchase receipt --purchases reads answers of the store's validation service";
+  }
+  if (error.pointer == "/file") {
+    return "; qel-purchase receipt writes purchases with --purchases only";
+  }
+  return "";
+}
+
 }  // namespace
 
 const Purchase& PurchaseReader::read(std::string_view line) {
-  reader_.read(line, kPurchaseFields, record_);
+  try {
+    reader_.read(line, kPurchaseFields, record_);
+  } catch (JsonError& error) {
+    error.message += adviceAbout(error);
+    throw;
+  }
   if (std::optional<PlainProduct>& product = record_.purchase.product) {
     product->hasDiscountClass = record_.platform.hasDiscountClass;
     product->discountsAnswerPrice = record_.platform.discountsAnswerPrice;

@@ -18,6 +18,9 @@ Exit status: 0 all receipts were read, 1 some were rejected or not verified,
 after SIGTERM 143, after SIGHUP 129.
 
 Examples:
+
+  qel-purchase receipt --verify examples/receipts/ca.pem examples/receipts/production.b64
+
   qel-purchase receipt examples/receipts/production.b64 --purchases \
     --products examples/receipts/products.csv | qel-purchase events)";
 
@@ -28,7 +31,7 @@ Subcommand addReceipt(CLI::App& app) {
   CLI::App* const receipt =
       app.add_subcommand("receipt", "Read receipts, and list their purchases");
   receipt->footer(kFooter);
-  receipt->add_option("FILE", options->inputs, "Receipts, one a file; - is standard input")
+  receipt->add_option("FILE", options->inputs, "Receipts, one in each file; - is standard input")
       ->take_all();
   receipt
       ->add_option("-o,--output", options->output,

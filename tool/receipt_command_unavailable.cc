@@ -1,19 +1,23 @@
-// The subcommand `receipt` in a build without OpenSSL.
+// The subcommand `receipt` in a build without OpenSSL or libcsv.
 
-#include <cstdio>
-
+#include "messages.h"
 #include "receipt_command.h"
 
 namespace qel::tool {
+namespace {
+
+constexpr const char* kReason =
+    "receipt was left out of this build: it needs OpenSSL's libcrypto, libcsv, and "
+    "QEL_BUILD_RECEIPT=ON";
+
+}  // namespace
 
 Subcommand addReceipt(CLI::App& app) {
-  CLI::App* const receipt = app.add_subcommand("receipt", "Read receipts (not in this build)");
+  CLI::App* const receipt = app.add_subcommand("receipt", "Read receipts (left out of this build)");
+  receipt->footer(std::string("Always ends with status 2: ") + kReason + ".");
   receipt->allow_extras();
   return {receipt, [] {
-            std::fputs(
-                "qel-purchase: receipt is not in this build: install OpenSSL's libcrypto and build "
-                "with QEL_BUILD_RECEIPT=ON\n",
-                stderr);
+            report(kReason);
             return kFailed;
           }};
 }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "excerpt.h"
 #include "input_file.h"
 #include "interrupt.h"
 #include "json_reader.h"
@@ -35,6 +36,21 @@ std::string readPadded(const std::string& path) {
   return text;
 }
 
+// Throws if the text is not a receipt, but of a kind that users take for one.
+void refuseOtherKinds(std::string_view text) {
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+    throw JsonError{{},
+                    "expected a receipt, found UTF-16 text; convert it to UTF-8, for example with "
+                    "iconv -f UTF-16 -t UTF-8"};
+  }
+  const std::size_t start = text.find_first_not_of(" \t\r\n");
+  if (start != std::string_view::npos && text[start] == '[') {
+    throw JsonError{{},
+                    "expected a receipt, or one answer of the validation service, which is a JSON "
+                    "object; found a JSON array"};
+  }
+}
+
 bool isJson(std::string_view text) {
   const std::size_t start = text.find_first_not_of(" \t\r\n");
   return start != std::string_view::npos && text[start] == '{';
@@ -43,15 +59,8 @@ bool isJson(std::string_view text) {
 class Run {
  public:
   Run(const ReceiptOptions& options, OutputFile& output) : options_(options), output_(output) {
-    if (!options.certificates.empty()) certificates_ = readPadded(options.certificates);
-    if (!options.products.empty()) {
-      try {
-        catalogue_ = readProductCatalogue(readPadded(options.products));
-      } catch (const JsonError& error) {
-        const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
-        throw OptionFailure{inputName(options.products) + where + ": " + error.message};
-      }
-    }
+    if (options.certificates.has_value()) readCertificates();
+    if (options.products.has_value()) readCatalogue();
   }
 
   void process(const std::string& path) {
@@ -77,7 +86,7 @@ class Run {
       report(inputName(path) +
              ": no purchases written, because the signature is not verified: " + signature);
     } else {
-      writePurchases(receipt);
+      writePurchases(path, receipt);
     }
     flush();
   }
@@ -88,10 +97,16 @@ class Run {
     if (undatedPurchases_ > 0) {
       report(counted(undatedPurchases_, "purchase") + " without a date that can be read");
     }
+    if (untypedRenewals_ > 0) {
+      report(counted(untypedRenewals_, "purchase") +
+             " without a type whose original transaction is another one, which events reports as "
+             "invalid (code 40005); the first: " +
+             firstUntypedRenewal_);
+    }
     if (!missingProducts_.empty()) {
       report(counted(purchasesWithoutProduct_, "purchase") + " of " +
-             counted(missingProducts_.size(), "product") + " that " + inputName(options_.products) +
-             " lacks, such as " + *missingProducts_.begin());
+             counted(missingProducts_.size(), "product") + " that " +
+             inputName(*options_.products) + " lacks, such as " + *missingProducts_.begin());
     }
     if (failedSignatures_ > 0) {
       report(counted(failedSignatures_, "signature") + " not verified");
@@ -106,10 +121,29 @@ class Run {
   static constexpr std::string_view kVerified = "verified";
   static constexpr std::string_view kNotChecked = "not checked";
 
-  static AppReceiptResult read(std::string_view content) {
-    if (!isJson(content)) return readAppReceipt(content);
+  // After an interrupt, the text of a file may be cut. Then it is not used.
+  void readCertificates() {
+    certificates_ = readPadded(*options_.certificates);
+    if (isInterrupted()) return;
+    const std::optional<std::string> fault = describeCertificateFault(*certificates_);
+    if (fault.has_value()) throw OptionFailure{inputName(*options_.certificates) + ": " + *fault};
+  }
+
+  void readCatalogue() {
+    const std::string text = readPadded(*options_.products);
+    if (isInterrupted()) return;
     try {
-      return readServiceAnswer(content);
+      catalogue_ = readProductCatalogue(text);
+    } catch (const JsonError& error) {
+      const std::string where = error.pointer.empty() ? "" : ": " + error.pointer;
+      throw OptionFailure{inputName(*options_.products) + where + ": " + error.message};
+    }
+  }
+
+  static AppReceiptResult read(std::string_view content) {
+    try {
+      refuseOtherKinds(content);
+      return isJson(content) ? readServiceAnswer(content) : readAppReceipt(content);
     } catch (const JsonError& error) {
       return ReceiptError{error.pointer, 0, error.message};
     }
@@ -133,18 +167,29 @@ class Run {
     }
   }
 
-  void writePurchases(const AppReceipt& receipt) {
+  // `events` takes a purchase without a type for a non-consumable. Bought again, that is invalid.
+  void countUntypedRenewal(const std::string& path, const QELInAppPurchaseItem& item) {
+    const bool isOfAnother = item.transactionID.has_value() &&
+                             item.originalTransactionID.has_value() &&
+                             item.transactionID != item.originalTransactionID;
+    if (item.purchaseType.has_value() || !isOfAnother) return;
+    if (++untypedRenewals_ > 1) return;
+    firstUntypedRenewal_ = inputName(path) + ", transaction " + foundText(*item.transactionID);
+  }
+
+  void writePurchases(const std::string& path, const AppReceipt& receipt) {
     constexpr std::size_t kFlushSize = std::size_t{1} << 20;
     const PurchaseEntries entries(receipt, options_.entryChoice);
     for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
       if (!entries.dateOf(i).has_value()) ++undatedPurchases_;
+      countUntypedRenewal(path, receipt.entries[i].item);
       appendPurchase(receipt, i, entries, productOf(receipt.entries[i].item), out_);
       if (out_.text().size() >= kFlushSize) flush();
     }
   }
 
   const CatalogueProduct* productOf(const QELInAppPurchaseItem& item) {
-    if (options_.products.empty()) return nullptr;
+    if (!options_.products.has_value()) return nullptr;
     const std::string identifier = item.productID.value_or("");
     const auto product = catalogue_.find(identifier);
     if (product != catalogue_.end()) return &product->second;
@@ -168,6 +213,8 @@ class Run {
   std::uint64_t failedSignatures_ = 0;
   std::uint64_t unknownDates_ = 0;
   std::uint64_t undatedPurchases_ = 0;
+  std::uint64_t untypedRenewals_ = 0;
+  std::string firstUntypedRenewal_;
   std::uint64_t purchasesWithoutProduct_ = 0;
   std::set<std::string> missingProducts_;
 };
@@ -178,8 +225,8 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
   try {
     catchInterrupts();
     std::vector<std::string> files = options.inputs;
-    for (const std::string& file : {options.products, options.certificates}) {
-      if (!file.empty()) files.push_back(file);
+    for (const auto& file : {options.products, options.certificates}) {
+      if (file.has_value()) files.push_back(*file);
     }
     OutputFile output(options.output, files);
     Run run(options, output);

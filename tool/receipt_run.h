@@ -3,6 +3,7 @@
 #ifndef QEL_TOOL_RECEIPT_RUN_H_
 #define QEL_TOOL_RECEIPT_RUN_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,9 @@ struct ReceiptOptions {
   // Write purchases instead of receipts.
   bool writesPurchases = false;
   EntryChoice entryChoice;
-  // Paths of the catalogue of products, and of the trusted certificates. Empty if there is none.
-  std::string products;
-  std::string certificates;
+  // Paths of the catalogue of products, and of the trusted certificates.
+  std::optional<std::string> products;
+  std::optional<std::string> certificates;
 };
 
 // Reads a receipt from each input. Writes a line for each receipt, or for each of its purchases, to

@@ -58,19 +58,20 @@ std::optional<std::int64_t> readInteger(JsonValue& value) {
   const char* const end = written->data() + written->size();
   const auto [stop, error] = std::from_chars(written->data(), end, integer);
   if (error != std::errc() || stop != end) {
-    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + excerpt(*written)};
+    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + foundText(*written)};
   }
   return integer;
 }
 
 // Returns the digits of an identifier. The identifier 0 is absent.
 std::optional<std::string> readIdentifierDigits(JsonValue& value) {
-  constexpr const char* kExpected = "an integer, as such or in a string";
+  constexpr const char* kExpected =
+      "an integer of at least 0 without leading zeros, as such or in a string";
   const OptionalText written = value.readNumberOrText(kExpected);
   if (isEmpty(written) || written == "0") return std::nullopt;
   const bool isNumber = written->find_first_not_of("0123456789") == std::string_view::npos;
   if (!isNumber || written->front() == '0') {
-    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + excerpt(*written)};
+    throw JsonError{{}, std::string("expected ") + kExpected + ", found " + foundText(*written)};
   }
   return std::string(*written);
 }
@@ -80,7 +81,7 @@ bool readFlag(JsonValue& value) {
   const OptionalText written = value.readText();
   if (isEmpty(written) || written == "false") return false;
   if (written == "true") return true;
-  throw JsonError{{}, R"(expected "true" or "false", found )" + excerpt(*written)};
+  throw JsonError{{}, R"(expected "true" or "false", found )" + foundText(*written)};
 }
 
 constexpr JsonField<ServiceEntry> kEntryFields[] = {

@@ -81,10 +81,10 @@ using AppReceiptResult = std::variant<AppReceipt, ReceiptError>;
 inline constexpr std::size_t kMaxReceiptSize = std::size_t{64} << 20;  // bytes
 inline constexpr std::size_t kMaxReceiptEntries = 100'000;
 
-// Reads a receipt: a CMS SignedData (RFC 5652) in DER or BER, or the base64 (RFC 4648) of one, with
-// or without white space and padding. Ignores attributes of types that have no
-// field above. An attribute that occurs
-// twice is an error. Does not verify the signature.
+// Reads a receipt: a CMS SignedData (RFC 5652) in DER or BER, or the base64 (RFC 4648) of one in
+// either alphabet, with or without white space and padding, or in PEM (RFC 7468). Ignores
+// attributes of types that have no field above. An attribute that occurs twice is an error. Does
+// not verify the signature.
 //
 // Time and memory are proportional to the size of `bytes`.
 [[nodiscard]] QEL_EXPORT AppReceiptResult readAppReceipt(std::string_view bytes) noexcept;
@@ -101,6 +101,11 @@ struct ReceiptVerification {
 // store used for many years, and any key usage. Checks no revocation.
 [[nodiscard]] QEL_EXPORT ReceiptVerification
 verifyReceiptSignature(std::string_view bytes, std::string_view certificates) noexcept;
+
+// Returns why verifyReceiptSignature() cannot use `certificates`: what was expected, and what was
+// found. Returns std::nullopt if it can.
+[[nodiscard]] QEL_EXPORT std::optional<std::string> describeCertificateFault(
+    std::string_view certificates) noexcept;
 
 // Returns the form of RFC 3339, in UTC, of a date in one of the forms that stores write:
 //   2022-04-15T18:52:22+0100      an offset without a colon, or of hours only

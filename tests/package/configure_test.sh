@@ -55,6 +55,19 @@ if configure -DCMAKE_DISABLE_FIND_PACKAGE_libmd=ON; then
   exit 1
 fi
 
+# Without libcrypto, or if the user does not want it, the command is built without its subcommand receipt.
+if configure -DCMAKE_DISABLE_FIND_PACKAGE_OpenSSL=ON -DQEL_BUILD_RECEIPT=ON; then
+  echo "expected a failure with QEL_BUILD_RECEIPT=ON"
+  exit 1
+fi
+expect "QEL_BUILD_RECEIPT=ON, but qel::receipt and qel-purchase receipt cannot be built. Not found: OpenSSL."
+configure -DQEL_BUILD_RECEIPT=OFF
+expect "Configuring done"
+configure -DCMAKE_DISABLE_FIND_PACKAGE_OpenSSL=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O0
+expect "Left out: qel::receipt and qel-purchase receipt (not found: OpenSSL)"
+cmake --build "$work/build" --target qel-purchase >"$work/log" || { cat "$work/log"; exit 1; }
+ctest --test-dir "$work/build" --no-tests=error --output-on-failure -R '^command\.ReceiptLeftOutTest$'
+
 # Inside another project it is the library alone: no command, no tests, no build type, nothing installed.
 mkdir "$work/app"
 cat >"$work/app/CMakeLists.txt" <<PROJECT

@@ -88,6 +88,12 @@ in_root env MANWIDTH=80 man --pager=cat qel-purchase >"$work/manual"
 head -n 4 "$work/manual"
 grep -q 'qel-purchase - ' "$work/manual"
 
+echo "== find the completions"
+for file in bash-completion/completions/qel-purchase zsh/vendor-completions/_qel-purchase \
+  fish/vendor_completions.d/qel-purchase.fish; do
+  in_root dpkg --search "/usr/share/$file" | grep --quiet '^qel-purchase: '
+done
+
 echo "== build the example with CMake"
 in_root sh -ec 'cd /tmp/qel
   cmake -S /usr/share/doc/libqel-purchase-dev/examples/embed -B with_cmake >/dev/null

@@ -69,6 +69,12 @@ diff <(cd "$work/installed" && find . -type f | sort) <(cd "$work/component" && 
   sed 's#^#./#' | sort)
 [ -x "$work/component/command/bin/qel-purchase" ]
 [ -f "$work/component/command/share/man/man1/qel-purchase.1" ]
+# The completions are where the shells look for them, and those that the command writes.
+for completion in bash:bash-completion/completions/qel-purchase zsh:zsh/site-functions/_qel-purchase \
+  fish:fish/vendor_completions.d/qel-purchase.fish; do
+  "$work/installed/bin/qel-purchase" completion "${completion%%:*}" |
+    diff - "$work/component/command/share/${completion#*:}"
+done
 [ -f "$work/component/development/include/qel/purchase_event.h" ]
 [ -f "$work/component/documentation/share/doc/qel-purchase/docs/embedding.md" ]
 

@@ -4,6 +4,7 @@
 #include <openssl/cms.h>
 #include <openssl/err.h>
 
+#include <algorithm>
 #include <string>
 
 #include "receipt_maker.h"
@@ -14,6 +15,12 @@ namespace {
 using testing::attribute;
 using testing::attributeSet;
 using testing::base64Of;
+using testing::element;
+using testing::ia5Element;
+using testing::integerElement;
+using testing::kOctetStringTag;
+using testing::kSequenceTag;
+using testing::kSetTag;
 using testing::ReceiptSigner;
 using testing::utf8Element;
 
@@ -36,6 +43,23 @@ std::string bundleIdentifierOf(const std::string& bytes) {
   const AppReceiptResult result = readAppReceipt(bytes);
   if (const auto* const error = std::get_if<ReceiptError>(&result)) return error->message;
   return std::get<AppReceipt>(result).bundleIdentifier.value_or("absent");
+}
+
+// Returns signed data without signers and certificates: the same structure, but small.
+std::string unsignedReceipt() {
+  const std::string entry =
+      attributeSet({attribute(1702, utf8Element("coins")), attribute(1703, utf8Element("1")),
+                    attribute(1704, ia5Element("2024-03-15T10:00:05Z"))});
+  const std::string receipt =
+      attributeSet({attribute(2, utf8Element("com.example.app")), attribute(17, entry)});
+  const std::string oid = "\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07";
+  constexpr unsigned char kExplicitTag = 0xA0;
+  const std::string content = element(
+      kSequenceTag, oid + "\x01" + element(kExplicitTag, element(kOctetStringTag, receipt)));
+  const std::string signedData =
+      integerElement(1) + element(kSetTag, "") + content + element(kSetTag, "");
+  return element(kSequenceTag,
+                 oid + "\x02" + element(kExplicitTag, element(kSequenceTag, signedData)));
 }
 
 // Returns "PATH, OFFSET: MESSAGE".
@@ -87,6 +111,30 @@ TEST(AppReceiptTest, Base64IsReadWithAndWithoutPadding) {
   EXPECT_GT(paddings, 0U);
 }
 
+TEST(AppReceiptTest, Base64IsReadInBothAlphabets) {
+  std::string text = base64Of(signedReceipt());
+  ASSERT_NE(text.find_first_of("+/"), std::string::npos);
+  std::replace(text.begin(), text.end(), '+', '-');
+  std::replace(text.begin(), text.end(), '/', '_');
+  EXPECT_EQ(bundleIdentifierOf(text), "com.example.app");
+}
+
+TEST(AppReceiptTest, Base64IsReadInPem) {
+  const std::string text = wrapped(base64Of(signedReceipt()), 64, "\n");
+  const std::string first = "-----BEGIN PKCS7-----\n";
+  const std::string last = "-----END PKCS7-----";
+  EXPECT_EQ(bundleIdentifierOf(first + text + last), "com.example.app");
+  EXPECT_EQ(bundleIdentifierOf("\n" + first + text + last + "\r\n\n"), "com.example.app");
+  EXPECT_EQ(failureOf(first + text),
+            ", 0: expected PEM with a line that starts with -----END, found none");
+  EXPECT_EQ(failureOf("-----BEGIN PKCS7-----END PKCS7-----"),
+            ", 0: expected PEM with a line that starts with -----END, found none");
+  EXPECT_EQ(failureOf(first + last), ", 0: expected SEQUENCE, found the end");
+  const std::string pem = first + text + last + "\n";
+  EXPECT_EQ(failureOf(pem + pem), ", " + std::to_string(pem.size()) +
+                                      ": expected one receipt in PEM, found more behind it");
+}
+
 TEST(AppReceiptTest, BytesThatAreNoReceiptAreErrors) {
   EXPECT_EQ(failureOf(""), ", 0: expected a receipt, found nothing");
   EXPECT_EQ(failureOf(" \n"), ", 0: expected a receipt, found nothing");
@@ -94,7 +142,7 @@ TEST(AppReceiptTest, BytesThatAreNoReceiptAreErrors) {
             ", 3: expected a receipt in DER, BER or base64, found a character that is not of "
             "base64");
   EXPECT_EQ(failureOf("TUlJ===="), ", 6: expected at most two = at the end of base64, found more");
-  EXPECT_EQ(failureOf("TU=J"), ", 3: expected = only at the end of base64, found a digit after it");
+  EXPECT_EQ(failureOf("TU=J"), ", 3: expected one receipt, found a digit behind the = at its end");
   EXPECT_EQ(failureOf("TUlJM"),
             ", 5: expected base64 in groups of 4 digits, found its end after one digit");
   // "MII" in base64.
@@ -122,6 +170,35 @@ TEST(AppReceiptTest, BytesAfterTheReceiptAreAnErrorUnlessTheyAreWhiteSpace) {
   EXPECT_EQ(failureOf(whole + "xy\n"),
             ", " + std::to_string(whole.size()) + ": expected the end, found 3 more bytes");
   EXPECT_EQ(bundleIdentifierOf(base64Of(whole + "xy")), "expected the end, found 2 more bytes");
+}
+
+// A signature and certificates would be most of a signed receipt. Without them, every value of
+// every byte can be tried.
+TEST(AppReceiptTest, EveryChangeOfAByteGivesAReceiptOrAnError) {
+  const std::string whole = unsignedReceipt();
+  ASSERT_EQ(bundleIdentifierOf(whole), "com.example.app");
+  std::size_t errors = 0;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    for (int change = 1; change < 256; ++change) {
+      std::string changed = whole;
+      changed[i] = static_cast<char>(changed[i] ^ change);
+      const AppReceiptResult result = readAppReceipt(changed);
+      const auto* const error = std::get_if<ReceiptError>(&result);
+      if (error == nullptr) continue;
+      ++errors;
+      ASSERT_FALSE(error->message.empty()) << "byte " << i << ", xor " << change;
+      ASSERT_LE(error->offset, whole.size()) << "byte " << i << ", xor " << change;
+    }
+  }
+  EXPECT_GT(errors, 0U);
+  EXPECT_LT(errors, whole.size() * 255);
+}
+
+TEST(AppReceiptTest, EveryTruncationIsAnError) {
+  const std::string whole = unsignedReceipt();
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_NE(failureOf(whole.substr(0, size)), "no failure") << size;
+  }
 }
 
 TEST(AppReceiptTest, OtherCmsStructuresAreErrors) {

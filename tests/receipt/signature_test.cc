@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "qel/app_receipt.h"
 #include "receipt_maker.h"
@@ -85,10 +87,29 @@ TEST(SignatureTest, AChangedContentIsNotVerified) {
 }
 
 TEST(SignatureTest, CertificatesMustBeReadable) {
+  const std::string root = signer().root();
+  std::string broken = root;
+  broken.replace(broken.find("MII"), 3, "***");
+  const std::string none = "expected at least one certificate in PEM, or one in DER, found none";
+  const std::pair<std::string, std::string> cases[] = {
+      {"", none},
+      {"no certificate", none},
+      {"-----BEGIN PUBLIC KEY-----\nAAAA\n-----END PUBLIC KEY-----\n", none},
+      {broken, "expected certificates in PEM, found that number 1 is broken"},
+      {root + broken, "expected certificates in PEM, found that number 2 is broken"},
+      {root + root.substr(0, root.size() / 2),
+       "expected certificates in PEM, found that number 2 is broken"},
+      {std::string(kMaxReceiptSize + 1, 'A'),
+       "expected at most 67108864 bytes of certificates, found 67108865"},
+  };
   const std::string receipt = receiptOfDate("2024-03-15T10:00:05Z");
-  EXPECT_EQ(verification(receipt, ""), "expected certificates in PEM or DER, found 0 bytes");
-  EXPECT_EQ(verification(receipt, "no certificate"),
-            "expected certificates in PEM or DER, found none");
+  for (const auto& [certificates, fault] : cases) {
+    EXPECT_EQ(describeCertificateFault(certificates), fault);
+    EXPECT_EQ(verification(receipt, certificates), fault);
+  }
+  EXPECT_EQ(describeCertificateFault({}), none);
+  EXPECT_EQ(describeCertificateFault(root + signer().intermediate()), std::nullopt);
+  EXPECT_EQ(describeCertificateFault(signer().rootInDer()), std::nullopt);
 }
 
 TEST(SignatureTest, UnreadableReceiptsAreNotVerified) {

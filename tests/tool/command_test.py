@@ -279,7 +279,9 @@ class InputTest(CommandTest):
             process = run("events", data=GOOD + b"\n" + data + b"\n" + GOOD)
             results = self.results(process, 1)
             self.assertEqual([results[0], results[2]], [GOOD_RESULT, GOOD_RESULT])
-            self.assertIn("broken JSON", results[1]["error"]["message"])
+            message = results[1]["error"]["message"]
+            self.assertIn("broken JSON", message)
+            self.assertTrue(message.endswith(", found U+FEFF, a byte order mark"), message)
         results = self.results(run("events", data=mark + mark + GOOD), 1)
         self.assertEqual(results[0]["error"]["line"], 1)
 
@@ -497,7 +499,9 @@ class UsageTest(CommandTest):
             b"--quiet",
         ):
             self.assertIn(word, text)
-        self.assertIn(b"events", run("--help").stdout)
+        text = run("--help").stdout
+        for word in (b"events", b"explains", b"receipts"):
+            self.assertIn(word, text)
 
     def test_version_goes_to_standard_output(self):
         process = run("--version")
@@ -520,6 +524,8 @@ class UsageTest(CommandTest):
             ["events", "--first-line", "0x10"],
             ["events", "--first-line", "+5"],
             ["events", "--first-line", "9223372036854775808"],
+            ["explain", "--line", "0"],
+            ["explain", "--line", "9223372036854775808"],
             ["events", "--max-line", "0"],
             ["events", "--max-line", "1T"],
             ["events", "--max-rejected", "-1"],
@@ -544,6 +550,9 @@ class UsageTest(CommandTest):
                 b"--unpaired-surrogates: expected escape or replace, found drop\n",
             ),
             (["events", "--jobs", "0"], b"--jobs: expected a number from 1 to 1024, found 0\n"),
+            (["events", "--jobs", ""], b"--jobs: expected a number from 1 to 1024, found \"\"\n"),
+            ([""], b"), found \"\"\n"),
+            (["code", "40023", ""], b"unexpected argument \"\"\n"),
             (
                 ["events", "--first-line", "1e3"],
                 b"--first-line: expected a number from 1 to 9223372036854775807, found 1e3\n",
@@ -572,6 +581,47 @@ class UsageTest(CommandTest):
         for number, line in (("0100", 100), ("08", 8), ("9223372036854775807", 2**63 - 1)):
             process = run("events", "--first-line", number, data=b"[]")
             self.assertEqual(self.results(process, 1)[0]["error"]["line"], line)
+
+    def test_what_follows_two_dashes_is_an_argument(self):
+        with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+            for name in ("a", "-b", "--", "--quiet"):
+                with open(os.path.join(folder, name), "wb") as file:
+                    file.write(GOOD)
+            for arguments, count in (
+                (["a", "--", "a"], 2),
+                (["--", "-b"], 1),
+                (["a", "--", "-b", "--", "--quiet"], 4),
+                (["a", "--jobs", "1", "--", "-b"], 2),
+                (["a", "--"], 1),
+                (["--"], 1),
+                (["--", "-"], 1),
+                (["-o", "--", "a"], 0),
+            ):
+                with self.subTest(arguments):
+                    process = run("events", *arguments, data=GOOD, cwd=folder)
+                    self.assertEqual(self.results(process, 0), [GOOD_RESULT] * count)
+            process = run("explain", "--", "-b", cwd=folder)
+            self.assertEqual(process.returncode, 0)
+            process = run("explain", "a", "--", "-b", cwd=folder)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            self.assertIn(b"unexpected argument -b\n", process.stderr)
+        self.assertEqual(run("code", "--", "40023").stdout, run("code", "40023").stdout)
+        self.assertEqual(run("completion", "--", "zsh").stdout, run("completion", "zsh").stdout)
+        process = run("--", "events", data=GOOD)
+        self.assertEqual((process.returncode, process.stdout), (2, b""))
+        self.assertIn(b"expected a subcommand", process.stderr)
+
+    def test_brackets_in_a_name_are_part_of_it(self):
+        with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
+            for name in ("[a,b]", "[]"):
+                with open(os.path.join(folder, name), "wb") as file:
+                    file.write(GOOD)
+            process = run("events", "[a,b]", "[]", "-o", "[c,d]", cwd=folder)
+            self.assertEqual(self.results(process, 0), [])
+            process = run("events", "--first-line", "2", "[a,b]", cwd=folder)
+            self.assertEqual(self.results(process, 0), [GOOD_RESULT])
+            written = lines_of(os.path.join(folder, "[c,d]"))
+            self.assertEqual([parse(line) for line in written], [GOOD_RESULT] * 2)
 
     def test_help_that_cannot_be_written_is_an_error(self):
         with open("/dev/full", "wb") as full:
@@ -1021,6 +1071,13 @@ class OutputTest(CommandTest):
         with open(self.output, "rb") as file:
             return file.read()
 
+    def test_an_empty_name_is_an_error(self):
+        for arguments in (["events", "-o", ""], ["explain", "--html", ""]):
+            process = run(*arguments, data=GOOD)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            expected = b'expected a file to write to, or - for standard output, found ""\n'
+            self.assertEqual(process.stderr, b"qel-purchase: " + expected)
+
     def test_a_file_gets_what_standard_output_would_get(self):
         process = run("events", "-o", self.output, EXAMPLES)
         self.assertEqual((process.returncode, process.stdout), (0, b""))
@@ -1262,6 +1319,27 @@ class ManPageTest(CommandTest):
                 )
 
 
+class ReceiptLeftOutTest(CommandTest):
+    """For a build without the subcommand `receipt`."""
+
+    def test_receipt_says_that_it_was_left_out(self):
+        for arguments in ([], ["--purchases", "a.der"], ["--", "-a"]):
+            process = run("receipt", *arguments)
+            self.assertEqual((process.returncode, process.stdout), (2, b""))
+            self.assertTrue(
+                process.stderr.startswith(b"qel-purchase: receipt was left out of this build: "),
+                process.stderr,
+            )
+            self.assertEqual(process.stderr.count(b"\n"), 1)
+
+    def test_the_help_says_so_too(self):
+        process = run("receipt", "--help")
+        self.assertEqual((process.returncode, process.stderr), (0, b""))
+        self.assertIn(b"receipt was left out of this build", process.stdout)
+        self.assertIn(b"left out of this build", run("--help").stdout)
+        self.assertEqual(run("events", data=GOOD).returncode, 0)
+
+
 class CompletionTest(CommandTest):
     def script(self, shell):
         process = run("completion", shell)
@@ -1310,10 +1388,14 @@ class CompletionTest(CommandTest):
         name = os.path.join(folder, "_qel-purchase")
         with open(name, "w", encoding="utf-8") as file:
             file.write(self.script("zsh"))
+        for setup in ("compinit -D -u && source " + name, "fpath+=({}) && compinit -D -u".format(folder)):
+            self.check_zsh(folder, "autoload -U compinit && " + setup)
+
+    def check_zsh(self, folder, setup):
         terminal = self.start_zsh(folder)
-        self.type(terminal, "autoload -U compinit && compinit -D -u && source {}".format(name))
+        self.type(terminal, setup)
         for words, expected in self.CASES:
-            with self.subTest(words):
+            with self.subTest(words, setup=setup):
                 # zsh proposes options only after a hyphen.
                 expected = {word for word in expected if words[-1] or not word.startswith("-")}
                 # The first tab inserts what is certain, the second lists the choices.

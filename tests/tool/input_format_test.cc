@@ -43,6 +43,7 @@ TEST(InputFormatTest, RecognisesReceipts) {
   const std::string receipt = "it is an app receipt";
   EXPECT_EQ(format("\x30\x82\x15\x3f\x06\x09"), receipt);
   EXPECT_EQ(format("MIITtgYJKoZIhvcNAQcCoIITpzCCE6MCAQExCzAJBgUrDgMCGgUAMIIDVwYJKoZI"), receipt);
+  EXPECT_EQ(format("-----BEGIN PKCS7-----\nMIIT"), receipt);
 }
 
 TEST(InputFormatTest, RecognisesBinaryData) {

@@ -16,6 +16,8 @@ TEST(JsonFaultTest, DescribesTheFirstFault) {
   const FaultCase cases[] = {
       {""sv, "1: expected a value, found the end of the line"},
       {"x"sv, "1: expected a value, found x"},
+      {"\uFEFF{}"sv, "1: expected a value, found U+FEFF, a byte order mark"},
+      {"{}\uFEFF"sv, "3: expected nothing after the object, found U+FEFF, a byte order mark"},
       {"  é"sv, "3: expected a value, found é"},
       {"{"sv, "2: expected a key in quotes or }, found the end of the line"},
       {"}"sv, "1: expected a value, found }"},

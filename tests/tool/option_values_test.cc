@@ -18,9 +18,13 @@ TEST(WholeNumberTest, AcceptsDecimalDigitsWithinTheRange) {
   EXPECT_EQ(result(number, "1"), "1");
   EXPECT_EQ(result(number, "010"), "10");
   EXPECT_EQ(result(number, "1024"), "1024");
-  for (const char* const text : {"0", "1025", "", "x", "-1", "+5", "0x10", "1e3", "1 ", " 1", "1K",
-                                 "18446744073709551617"}) {
+  for (const char* const text :
+       {"0", "1025", "x", "-1", "+5", "0x10", "1e3", "1K", "18446744073709551617"}) {
     EXPECT_EQ(result(number, text), std::string("expected a number from 1 to 1024, found ") + text);
+  }
+  for (const char* const text : {"", " ", "1 ", " 1"}) {
+    EXPECT_EQ(result(number, text),
+              std::string("expected a number from 1 to 1024, found \"") + text + "\"");
   }
 }
 
@@ -34,13 +38,14 @@ TEST(ByteSizeTest, AcceptsUnits) {
 
 TEST(ByteSizeTest, RejectsEverythingElse) {
   const CLI::Validator size = byteSize(100, std::uint64_t{4} << 30);
-  for (const char* const text : {"0", "99", "0K", "5G", "4294967297", "4194305K", "K", "", "1k",
-                                 "1KB", "1T", "-1", "1.5M", "18014398509481985K"}) {
+  for (const char* const text : {"0", "99", "0K", "5G", "4294967297", "4194305K", "K", "1k", "1KB",
+                                 "1T", "-1", "1.5M", "18014398509481985K"}) {
     EXPECT_EQ(result(size, text),
               std::string("expected a size from 100 to 4294967296 bytes, such as 65536, 64K, 64M "
                           "or 1G; found ") +
                   text);
   }
+  EXPECT_TRUE(result(size, "").ends_with("; found \"\""));
 }
 
 TEST(OneOfTest, AcceptsTheWordsOnly) {
@@ -48,7 +53,7 @@ TEST(OneOfTest, AcceptsTheWordsOnly) {
   EXPECT_EQ(result(word, "escape"), "escape");
   EXPECT_EQ(result(word, "replace"), "replace");
   EXPECT_EQ(result(word, "x"), "expected escape or replace, found x");
-  EXPECT_EQ(result(word, ""), "expected escape or replace, found ");
+  EXPECT_EQ(result(word, ""), "expected escape or replace, found \"\"");
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ TEST_F(OutputFileTest, FailsIfTheFileCannotBeCreated) {
             "cannot write " + path("no/file") + ": No such file or directory");
   EXPECT_EQ(errorOf(folder_, {}), "cannot write " + folder_.string() + ": Is a directory");
   EXPECT_EQ(errorOf(path("new/"), {}), "cannot write " + path("new/") + ": Is a directory");
-  EXPECT_EQ(errorOf("", {}), "cannot write : Is a directory");
+  EXPECT_EQ(errorOf("", {}), "expected a file to write to, or - for standard output, found \"\"");
 }
 
 TEST_F(OutputFileTest, FailsIfTheDiskIsFull) {

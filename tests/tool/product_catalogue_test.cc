@@ -88,7 +88,7 @@ TEST(ProductCatalogueTest, AnIntroductoryPriceNeedsAMode) {
   const std::string mode =
       "line 2, introductoryMode: expected 0 (pay as you go), 1 (pay up front) or 2 (free trial), "
       "found ";
-  EXPECT_EQ(failureOf(header + "a,1,EUR,0.5,\n"), mode);
+  EXPECT_EQ(failureOf(header + "a,1,EUR,0.5,\n"), mode + "\"\"");
   EXPECT_EQ(failureOf(header + "a,1,EUR,0.5,3\n"), mode + "3");
   EXPECT_EQ(failureOf(header + "a,1,EUR,0.5,free\n"), mode + "free");
   EXPECT_EQ(failureOf(header + "a,1,EUR,x,0\n"),

@@ -122,6 +122,23 @@ void expectEmptyPurchase(const Purchase& purchase) {
   EXPECT_TRUE(purchase.receipt.empty());
 }
 
+TEST(PurchaseReaderTest, LinesOfAnotherKindAreErrorsWithAdvice) {
+  const std::string unknownKey =
+      " unknown key: expected id, product, transaction, receipt or platform";
+  const std::string service =
+      "; qel-purchase receipt --purchases reads answers of the store's validation service";
+  Reader reader;
+  EXPECT_EQ(reader.errorOf(R"({"status":0,"receipt":{}})"), "/status" + unknownKey + service);
+  EXPECT_EQ(reader.errorOf(R"({"latest_receipt_info":[]})"),
+            "/latest_receipt_info" + unknownKey + service);
+  EXPECT_EQ(reader.errorOf(R"({"receipt":{"in_app":[]}})"),
+            "/receipt expected an array, found an object" + service);
+  EXPECT_EQ(reader.errorOf(R"({"file":"a.der","receipt":[]})"),
+            "/file" + unknownKey + "; qel-purchase receipt writes purchases with --purchases only");
+  EXPECT_EQ(reader.errorOf(R"({"name":"a"})"), "/name" + unknownKey);
+  EXPECT_EQ(reader.errorOf(R"({"receipt":0})"), "/receipt expected an array, found a number");
+}
+
 TEST(PurchaseReaderTest, ReadsEveryKey) {
   Reader reader;
   expectWholePurchase(reader.read(kWholePurchase));
@@ -467,8 +484,10 @@ constexpr TypedKey kTypedKeys[] = {
 
 class TypedKeyTest : public ::testing::TestWithParam<TypedKey> {
  protected:
+  // Without advice.
   static std::string errorOfValue(std::string_view value) {
-    return errorOf(withValue(GetParam().line, value));
+    const std::string error = errorOf(withValue(GetParam().line, value));
+    return error.substr(0, error.find(';'));
   }
 };
 
@@ -680,10 +699,13 @@ TEST(PurchaseReaderTest, RejectsPricesPastTheLimitsOfADecimal) {
 }
 
 TEST(PurchaseReaderTest, RejectsStringsThatAreNoPrice) {
-  for (const char* const price : {"", "nan", "NAN", "-NaN", "Infinity", "4,99", "+1", "01", ".5",
-                                  "1.", " 1", "1 ", "$1", "0x1", "٤"}) {
-    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))),
-              std::string("/product/price expected ") + kPrice + ", found " + price);
+  const std::string expected = std::string("/product/price expected ") + kPrice + ", found ";
+  for (const char* const price :
+       {"nan", "NAN", "-NaN", "Infinity", "4,99", "+1", "01", ".5", "1.", "$1", "0x1", "٤"}) {
+    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))), expected + price);
+  }
+  for (const char* const price : {"", " 1", "1 "}) {
+    EXPECT_EQ(errorOf(withValue(kPriceLine, inQuotes(price))), expected + inQuotes(price));
   }
 }
 
@@ -695,14 +717,15 @@ TEST(PurchaseReaderTest, SaysTheSameOfAnOffersPrice) {
 // --- Dates ---
 
 TEST(PurchaseReaderTest, RejectsATransactionDateInAnyOtherForm) {
-  for (const char* const date : {"", "2019-03-14", "2019-02-30T09:26:53Z", "2019-03-14T09:26:53",
-                                 "2019-03-14T09:26:53.Z", "yesterday"}) {
-    EXPECT_EQ(
-        errorOf(withValue(R"({"transaction":{"transactionDate":"@"}})", date)),
-        std::string("/transaction/transactionDate expected a date such as 2019-03-14T09:26:53Z or "
-                    "2019-03-14T10:26:53.250+01:00, found ") +
-            date);
+  const std::string line = R"({"transaction":{"transactionDate":"@"}})";
+  const std::string expected =
+      "/transaction/transactionDate expected a date of the years 0001 to 9999 such as "
+      "2019-03-14T09:26:53Z or 2019-03-14T10:26:53.250+01:00, found ";
+  for (const char* const date : {"2019-03-14", "0000-03-14T09:26:53Z", "2019-02-30T09:26:53Z",
+                                 "2019-03-14T09:26:53", "2019-03-14T09:26:53.Z", "yesterday"}) {
+    EXPECT_EQ(errorOf(withValue(line, date)), expected + date);
   }
+  EXPECT_EQ(errorOf(withValue(line, "")), expected + "\"\"");
 }
 
 // --- Long values in messages ---

@@ -193,6 +193,20 @@ class ReceiptErrorTest(ReceiptTest):
         )
         self.assertEqual(accepted["file"], PRODUCTION)
 
+    def test_other_texts_are_errors_that_say_what_they_are(self):
+        answer = json.loads(read(SERVICE))
+        for data, message in [
+            (read(PRODUCTION).decode().encode("utf-16"), "expected a receipt, found UTF-16 text; "),
+            (json.dumps(answer).encode("utf-16"), "expected a receipt, found UTF-16 text; "),
+            (json.dumps([answer]).encode(), "; found a JSON array"),
+            (read(PRODUCTION) * 2, "expected one receipt, found a digit behind the = at its end"),
+            (base64.b64decode(read(PRODUCTION)) * 2, "expected the end, found "),
+            (json.dumps(answer).encode() * 2, "expected nothing after the object, found {"),
+        ]:
+            process = run("receipt", data=data)
+            self.check(process, 1, ["qel-purchase: 0 receipts read, 1 rejected"])
+            self.assertIn(message, lines_of(process)[0]["error"]["message"])
+
     def test_with_purchases_errors_go_to_standard_error(self):
         process = run("receipt", "--purchases", data=b"")
         self.check(
@@ -204,6 +218,24 @@ class ReceiptErrorTest(ReceiptTest):
             ],
         )
         self.assertEqual(process.stdout, b"")
+
+    def test_events_and_explain_advise_to_read_receipts_with_receipt(self):
+        answer = json.loads(read(SERVICE))
+        inputs = [
+            read(PRODUCTION),
+            base64.b64decode(read(PRODUCTION)),
+            b"-----BEGIN PKCS7-----\n" + read(PRODUCTION) + b"-----END PKCS7-----\n",
+            json.dumps(answer).encode(),
+            json.dumps({"receipt": answer["receipt"]}).encode(),
+            json.dumps(answer, indent=2).encode(),
+        ]
+        for data in inputs:
+            for subcommand in ["events", "explain"]:
+                process = run(subcommand, data=data)
+                self.assertNotEqual(process.returncode, 0, data[:80])
+                self.assertIn(b"qel-purchase receipt --purchases", process.stdout + process.stderr)
+        process = run("events", data=run("receipt", PRODUCTION).stdout)
+        self.assertIn(b"qel-purchase receipt writes purchases with --purchases only\n", process.stderr)
 
     def test_errors_of_the_service_have_a_pointer(self):
         process = run("receipt", data=b'{"receipt":{"in_app":[{"quantity":"x"}]}}')
@@ -276,6 +308,19 @@ class ReceiptErrorTest(ReceiptTest):
         )
         process = run("receipt", "--verify", "/missing", PRODUCTION)
         self.check(process, 2, ["qel-purchase: cannot open /missing: No such file or directory"])
+        for option in ["--verify", "--products"]:
+            process = run("receipt", "--purchases", option, "", PRODUCTION)
+            self.check(process, 2, ['qel-purchase: cannot open "": No such file or directory'])
+            self.assertEqual(process.stdout, b"")
+        for content in [b"", b"no certificate"]:
+            path = self.in_file(content, "root.pem")
+            process = run("receipt", "--verify", path, PRODUCTION, DEVELOPMENT)
+            self.check(
+                process,
+                2,
+                ["qel-purchase: " + path + ": expected at least one certificate in PEM, or one in DER, found none"],
+            )
+            self.assertEqual(process.stdout, b"")
 
 
 class ReceiptSignatureTest(ReceiptTest):
@@ -395,6 +440,31 @@ class ReceiptPurchasesTest(ReceiptTest):
             self.assertEqual(
                 line["receipt"], [e for e in entries if e["purchaseDateIA5String"] <= date]
             )
+
+    def test_purchases_without_a_type_that_become_invalid_are_counted(self):
+        process = run("receipt", "--purchases", "--products", PRODUCTS, PRODUCTION, SERVICE)
+        self.check(
+            process,
+            0,
+            [
+                "qel-purchase: 2 purchases without a type whose original transaction is another one, "
+                "which events reports as invalid (code 40005); the first: "
+                + SERVICE
+                + ", transaction 540000712300140",
+                "qel-purchase: 2 receipts read, 0 rejected",
+            ],
+        )
+        events = lines_of(run("events", data=process.stdout))[6:]
+        codes = [[entry["code"] for entry in line["diagnostics"]] for line in events]
+        self.assertEqual([40005 in list for list in codes], [False, True, True])
+        # With their types they are valid.
+        purchases = lines_of(process)[6:]
+        for purchase in purchases:
+            for entry in purchase["receipt"]:
+                entry["purchaseType"] = 3
+        typed = run("events", data="\n".join(map(json.dumps, purchases)).encode())
+        for line in lines_of(typed):
+            self.assertNotIn("invalid", line["event"])
 
     def test_products_that_the_catalogue_lacks_are_counted(self):
         catalogue = self.in_file(b'[{"identifier":"com.example.reader.pro","price":"9.99","currency":"EUR"}]')

@@ -157,7 +157,8 @@ TEST(ServiceJsonTest, ErrorsHaveAPointer) {
             "found 1.5");
   for (const char* const identifier : {"x", "-1", "007"}) {
     EXPECT_EQ(failureOfEntry(std::string(R"("web_order_line_item_id":")") + identifier + "\""),
-              std::string("/receipt/in_app/0/web_order_line_item_id: expected an integer, as such "
+              std::string("/receipt/in_app/0/web_order_line_item_id: expected an integer of at "
+                          "least 0 without leading zeros, as such "
                           "or in a string, found ") +
                   identifier);
   }

@@ -1,7 +1,5 @@
 #include "explain/explain_command.h"
 
-#include <cstdint>
-#include <limits>
 #include <memory>
 
 #include "explain/explain_run.h"
@@ -45,7 +43,7 @@ Subcommand addExplain(CLI::App& app) {
           ->type_name("ID");
   explain->add_option("--line", options->line, "Explain the purchase of this line")
       ->type_name("N")
-      ->transform(wholeNumber(1, std::numeric_limits<std::uint64_t>::max()))
+      ->transform(wholeNumber(1, kMostLines))
       ->excludes(id);
   return {explain, [options] { return runExplain(*options); }};
 }
