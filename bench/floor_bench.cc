@@ -68,7 +68,7 @@ std::uint64_t word(const char* text) {
 // 0.
 std::uint64_t misfits(const char* text, const char* shape) {
   std::uint64_t isDigit = 0;
-  for (unsigned i = 0; i < 8; ++i) isDigit |= std::uint64_t{shape[i] == '0'} << (8 * i);
+  for (unsigned i = 0; i < 8; ++i) isDigit |= std::uint64_t{shape[i] == '0' ? 1U : 0U} << (8 * i);
   const std::uint64_t difference = word(text) ^ word(shape);
   return (difference | (difference + 6 * isDigit)) & (~std::uint64_t{0} - 15 * isDigit);
 }
@@ -85,9 +85,9 @@ std::optional<std::int64_t> parseDate(std::string_view date) {
   const std::chrono::year_month_day day(std::chrono::year(number(text) * 100 + number(text + 2)),
                                         std::chrono::month(static_cast<unsigned>(number(text + 5))),
                                         std::chrono::day(static_cast<unsigned>(number(text + 8))));
-  const int hour = number(text + 11);
-  const int minute = number(text + 14);
-  const int second = number(text + 17);
+  const std::int64_t hour = number(text + 11);
+  const std::int64_t minute = number(text + 14);
+  const std::int64_t second = number(text + 17);
   if (!day.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
   return std::chrono::sys_days(day).time_since_epoch().count() * std::int64_t{86400} +
          (hour * 60 + minute) * 60 + second;

@@ -30,8 +30,8 @@ std::string writtenHour(std::chrono::sys_seconds instant) {
 SamplePurchase::SamplePurchase(std::size_t size, ReceiptOrder order, unsigned seed) {
   const std::chrono::sys_seconds start =
       std::chrono::sys_days(std::chrono::year(2019) / 3 / 14) + seed * std::chrono::seconds(100003);
-  const std::int64_t firstIdentifier = 1000000512345678 + seed * 7919;
-  const std::int64_t firstLineItem = 1000000045678901 + seed * 6007;
+  const std::int64_t firstIdentifier = 1000000512345678 + std::int64_t{seed} * 7919;
+  const std::int64_t firstLineItem = 1000000045678901 + std::int64_t{seed} * 6007;
   // Hours from the first purchase, in the order of the receipt.
   std::vector<int> hours(size);
   std::iota(hours.begin(), hours.end(), 0);

@@ -69,7 +69,7 @@ TEST(CompactJson, TakesNothingOnceItStopped) {
 
 TEST(CompactJson, StopsAtOnceInATextWithEscapesControlCharactersOrIllFormedUtf8) {
   for (const std::string_view text :
-       {"[\"a\\u0062\"]", "[\"a\tb\"]", "[\n]", "[\"\xC3\"]", "[\"\x1F\"]"})
+       {R"(["a\u0062"])", "[\"a\tb\"]", "[\n]", "[\"\xC3\"]", "[\"\x1F\"]"})
     EXPECT_FALSE(CompactJson(text).take('[')) << text;
   for (const std::string_view text : {"[\"a b\"]", "[\"\u00e9\u6708\"]", "[]\r", "[\"\x7F\"]"})
     EXPECT_TRUE(CompactJson(text).take('[')) << text;
