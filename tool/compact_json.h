@@ -77,8 +77,8 @@ class CompactJson {
     unsigned char others = 0;
     for (const char character : text) {
       const auto byte = static_cast<unsigned char>(character);
-      others |= static_cast<unsigned char>(byte < 0x20 ? 1 : 0);
-      others |= static_cast<unsigned char>(byte == '\\' ? 1 : 0);
+      const int isOther = static_cast<int>(byte < 0x20) | static_cast<int>(byte == '\\');
+      others |= static_cast<unsigned char>(isOther);
     }
     return others == 0 && simdjson::validate_utf8(text);
   }
