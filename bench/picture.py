@@ -3,10 +3,10 @@
 import math
 from xml.sax.saxutils import escape
 
-PANEL_WIDTH, PANEL_HEIGHT = 470, 220
+PANEL_WIDTH, PANEL_HEIGHT = 500, 370
 MARGIN = 16
 # Left edge of the bars, and the length of the longest. The text of a bar is to its right.
-BAR_START, BAR_LENGTH, BAR_HEIGHT, BAR_STEP = 150, 140, 18, 30
+BAR_START, BAR_LENGTH, BAR_HEIGHT, BAR_STEP = 170, 140, 18, 30
 # Left, top, right and bottom of the plot in a panel of lines.
 PLOT = (72, 92, PANEL_WIDTH - 24, PANEL_HEIGHT - 30)
 
@@ -46,9 +46,9 @@ def line(x1, y1, x2, y2, kind):
     )
 
 
-def bars(title, rows, base=None):
-    """Returns a panel of bars. A row is a name, a size and the text beside the bar. `base` is the
-    name of a row in another color."""
+def bars(title, rows, bases=()):
+    """Returns a panel of bars. A row is a name, a size and the text beside the bar. `bases`
+    are the names of rows in another color."""
     longest = max(size for _, size, _ in rows)
     shapes = [text(0, 14, title, "title")]
     for index, (name, size, words) in enumerate(rows):
@@ -57,7 +57,7 @@ def bars(title, rows, base=None):
         shapes.append(text(BAR_START - 8, y + 14, name, anchor="end"))
         shapes.append(
             '<rect x="{}" y="{}" width="{:.1f}" height="{}" rx="2" class="{}"/>'.format(
-                BAR_START, y, length, BAR_HEIGHT, "base" if name == base else "bar"
+                BAR_START, y, length, BAR_HEIGHT, "base" if name in bases else "bar"
             )
         )
         shapes.append(text(BAR_START + length + 8, y + 14, words, "note"))
