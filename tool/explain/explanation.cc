@@ -72,7 +72,7 @@ Prose priceAndQuantityText(const PurchaseFacts& facts) {
 }
 
 std::string receiptSizeText(const PurchaseFacts& facts) {
-  const std::string size = counted(facts.purchase.receipt.size(), "entry", "entries");
+  std::string size = counted(facts.purchase.receipt.size(), "entry", "entries");
   if (isEmpty(facts.productIdentifier())) return size;
   return size + ", " + std::to_string(facts.ofProduct.size()) + " of this product";
 }
