@@ -217,7 +217,8 @@ class Run {
   std::string nothingSelected() const {
     const std::string name = inputName(options_.input);
     if (options_.id.has_value()) {
-      return "no purchase of " + name + " has the id " + displayText(*options_.id, 60) +
+      return "no purchase of " + name + " has the id " +
+             (options_.id->empty() ? "\"\"" : displayText(*options_.id, 60)) +
              "; without --id, the command lists all purchases";
     }
     const std::string line = "line " + std::to_string(*options_.line) + " of " + name;

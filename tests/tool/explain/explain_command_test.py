@@ -144,6 +144,7 @@ class TextTest(unittest.TestCase):
     def test_nothing_selected_is_an_error(self):
         for arguments, message in (
             (["--id", "x"], "no purchase of standard input has the id x; without --id, the command lists all purchases"),
+            (["--id", ""], 'no purchase of standard input has the id ""; without --id, the command lists all purchases'),
             (["--line", "9"], "line 9 of standard input does not exist: the input has 3 lines"),
             (["--line", "2"], "line 2 of standard input is blank"),
         ):
