@@ -1,6 +1,6 @@
-// A fast reader for JSON as most programs write it: keys in the order of their table, no escapes,
-// and no white space except one space after a colon or a comma. It reports no errors. If it does
-// not reach the end, the text has another form or is wrong, and the caller reads it with simdjson.
+// A fast reader for JSON in one form: keys in the order of their table, no escapes, and no white
+// space except one space after a colon or a comma. It reports no errors. If it does not reach the
+// end, the text has another form or is wrong, and the caller reads it with simdjson.
 
 #ifndef QEL_TOOL_COMPACT_JSON_H_
 #define QEL_TOOL_COMPACT_JSON_H_
