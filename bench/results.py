@@ -4,7 +4,7 @@ import json
 import os
 
 
-# The stages whose sum is the lower bound for a line.
+# The stages whose sum a whole line is compared with.
 LEAST = ("simdjson over all values", "event alone", "copy of the output")
 
 
@@ -25,7 +25,7 @@ class Results:
 
     @property
     def stage_ratio(self):
-        """The time of a whole line, divided by its lower bound."""
+        """The time of a whole line, divided by the sum of the stages in LEAST."""
         stages = self.command["stages"]
         return stages["whole line"] / sum(stages[name] for name in LEAST)
 

@@ -9,8 +9,8 @@ namespace qel::bench {
 
 // Measures the stages on the lines of the file `path`, in memory and on one thread. Measures also
 //
-// - the lower bound for a line: simdjson going over its values, its event alone, and a copy of its
-//   output,
+// - what a line is compared with: simdjson going over its values, its event alone, and a copy of
+//   its output,
 // - what only one thread of the command does at a time: reading blocks of the file and splitting
 //   them, and writing results.
 //
