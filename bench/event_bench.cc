@@ -74,8 +74,8 @@ BENCHMARK_CAPTURE(BM_Event, free_trial, makeFreeTrial);
 BENCHMARK_CAPTURE(BM_Event, introductory_offer, makeIntroductoryOffer);
 BENCHMARK_CAPTURE(BM_Event, invalid, makeInvalid);
 
-// Takes a thousand purchases of all kinds in turn, no two of which are alike. The other benchmarks
-// of events repeat one purchase, whose branches the processor learns.
+// Takes a thousand purchases of all kinds in turn, no two of which are alike. BM_Event repeats one
+// purchase, whose branches the processor learns.
 void BM_EventMix(benchmark::State& state) {
   constexpr std::array<MakeKind, 5> kKinds = {makeRenewal, makeConsumable, makeFreeTrial,
                                               makeIntroductoryOffer, makeInvalid};

@@ -10,7 +10,8 @@
 namespace qel::bench {
 
 // Goes over every key and value of the object on a line, and keeps none. simdjson::SIMDJSON_PADDING
-// bytes after the line must be readable. Throws simdjson::simdjson_error.
+// bytes after the line must be readable. Throws simdjson::simdjson_error, also if a number is not a
+// 64-bit integer.
 void readJsonValues(simdjson::ondemand::parser& parser, std::string_view line);
 
 }  // namespace qel::bench

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures the command, what a line costs in its stages, and other programs doing the same work.
+"""Measures the command, the stages of a line, and other programs that read the same purchases.
 
 Usage: measure_command.py FOLDER FILE
 
@@ -12,8 +12,8 @@ to standard output:
     cpu             CPU seconds for FILE: alone, beside another process, with two threads
     memory          peak memory in bytes, by number of threads and of times that FILE is read
 
-Each value is the best of several rounds, because other load on the machine only adds time. Exits
-with 1 if another program writes something else than the command.
+Times are the least and rates the greatest of several rounds, because other load on the machine only
+adds time. Exits with 1 if node or Python writes something else than the command.
 """
 
 import filecmp
@@ -71,9 +71,11 @@ class Measurement:
         return Run(self.command(paths, jobs), self.output(name))
 
     def stages(self):
+        """Returns nanoseconds of a line by stage."""
         command = [os.path.join(self.folder, "qel-bench"), "--stages", self.path]
         text = subprocess.run(command, stdout=subprocess.PIPE, check=True, text=True).stdout
-        return {name: float(time) for name, time in re.findall(r"^  (\S.*?) +(\d+) ns$", text, re.M)}
+        rows = re.findall(r"^  (\S.*?) +(\d+) ns$", text, re.M)
+        return {name: float(nanoseconds) for name, nanoseconds in rows}
 
     def beside_another(self):
         """Returns the CPU seconds of one of two runs at the same time."""
@@ -83,12 +85,13 @@ class Measurement:
     def memory(self, paths, jobs):
         """Returns the peak memory in bytes."""
         peak = self.output("peak")
-        time = ["/usr/bin/time", "--format", "%M", "--output", peak]
-        Run([*time, *self.command(paths, jobs)], self.output("events")).wait()
+        gnu_time = ["/usr/bin/time", "--format", "%M", "--output", peak]
+        Run([*gnu_time, *self.command(paths, jobs)], self.output("events")).wait()
         with open(peak, encoding="ascii") as file:
             return int(file.read()) * 1024
 
     def rates_of_others(self):
+        """Returns bytes of input per second by program. Compares the events with the command's."""
         part = self.output("part.jsonl")
         with open(self.path, "rb") as file, open(part, "wb") as head:
             for _, line in zip(range(LINES_FOR_OTHERS), file):

@@ -4,7 +4,7 @@
 Usage: report.py FOLDER... PICTURE DOCUMENT
 
 Each FOLDER contains the results of a run. PICTURE is the SVG to write. DOCUMENT is a Markdown file;
-the lines between the two comments that MARKS names are replaced by tables.
+the lines between the two comments of MARKS are replaced by tables.
 """
 
 import re
@@ -27,6 +27,7 @@ RECEIPTS = {
     "reversed": "BM_EventReceipt/reversed/",
     "random": "BM_EventReceipt/random/",
 }
+# Numbers of entries of the receipts.
 SIZES = [1, 10, 100, 1000, 10000]
 PARTS = {
     "parse a date": "BM_Date",
@@ -39,6 +40,22 @@ PARTS = {
 }
 
 
+def events_command(threads, times=1):
+    """Returns the command that computes the events of FILE, read several times."""
+    paths = " ".join([FILE] * times)
+    return "{} events --jobs {} {} >events.jsonl".format(COMMAND, threads, paths)
+
+
+# What the tables say of each program of measure_command.py, and its command.
+PROGRAMS = {
+    "one thread": ("the command, one thread", events_command(1)),
+    "two threads": ("the command, two threads", events_command(2)),
+    "node": ("node, same events", "node bench/events.mjs {} >events.jsonl".format(FILE)),
+    "Python": ("Python, same events", "python3 bench/events.py {} >events.jsonl".format(FILE)),
+    "jq": ("jq, reads only", "jq -c .id {} >ids.txt".format(FILE)),
+}
+
+
 def duration(nanoseconds):
     """Returns a duration with three digits."""
     for limit, unit in ((1e3, "ns"), (1e6, "µs"), (1e9, "ms")):
@@ -48,11 +65,11 @@ def duration(nanoseconds):
 
 
 def benchmark(name, program=BENCH):
+    """Returns the command that runs a benchmark with all its numbers of threads."""
     return "{} --benchmark_filter='^{}$'".format(program, re.sub(r"/threads:\d", "", name))
 
 
 def event_rows(measured):
-    """Yields what was measured, the result, and the command that measures it again."""
     floor = "BM_Floor/renewal"
     yield "lower bound for a renewal", duration(measured.times[floor]), benchmark(floor)
     for event in EVENTS:
@@ -77,47 +94,58 @@ def event_rows(measured):
         yield what, duration(measured.times[name]), benchmark(name, FOUNDATION_BENCH)
 
 
-def command_rows(measured):
-    command = measured.command
-    stages = "{} --stages {}".format(BENCH, FILE)
-    for name, nanoseconds in command["stages"].items():
-        yield "a line: " + name, duration(nanoseconds), stages
-    yield "a line: whole line / values, event and copy", "{:.2f}".format(measured.stage_ratio), stages
+def stage_rows(measured):
+    command = "{} --stages {}".format(BENCH, FILE)
+    for name, nanoseconds in measured.command["stages"].items():
+        yield "a line: " + name, duration(nanoseconds), command
+    ratio = "{:.2f}".format(measured.stage_ratio)
+    yield "a line: whole line / values, event and copy", ratio, command
 
-    again = {
-        "one thread": "time {} events --jobs 1 {} >events.jsonl".format(COMMAND, FILE),
-        "two threads": "time {} events --jobs 2 {} >events.jsonl".format(COMMAND, FILE),
-        "node": "time node bench/events.mjs {} >events.jsonl".format(FILE),
-        "Python": "time python3 bench/events.py {} >events.jsonl".format(FILE),
-        "jq": "time jq -c .id {} >ids.txt".format(FILE),
-    }
-    one = command["rates"]["one thread"]
-    for name, rate in command["rates"].items():
+
+def rate_rows(measured):
+    rates = measured.command["rates"]
+    for name, rate in rates.items():
         text = "{:.0f} MB/s".format(rate / 1e6)
         if name not in ("one thread", "two threads"):
-            text += ", the command with one thread is {:.1f} × as fast".format(one / rate)
-        what = {"one thread": "the command, one thread", "two threads": "the command, two threads"}
-        yield what.get(name, name + (", reads only" if name == "jq" else ", same events")), text, again[name]
+            times = rates["one thread"] / rate
+            text += ", the command with one thread is {:.1f} × as fast".format(times)
+        what, command = PROGRAMS[name]
+        yield what, text, "time " + command
 
-    for name, seconds in command["cpu"].items():
-        text = duration(seconds / command["lines"] * 1e9)
-        yield "CPU time of a line: " + (name + " another process" if name == "beside" else name), text, "python3 bench/measure_command.py build/release/bin " + FILE
-    for name, size in command["memory"].items():
-        threads, times = re.findall(r"\d+", name)
+
+def cpu_rows(measured):
+    command = "python3 bench/measure_command.py build/release/bin " + FILE
+    for name, seconds in measured.command["cpu"].items():
+        what = "beside another process" if name == "beside" else name
+        time = duration(seconds / measured.command["lines"] * 1e9)
+        yield "CPU time of a line: " + what, time, command
+
+
+def memory_rows(measured):
+    for name, size in measured.command["memory"].items():
+        threads, times = map(int, re.findall(r"\d+", name))
         what = "peak memory, {:.1f} GB of input, {}".format(
-            int(times) * command["bytes"] / 1e9, "one thread" if threads == "1" else "two threads"
+            times * measured.command["bytes"] / 1e9, "one thread" if threads == 1 else "two threads"
         )
-        paths = " ".join([FILE] * int(times))
-        again_memory = "/usr/bin/time -v {} events --jobs {} {} >events.jsonl".format(COMMAND, threads, paths)
-        yield what, "{:.1f} MB".format(size / 1e6), again_memory
+        command = "/usr/bin/time -v " + events_command(threads, times)
+        yield what, "{:.1f} MB".format(size / 1e6), command
+
+
+def rows(measured):
+    """Yields what was measured, the result, and the command that measures it again."""
+    for part in (event_rows, stage_rows, rate_rows, cpu_rows, memory_rows):
+        yield from part(measured)
 
 
 def run_rows(runs):
-    """Yields a row for each result that is compared between the runs."""
+    """Yields a row for each result that the document shows for each run."""
     for what, text in (
         ("lower bound", lambda run: duration(run.times["BM_Floor/renewal"])),
         ("renewal", lambda run: duration(run.times["BM_Event/renewal"])),
-        ("renewal / lower bound", lambda run: "{:.2f}".format(run.ratio("BM_Event/renewal", "BM_Floor/renewal"))),
+        (
+            "renewal / lower bound",
+            lambda run: "{:.2f}".format(run.ratio("BM_Event/renewal", "BM_Floor/renewal")),
+        ),
         ("thousand purchases", lambda run: duration(run.times["BM_Event/mix"])),
         ("whole line", lambda run: duration(run.command["stages"]["whole line"])),
         ("whole line / its parts", lambda run: "{:.2f}".format(run.stage_ratio)),
@@ -129,8 +157,9 @@ def run_rows(runs):
 
 
 def tables(runs, measured):
+    """Returns the tables in Markdown."""
     lines = ["| what | result | command |", "|---|---:|---|"]
-    for what, result, command in [*event_rows(measured), *command_rows(measured)]:
+    for what, result, command in rows(measured):
         lines.append("| {} | {} | `{}` |".format(what, result, command))
     lines += ["", "The runs one by one:", ""]
     lines.append("| | " + " | ".join("run {}".format(i + 1) for i in range(len(runs))) + " |")
@@ -139,50 +168,56 @@ def tables(runs, measured):
     return "\n".join(lines) + "\n"
 
 
-def draw(measured):
-    times, rates = measured.times, measured.command["rates"]
-    floor = times["BM_Floor/renewal"]
-    events = [("lower bound", floor, duration(floor))]
+def event_bars(measured):
+    floor = measured.times["BM_Floor/renewal"]
+    bars = [("lower bound", floor, duration(floor))]
     for event in EVENTS:
-        time = times["BM_Event/" + event]
+        time = measured.times["BM_Event/" + event]
         text = duration(time)
         if event == "renewal":
             text += ", {:.2f} × the bound".format(time / floor)
-        events.append((event.replace("_", " "), time, text))
+        bars.append((event.replace("_", " "), time, text))
+    return picture.bars("One event and its lower bound", bars, ["lower bound"])
 
+
+def receipt_lines(measured):
+    times = measured.times
     lines = []
     for order, prefix in RECEIPTS.items():
-        points = [
-            (size, times[prefix + str(size)] / 1e3)
-            for size in SIZES
-            if prefix + str(size) in times
-        ]
-        growth = times[prefix + "10000"] / times[prefix + "1000"]
+        names = [(size, prefix + str(size)) for size in SIZES]
+        points = [(size, times[name] / 1e3) for size, name in names if name in times]
+        growth = measured.ratio(prefix + "10000", prefix + "1000")
         lines.append(("{}: {:.1f} × from 1000 to 10000".format(order, growth), points))
+    return picture.lines("One event, by receipt entries", "µs", lines)
 
+
+def stage_bars(measured):
     stages = [(name, time, duration(time)) for name, time in measured.command["stages"].items()]
+    return picture.bars("A line of the command", stages, results.LEAST)
+
+
+def rate_bars(measured):
+    rates = measured.command["rates"]
     one = rates["one thread"]
-    texts = {"one thread": "", "two threads": ", {:.2f} × one thread".format(rates["two threads"] / one)}
-    bars = [
-        (
-            "jq, reads only" if name == "jq" else name,
-            rate,
-            "{:.0f} MB/s".format(rate / 1e6)
-            + texts.get(name, ", one thread is {:.1f} × as fast".format(one / rate)),
-        )
-        for name, rate in rates.items()
-    ]
-    return picture.page(
-        [
-            picture.bars("One event and its lower bound", events, ["lower bound"]),
-            picture.lines("One event, by receipt entries", "µs", lines),
-            picture.bars("A line of the command", stages, results.LEAST),
-            picture.bars("The command and other programs", bars),
-        ]
-    )
+    bars = []
+    for name, rate in rates.items():
+        text = "{:.0f} MB/s".format(rate / 1e6)
+        if name == "two threads":
+            text += ", {:.2f} × one thread".format(rate / one)
+        elif name != "one thread":
+            text += ", one thread is {:.1f} × as fast".format(one / rate)
+        bars.append(("jq, reads only" if name == "jq" else name, rate, text))
+    return picture.bars("The command and other programs", bars)
+
+
+def draw(measured):
+    """Returns the SVG of the results."""
+    panels = (event_bars, receipt_lines, stage_bars, rate_bars)
+    return picture.page([panel(measured) for panel in panels])
 
 
 def write_tables(document, text):
+    """Replaces the lines between the marks of the document."""
     with open(document, encoding="utf-8") as file:
         content = file.read()
     start, end = (content.index(mark) for mark in MARKS)
@@ -195,7 +230,7 @@ def main():
     *folders, drawing, document = sys.argv[1:]
     runs = [results.read_run(folder) for folder in folders]
     measured = results.best(runs)
-    for what, result, _ in [*event_rows(measured), *command_rows(measured)]:
+    for what, result, _ in rows(measured):
         print("{:48} {}".format(what, result))
     for row in run_rows(runs):
         print("{:48} {}".format(row[0], "  ".join(row[1:])))

@@ -4,7 +4,7 @@ import json
 import os
 
 
-# The stages that are the least that a line can cost.
+# The stages whose sum a whole line is compared with.
 LEAST = ("simdjson over all values", "event alone", "copy of the output")
 
 
@@ -25,7 +25,7 @@ class Results:
 
     @property
     def stage_ratio(self):
-        """A whole line, divided by the least that its parts can cost."""
+        """The time of a whole line, divided by the sum of the stages in LEAST."""
         stages = self.command["stages"]
         return stages["whole line"] / sum(stages[name] for name in LEAST)
 
@@ -56,7 +56,10 @@ def read_run(folder):
 
 
 def best(runs):
-    """Returns the best of several runs: other load on the machine only adds time."""
+    """Returns the least times of several runs, and their greatest rates, memory and load.
+
+    Other load on the machine only adds time.
+    """
 
     def least(dictionaries):
         return {key: min(values[key] for values in dictionaries) for key in dictionaries[0]}

@@ -31,12 +31,12 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-// Each stage follows the one before. A line goes through the stages up to one of them.
+// The stages of a line in their order. A measurement takes lines up to one of them.
 enum Stage : std::size_t { kSplit, kRead, kEvent, kDiagnostics, kWrite, kStages };
 constexpr std::array<const char*, kStages> kStageNames = {"split", "read", "event", "diagnostics",
                                                           "write"};
 
-// The text of a block is as long as that of a block of the command.
+// Bytes of a block: as many as the command reads at a time.
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
 // Other load on the machine only adds time, so the least of several rounds counts.
@@ -99,7 +99,7 @@ class Lines {
     return time;
   }
 
-  // Returns the time of all events, whose purchases are read before.
+  // Returns the time of all events. The time to read the purchases is left out.
   Seconds timeOfEvents() {
     std::deque<tool::PurchaseReader> readers;
     std::vector<const tool::Purchase*> purchases;
@@ -120,7 +120,8 @@ class Lines {
     return time;
   }
 
-  // The longest output of a block stands for all. timeUpTo(kWrite) makes it.
+  // The next two need timeUpTo(kWrite) before. They use the longest output of a block, as often as
+  // the size of the whole output takes.
 
   // Returns the time in which the output is copied.
   Seconds timeOfCopies() {
@@ -132,7 +133,7 @@ class Lines {
     });
   }
 
-  // Returns the time in which the output is written to a file beside `path`, which is removed.
+  // Returns the time in which the output is written to a temporary file beside `path`.
   Seconds timeOfWriting(const std::string& path) {
     tool::OutputFile output(path + ".results", {});
     return timeOfOutput([&output](std::string_view text) { output.write(text); });
@@ -164,14 +165,14 @@ class Lines {
   tool::PurchaseReader reader_ = tool::PurchaseReader(tool::UnknownKeys::kAreErrors);
   std::vector<std::string_view> lines_;
   tool::TextBuffer diagnostics_;
-  // The output of one block.
+  // The output of one block, and the longest one.
   tool::TextBuffer output_;
   tool::TextBuffer longest_;
   std::size_t count_ = 0;
   std::size_t outputSize_ = 0;
 };
 
-// Returns the time in which the command reads the blocks of a file.
+// Returns the time in which the command reads a file and splits its blocks into lines.
 Seconds timeOfReading(const std::string& path) {
   const auto start = std::chrono::steady_clock::now();
   tool::InputFile input(path);

@@ -14,7 +14,7 @@ namespace {
 
 using receipt::Handle;
 
-// Limits the time: each signer takes a verification of a chain. Receipts have one signer.
+// Limits the time: a certificate chain is verified for each signer. Receipts have one signer.
 constexpr int kMaxSigners = 8;
 
 // Thrown with the reason.
@@ -34,7 +34,7 @@ Handle<BIO> readerOf(std::string_view bytes) {
   fail("expected at least one certificate in PEM, or one in DER, found none");
 }
 
-// Returns certificates in PEM, or one in DER. At least one.
+// Reads certificates in PEM, or one in DER. Returns at least one. Throws VerificationFailure.
 std::vector<Handle<X509>> readCertificates(std::string_view text) {
   if (text.empty()) failWithoutCertificate();
   if (text.size() > kMaxReceiptSize) {

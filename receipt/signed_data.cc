@@ -17,7 +17,8 @@ constexpr std::string_view kWhiteSpace = " \t\r\n";
   throw ReceiptError{"", offset, message};
 }
 
-// Returns the digit of base64 for a digit of one of its two alphabets (RFC 4648), otherwise NUL.
+// Returns a digit of either alphabet of base64 (RFC 4648) in the first one, which has + and /.
+// Returns NUL for any other character.
 char base64Digit(char character) {
   if (character == '-') return '+';
   if (character == '_') return '/';
@@ -27,8 +28,8 @@ char base64Digit(char character) {
   return isDigit ? character : '\0';
 }
 
-// Returns the start and the end of base64 in a text: what is between the first and the last line of
-// PEM (RFC 7468), or the whole text.
+// Returns the start and the end of the base64 in a text: what is between the first and the last
+// line of PEM (RFC 7468), or the whole text.
 std::pair<std::size_t, std::size_t> base64Range(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(kWhiteSpace);
   if (!text.substr(begin).starts_with("-----BEGIN ")) return {begin, text.size()};
@@ -118,7 +119,7 @@ Handle<CMS_ContentInfo> readSignedData(std::string_view bytes) {
   if (bytes.find_first_not_of(kWhiteSpace) == std::string_view::npos) {
     fail(0, "expected a receipt, found nothing");
   }
-  // The tag of a SEQUENCE. As a digit of base64 it would begin another structure.
+  // The tag of a SEQUENCE, which is also the digit 0 of base64. No receipt in base64 starts with 0.
   constexpr char kSequenceTag = 0x30;
   Handle<CMS_ContentInfo> message =
       bytes.front() == kSequenceTag ? decoded(bytes) : decoded(decodedBase64(bytes));

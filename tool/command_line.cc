@@ -13,8 +13,9 @@ namespace qel::tool {
 namespace {
 
 // CLI11 passes what follows -- to the main command if the subcommand has an argument already, and
-// splits [a,b] into two arguments. So the command removes the --, and marks such words, which makes
-// them plain arguments. Words of a command line never start with this character.
+// splits [a,b] into two arguments. So the words after --, and arguments that start with a bracket,
+// get this mark as their first character, and the -- is removed. CLI11 then takes them for plain
+// arguments. No word of a command line contains NUL.
 constexpr char kArgumentMark = '\0';
 
 std::string unmarked(const std::string& word) {
@@ -29,7 +30,7 @@ CLI::Validator markRemover() {
   return CLI::Validator(remove, "");
 }
 
-// Returns whether `word` is an option of a subcommand that has a value.
+// Returns whether `word` is an option that has a value, of any subcommand.
 bool takesValue(const CLI::App& app, const std::string& word) {
   const std::vector<const CLI::App*> subcommands = app.get_subcommands({});
   return std::any_of(subcommands.begin(), subcommands.end(), [&word](const CLI::App* subcommand) {

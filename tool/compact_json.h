@@ -1,6 +1,6 @@
-// A quick reader for JSON as programs write it: keys in the order of their table, no escapes, and
-// no space but one after a colon or a comma. It reports no errors: a text that it does not read to
-// its end has another form, or is wrong, and belongs to the general reader.
+// A fast reader for JSON in one form: keys in the order of their table, no escapes, and no white
+// space except one space after a colon or a comma. It reports no errors. If it does not reach the
+// end, the text has another form or is wrong, and the caller reads it with simdjson.
 
 #ifndef QEL_TOOL_COMPACT_JSON_H_
 #define QEL_TOOL_COMPACT_JSON_H_
@@ -16,8 +16,8 @@
 
 namespace qel::tool {
 
-// Stops where the text has another form, and takes nothing from then on. Inline, because a line has
-// about a hundred steps of a few instructions each.
+// Once stopped, takes nothing more. Inline, because reading a line takes about a hundred steps of a
+// few instructions each.
 class CompactJson {
  public:
   explicit CompactJson(std::string_view text)
@@ -26,7 +26,7 @@ class CompactJson {
     if (!hasPlainStrings({position_, end_})) stop();
   }
 
-  // Returns whether the whole text was taken.
+  // Returns whether the whole text was taken. A stopped reader is never at the end.
   bool isAtEnd() const { return position_ == end_ && position_ != nullptr; }
 
   void stop() { position_ = end_ = nullptr; }
@@ -38,10 +38,12 @@ class CompactJson {
     return true;
   }
 
-  // Takes the key of the next member, up to its value, if it is `key`. Returns whether it was.
+  // Takes the next member up to its value if its key is `key`. Returns whether it was. May return
+  // false for a member that is close to the end of the text.
   bool takeKey(std::string_view key, bool isFirstMember) {
     const char* start = position_;
-    // At most a comma, a space, two quotation marks, a colon and a space, and then a value.
+    // Room for a comma, a space, two quotation marks, a colon, a space and a value, so that all of
+    // them can be read without another check.
     if (end_ - start < static_cast<std::ptrdiff_t>(key.size() + 7)) return false;
     if (!isFirstMember && *start++ != ',') return false;
     if (!isFirstMember && *start == ' ') ++start;

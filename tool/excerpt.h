@@ -12,8 +12,8 @@ namespace qel::tool {
 // end, and "..." if there is more.
 std::string excerpt(std::string_view text);
 
-// Returns `text` for a message that says what was found: an excerpt. It is in quotes if it is empty
-// or starts or ends with white space, and a byte order mark at its start is named.
+// Returns an excerpt of `text` for a message that says what was found. Quotes it if it is empty, or
+// starts or ends with white space. Returns a description if it starts with a byte order mark.
 std::string foundText(std::string_view text);
 
 }  // namespace qel::tool

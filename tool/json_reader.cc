@@ -109,6 +109,7 @@ std::string_view JsonValue::numberToken() {
   if (Decimal::isJsonNumber(number)) return number;
   if (compact_ == nullptr) throw BrokenJson{simdjson::NUMBER_ERROR};
   compact_->stop();
+  // Any number: what is read from here on is read again with simdjson.
   return "0";
 }
 
@@ -144,7 +145,6 @@ OptionalText JsonValue::readString(const char* expected) {
   }
   // Moves simdjson past the string.
   json::raw_json_string string;
-
   failIf(value_.get_raw_json_string().get(string));
   return unescaped(source_, token.substr(1, token.rfind('"') - 1));
 }

@@ -72,7 +72,8 @@ class JsonValue {
   JsonValue(JsonSource& source, simdjson::ondemand::value value)
       : source_(source), value_(value), isAbsent_(false) {}
 
-  // The value that `compact` reads next.
+  // The value that `compact` reads next. If it has another type than the one that is read,
+  // `compact` stops, and there is no error.
   JsonValue(JsonSource& source, CompactJson& compact)
       : source_(source), compact_(&compact), isAbsent_(false) {}
 
@@ -133,7 +134,7 @@ class JsonValue {
   simdjson::ondemand::value value_;
   // Reads the value instead of simdjson if it is not null.
   CompactJson* compact_ = nullptr;
-  // What was taken from `compact_`; empty if nothing was.
+  // The token that was taken from `compact_`; empty if none was.
   std::string_view token_;
   bool isAbsent_ = true;
 };
@@ -196,7 +197,8 @@ class JsonReader {
   void read(std::string_view text, const JsonField<Record> (&fields)[kCount], Record& record);
 
  private:
-  // Returns false if the text has another form, or is wrong. Then the record is in disorder.
+  // Returns false if the text has another form than CompactJson reads, or is wrong. Then the values
+  // of the record are unspecified.
   template <typename Record, std::size_t kCount>
   bool readCompact(std::string_view text, const JsonField<Record> (&fields)[kCount],
                    Record& record);
@@ -349,7 +351,7 @@ bool JsonReader::readCompact(std::string_view text, const JsonField<Record> (&fi
     CompactJson compact(text);
     return JsonValue(source_, compact).readObject(fields, record) && compact.isAtEnd();
   } catch (const JsonError&) {
-    // The general reader finds the error again, and where it is.
+    // simdjson reads the text again, and finds the place of the error.
     return false;
   }
 }

@@ -28,7 +28,7 @@ struct LineBlock {
   std::uint64_t firstLineNumber = 1;
 };
 
-// Replaces `lines` by the lines of `text`, without their newlines.
+// Sets `lines` to the lines of `text`, without their newlines.
 void splitLines(std::string_view text, std::vector<std::string_view>& lines);
 
 // Reads an input block by block. Uses memory in proportion to the longest line.

@@ -198,7 +198,7 @@ constexpr JsonField<Record> kPurchaseFields[] = {
     {"platform", readPlatform},
 };
 
-// Returns what to do about an error that lines of another kind give, empty if there is no advice.
+// Returns what to do if the error shows that the line is of another kind. Returns "" otherwise.
 std::string_view adviceAbout(const JsonError& error) {
   constexpr std::string_view kServiceKeys[] = {"/environment", "/latest_receipt",
                                                "/latest_receipt_info", "/pending_renewal_info",

@@ -36,7 +36,7 @@ std::string readPadded(const std::string& path) {
   return text;
 }
 
-// Throws if the text is not a receipt, but of a kind that users take for one.
+// Throws JsonError if the text is of a kind that users mistake for a receipt.
 void refuseOtherKinds(std::string_view text) {
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
     throw JsonError{{},
@@ -121,7 +121,7 @@ class Run {
   static constexpr std::string_view kVerified = "verified";
   static constexpr std::string_view kNotChecked = "not checked";
 
-  // After an interrupt, the text of a file may be cut. Then it is not used.
+  // After an interrupt, the text of a file may be cut, so it is not used.
   void readCertificates() {
     certificates_ = readPadded(*options_.certificates);
     if (isInterrupted()) return;
@@ -167,7 +167,8 @@ class Run {
     }
   }
 
-  // `events` takes a purchase without a type for a non-consumable. Bought again, that is invalid.
+  // A purchase without a type counts as a non-consumable. If it has another original transaction,
+  // `events` takes it for a restored one, which is invalid.
   void countUntypedRenewal(const std::string& path, const QELInAppPurchaseItem& item) {
     const bool isOfAnother = item.transactionID.has_value() &&
                              item.originalTransactionID.has_value() &&

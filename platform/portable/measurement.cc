@@ -32,14 +32,14 @@ InstalledMonitor& installedMonitor() {
   return *installed;
 }
 
-// Returns an owner of `monitor` with a count of its own. Each message takes and returns one
-// ownership of its slot, so a count that all slots share would go from core to core.
+// Returns a pointer to `monitor` with a reference count of its own. Each message increments and
+// decrements the count of its slot. The cache line of a shared count would move between the cores.
 std::shared_ptr<DiagnosticsMonitor> separateOwner(
     const std::shared_ptr<DiagnosticsMonitor>& monitor) {
   struct Owner {
     std::shared_ptr<DiagnosticsMonitor> monitor;
-    // Keeps the count in another cache line than the count of the next owner.
-    std::array<std::byte, 64> distance;
+    // Keeps the counts of two owners in different cache lines.
+    std::array<std::byte, 64> padding;
   };
   if (monitor == nullptr) return nullptr;
   return {std::make_shared<Owner>(Owner{monitor, {}}), monitor.get()};

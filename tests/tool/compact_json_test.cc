@@ -7,7 +7,7 @@
 namespace qel::tool {
 namespace {
 
-TEST(CompactJson, TakesAnObjectMemberByMember) {
+TEST(CompactJsonTest, TakesAnObjectMemberByMember) {
   CompactJson json(R"({"a":"x","b":12,"c": true, "d":[]})");
   EXPECT_TRUE(json.take('{'));
   EXPECT_TRUE(json.takeKey("a", true));
@@ -24,7 +24,7 @@ TEST(CompactJson, TakesAnObjectMemberByMember) {
   EXPECT_TRUE(json.isAtEnd());
 }
 
-TEST(CompactJson, TakesNothingButWhatComesNext) {
+TEST(CompactJsonTest, TakesNothingButWhatComesNext) {
   CompactJson json(R"({"key":"x"})");
   EXPECT_FALSE(json.take('['));
   EXPECT_FALSE(json.takeText().has_value());
@@ -37,14 +37,14 @@ TEST(CompactJson, TakesNothingButWhatComesNext) {
   EXPECT_EQ(json.takeText(), OptionalText("x"));
 }
 
-TEST(CompactJson, TakesAKeyOnlyWithQuotationMarksAndAColon) {
+TEST(CompactJsonTest, TakesAKeyOnlyWithQuotationMarksAndAColon) {
   for (const std::string_view text : {R"(key":"value")", R"("key:"value")", R"("key"-"value")",
                                       R"("key" :"value")", R"("key":)"}) {
     EXPECT_FALSE(CompactJson(text).takeKey("key", true)) << text;
   }
 }
 
-TEST(CompactJson, TakesNothingBehindTheEnd) {
+TEST(CompactJsonTest, TakesNothingAfterTheEnd) {
   constexpr std::string_view kText = R"("a","key":"value")";
   CompactJson json(kText.substr(0, 10));
   EXPECT_EQ(json.takeText(), OptionalText("a"));
@@ -57,7 +57,7 @@ TEST(CompactJson, TakesNothingBehindTheEnd) {
   EXPECT_FALSE(CompactJson(kText.substr(0, 2)).takeText().has_value());
 }
 
-TEST(CompactJson, TakesNothingOnceItStopped) {
+TEST(CompactJsonTest, TakesNothingOnceItStopped) {
   CompactJson json("[]");
   json.stop();
   EXPECT_FALSE(json.isAtEnd());
@@ -67,7 +67,7 @@ TEST(CompactJson, TakesNothingOnceItStopped) {
   EXPECT_FALSE(json.takeKey("", true));
 }
 
-TEST(CompactJson, StopsAtOnceInATextWithEscapesControlCharactersOrIllFormedUtf8) {
+TEST(CompactJsonTest, StopsAtOnceInATextWithEscapesControlCharactersOrIllFormedUtf8) {
   for (const std::string_view text :
        {R"(["a\u0062"])", "[\"a\tb\"]", "[\n]", "[\"\xC3\"]", "[\"\x1F\"]"})
     EXPECT_FALSE(CompactJson(text).take('[')) << text;

@@ -164,7 +164,8 @@ std::size_t columnsOf(const std::vector<Cluster>& clusters) {
   return columns;
 }
 
-// What is this far from both ends is not shown, so a text of any size takes the same time.
+// Returns how many bytes at each end of a text can be shown at most. What is farther from both ends
+// is not looked at, so a text of any size takes the same time.
 std::size_t mostBytesOf(std::size_t mostColumns) {
   constexpr std::size_t kBytesPerColumn = 24;
   return kBytesPerColumn * (mostColumns + 1);

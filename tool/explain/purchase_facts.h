@@ -56,7 +56,7 @@ struct PurchaseFacts {
 
   bool hasCode(DiagnosticCode code) const;
 
-  // Returns whether the outcome rests on which entries are at the transaction's date.
+  // Returns whether the outcome depends on the entries at the transaction's date.
   bool isDateCompared() const;
 
   // Returns whether `classified` has the flag.

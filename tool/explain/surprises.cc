@@ -60,8 +60,7 @@ void explainRepeatedTrial(const PurchaseFacts& facts, std::vector<Prose>& surpri
   surprises.emplace_back(
       "A free trial is invalid if its transaction continues another one: customers get one trial, "
       "so this looks like a restore. A further trial that the store grants a subscriber is "
-      "invalid, "
-      "too.");
+      "invalid, too.");
 }
 
 // Returns an earlier entry of another product in the same subscription, or null.

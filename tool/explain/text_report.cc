@@ -55,8 +55,8 @@ std::string shown(std::string_view input, std::size_t mostColumns = kMostInput) 
   return isolated(displayText(input, mostColumns));
 }
 
-// Returns a text of the input for a sentence, in quotes if it could be taken for our own words. It
-// is shown as a whole up to kMostInput columns. A longer one is shortened, to `mostColumns`.
+// Returns a text of the input for a sentence, in quotes if it could be taken for our own words.
+// Shows up to kMostInput columns as a whole. Shortens a longer text to `mostColumns`.
 std::string inQuotes(std::string_view input, std::size_t mostColumns = kMostInput) {
   const bool isPlain = std::all_of(input.begin(), input.end(), [](unsigned char character) {
     return std::isalnum(character) != 0 || character == '.' || character == '-' ||
@@ -81,8 +81,8 @@ std::string padded(std::string text, std::size_t columns) {
   return text;
 }
 
-// Returns the words of a sentence, each with a text of the input as a whole. Lines have room for
-// `columns`.
+// Returns the words of a sentence for lines of `columns` columns. A text of the input is one word,
+// with the punctuation beside it.
 std::vector<std::string> wordsOf(const Prose& text, std::size_t columns) {
   // Room for quotes and a comma.
   constexpr std::size_t kPunctuation = 3;

@@ -39,7 +39,7 @@ struct Lane {
   std::vector<const TimelineEntry*> entries;
 };
 
-// What a timeline draws, of how many.
+// The lanes that a timeline draws, and the number of products that could have one.
 struct Lanes {
   std::vector<Lane> lanes = std::vector<Lane>(1);
   // Products of the receipt, the purchase's own included.

@@ -312,7 +312,7 @@ void checkSentenceOfOutcome(const Explanation& explanation, const Truth& truth) 
   }
 }
 
-// Returns what the remark on an entry must be.
+// Returns the note that an entry of this role must have.
 std::string noteOf(const TimelineEntry& entry, const Truth& truth) {
   switch (entry.role) {
     case Role::kNone:
@@ -340,7 +340,8 @@ std::string noteOf(const TimelineEntry& entry, const Truth& truth) {
   return "";
 }
 
-// Checks what is said beside the transaction's date: one that is not compared can be any other.
+// Checks the text beside the transaction's date. If it says that the date is not compared, the date
+// of any entry must give the same codes.
 void checkTransactionDate(const Explanation& explanation, const Truth& truth) {
   const bool hasDate = truth.purchase.transaction.has_value() &&
                        truth.purchase.transaction->transactionDate.has_value();
@@ -403,9 +404,7 @@ void checkMissing(const Explanation& explanation, const Truth& truth) {
   for (std::size_t i = 0; i < missing.size(); ++i) EXPECT_FALSE(eventWithAllBut(i).has_value());
 
   const std::string sentence = explanation.sentence.text();
-  const auto names = [&sentence](std::string_view words) {
-    return sentence.find(words) != std::string::npos;
-  };
+  const auto names = [&sentence](std::string_view words) { return contains(sentence, words); };
   EXPECT_TRUE(!names("no currency") ||
               !truth.purchase.product->priceLocaleCurrencyCode.has_value());
   EXPECT_TRUE(!names("no price") || !truth.purchase.product->price.has_value());

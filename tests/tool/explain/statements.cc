@@ -22,7 +22,7 @@ using qel::testing::RecordingMonitor;
 
 namespace {
 
-// What a sentence says around the words of a statement.
+// The parts of a sentence before and after the words of a statement.
 struct Around {
   std::string_view before;
   std::string_view after;
@@ -32,7 +32,8 @@ struct Around {
 struct Statement {
   std::string_view words;
   std::function<bool(const Truth&)> isTrue;
-  // Whether what the sentence names around the words is right. Absent if it names nothing.
+  // Returns whether the sentence names the right entry, date or number around the words. Null if it
+  // names none.
   std::function<bool(const Truth&, const Around&)> namesWhatItMeans = nullptr;
 };
 
@@ -42,7 +43,7 @@ std::size_t unreadable(const Truth& truth) {
                     [](const QELInAppPurchaseItem& item) { return !isReadable(item); }));
 }
 
-// Whether the flag is set, if there is an event to have it.
+// Returns whether the flag is set, or there is no event.
 bool isSetIfAny(const Truth& truth, ParameterKey flag) {
   return !truth.event.has_value() || truth.has(flag);
 }
@@ -98,7 +99,8 @@ std::int64_t secondsAfter(const Truth& truth, const QELInAppPurchaseItem& item) 
          truth.purchase.transaction->transactionDate->seconds();
 }
 
-// Returns the nearest entry if it is the one that a sentence names, or null.
+// Returns the entry whose date is nearest to the transaction's if `named` starts with its name,
+// otherwise null.
 const QELInAppPurchaseItem* nearest(const Truth& truth, std::string_view named) {
   const QELInAppPurchaseItem* found = nullptr;
   for (const QELInAppPurchaseItem& item : truth.ofProduct) {
@@ -111,7 +113,7 @@ const QELInAppPurchaseItem* nearest(const Truth& truth, std::string_view named) 
   return found != nullptr && named.starts_with(nameIn(*found)) ? found : nullptr;
 }
 
-// Returns the nearest entry of a sentence that suggests what its distance means.
+// Returns the nearest entry if `before` names it: "The nearest entry, 2000 ...". Otherwise null.
 const QELInAppPurchaseItem* nearestBefore(const Truth& truth, std::string_view before) {
   constexpr std::string_view kStart = "The nearest entry, ";
   return before.starts_with(kStart) ? nearest(truth, before.substr(kStart.size())) : nullptr;

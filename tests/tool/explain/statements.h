@@ -1,5 +1,5 @@
-// The statements that explanations make, and when each is true: a second look at what the event,
-// the messages and the exported matching say.
+// The oracle for explanations: the statements that they make, and when each is true by the event,
+// the messages and the exported matching.
 
 #ifndef QEL_TESTS_TOOL_EXPLAIN_STATEMENTS_H_
 #define QEL_TESTS_TOOL_EXPLAIN_STATEMENTS_H_
@@ -19,7 +19,7 @@
 
 namespace qel::tool::testing {
 
-// What the component says about a purchase.
+// What the library returns and logs for a purchase.
 struct Truth {
   const Purchase& purchase;
   std::optional<EventParameters> event;
@@ -29,7 +29,7 @@ struct Truth {
 
   bool hasCode(int code) const { return std::count(codes.begin(), codes.end(), code) > 0; }
   bool has(ParameterKey key) const { return event.has_value() && event->contains(key); }
-  // The entry before the one at the date.
+  // The entry of the product before the one at the transaction's date, or null.
   const QELInAppPurchaseItem* previous() const {
     if (atDate.size() != 1) return nullptr;
     for (std::size_t i = 1; i < ofProduct.size(); ++i) {
@@ -42,14 +42,14 @@ struct Truth {
 std::optional<EventParameters> eventOf(const Purchase& purchase);
 Truth truthOf(const Purchase& purchase);
 
-// Returns whether the text has the words.
+// Returns whether `text` contains `words`.
 bool contains(std::string_view text, std::string_view words);
 
 // Returns whether the entry's two identifiers are equal, and whether its date can be read.
 bool sameIds(const QELInAppPurchaseItem& item);
 bool isReadable(const QELInAppPurchaseItem& item);
 
-// The latest entry of the product, which must have one.
+// Returns the latest entry of the product, which must have one.
 const QELInAppPurchaseItem& latest(const Truth& truth);
 
 OptionalText originalIdentifier(const Truth& truth);
@@ -63,11 +63,12 @@ std::string shown(const OptionalText& text);
 std::string nameIn(const QELInAppPurchaseItem& item);
 std::string typeIn(const QELInAppPurchaseItem& item);
 
-// Returns the micros of an amount that a text begins with, such as "-4.99 EUR".
+// Returns the micros of the amount at the start of a text such as "-4.99 EUR". Returns std::nullopt
+// if it has more than six decimals.
 std::optional<std::int64_t> microsOf(std::string_view text);
 
-// Checks a sentence: it makes at least one known statement, and all that it makes are true. Returns
-// how many it makes.
+// Checks that a sentence makes at least one known statement, and that all its known statements are
+// true. Returns their number.
 int checkSentence(const Prose& sentence, const Truth& truth);
 
 }  // namespace qel::tool::testing
