@@ -20,7 +20,7 @@ void readValue(json::value value) {
       }
       break;
     case json::json_type::number:
-      benchmark::DoNotOptimize(value.get_int64().value());
+      benchmark::DoNotOptimize(value.get_number().value());
       break;
     case json::json_type::string:
       benchmark::DoNotOptimize(value.get_string().value());

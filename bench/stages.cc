@@ -230,7 +230,8 @@ int measureStages(const std::string& path) {
     printTimes(path, text);
     return 0;
   } catch (const tool::JsonError& error) {
-    std::fprintf(stderr, "qel-bench: %s: %s\n", path.c_str(), error.message.c_str());
+    std::fprintf(stderr, "qel-bench: %s: expected a purchase on each line; at \"%s\": %s\n",
+                 path.c_str(), error.pointer.c_str(), error.message.c_str());
   } catch (const std::exception& error) {
     std::fprintf(stderr, "qel-bench: %s: %s\n", path.c_str(), error.what());
   }

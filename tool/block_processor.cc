@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 
+#include "byte_order_mark.h"
 #include "diagnostics_collector.h"
 #include "excerpt.h"
 #include "qel/rfc3339.h"
@@ -65,14 +66,11 @@ BlockProcessor::BlockProcessor(const EventsOptions& options)
 
 void BlockProcessor::process(const InputBlock& block, std::uint64_t maxRejected,
                              BlockResults& results) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   results.output.clear();
   results.tally = Tally();
   LinePlace place = {.input = block.input, .line = block.lines.firstLineNumber};
   for (std::string_view line : block.lines.lines) {
-    if (place.line == 1 && line.starts_with(kByteOrderMark)) {
-      line.remove_prefix(kByteOrderMark.size());
-    }
+    if (place.line == 1) line = withoutByteOrderMark(line);
     if (!isBlank(line)) processLine(line, place, block.lines.isCut, results);
     if (results.tally.rejected.count > maxRejected) return;
     ++place.line;

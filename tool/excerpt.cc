@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "byte_order_mark.h"
+
 namespace qel::tool {
 
 std::string excerpt(std::string_view text) {
@@ -13,7 +15,6 @@ std::string excerpt(std::string_view text) {
 }
 
 std::string foundText(std::string_view text) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   constexpr std::string_view kWhiteSpace = " \t\r\n";
   if (text.starts_with(kByteOrderMark)) return "U+FEFF, a byte order mark";
   const bool isPlain = !text.empty() && kWhiteSpace.find(text.front()) == std::string_view::npos &&

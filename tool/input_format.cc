@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "byte_order_mark.h"
+
 namespace qel::tool {
 namespace {
 
@@ -77,8 +79,7 @@ const char* foreignFormat(std::string_view start) {
     return "it is UTF-16 or UTF-32 text; convert it to UTF-8, for example with iconv -f UTF-16 -t "
            "UTF-8";
   }
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (start.starts_with(kByteOrderMark)) start.remove_prefix(kByteOrderMark.size());
+  start = withoutByteOrderMark(start);
   start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
   if (start.empty()) return nullptr;
 

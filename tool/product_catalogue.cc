@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "byte_order_mark.h"
 #include "excerpt.h"
 #include "json_reader.h"
 #include "qel/decimal.h"
@@ -232,8 +233,7 @@ ProductCatalogue readJsonCatalogue(std::string_view text) {
 }  // namespace
 
 ProductCatalogue readProductCatalogue(std::string_view text) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  text = withoutByteOrderMark(text);
   const std::size_t start = text.find_first_not_of(" \t\r\n");
   const bool isJson = start != std::string_view::npos && text[start] == '[';
   return isJson ? readJsonCatalogue(text) : readCsvCatalogue(text);

@@ -9,9 +9,9 @@ namespace qel::tool {
 namespace {
 
 constexpr const char* kFooter =
-    R"(Reads an app's receipt from each FILE: DER, BER, base64, or the JSON with which
-the store's validation service answers. Writes one line of JSON for each receipt
-to standard output, or one for each purchase in the form that events reads.
+    R"(Reads an app's receipt from each FILE: DER, BER, base64, PEM, or the JSON with
+which the store's validation service answers. Writes one line of JSON for each
+receipt to standard output, or one for each purchase in the form that events reads.
 
 Exit status: 0 all receipts were read, 1 some were rejected or not verified,
 2 wrong usage or a file that cannot be read or written. After an interrupt 130,

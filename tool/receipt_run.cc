@@ -8,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "byte_order_mark.h"
 #include "excerpt.h"
 #include "input_file.h"
 #include "interrupt.h"
@@ -21,8 +22,6 @@
 
 namespace qel::tool {
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // A file that is given beside the receipts cannot be used. The text says which, and why.
 struct OptionFailure {
@@ -67,8 +66,7 @@ class Run {
     const std::string text = readPadded(path);
     // The text may be cut.
     if (isInterrupted()) return;
-    std::string_view content = text;
-    if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
+    const std::string_view content = withoutByteOrderMark(text);
     const AppReceiptResult result = read(content);
     if (const auto* const error = std::get_if<ReceiptError>(&result)) {
       reject(path, *error);

@@ -16,8 +16,8 @@ and neither --id nor --line is given, the command lists them with their outcomes
 
 Exit status: 0 all lines were read, 1 some were rejected, 2 wrong usage, a file that
 cannot be read or written, no purchase with the id, no such line, or a page without
-a purchase. After an interrupt 130, after SIGTERM 143, after SIGHUP 129: nothing more
-is written.
+a purchase or of more than 20,000. After an interrupt 130, after SIGTERM 143,
+after SIGHUP 129: nothing more is written.
 
 Examples:
 

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "byte_order_mark.h"
 #include "explain/display_text.h"
 #include "explain/explanation.h"
 #include "explain/html_report.h"
@@ -180,12 +181,9 @@ class Run {
   bool isDone() const { return options_.line.has_value() && taken_ > 0; }
 
   void takeBlock(const LineBlock& block) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     std::uint64_t lineNumber = block.firstLineNumber;
     for (std::string_view line : block.lines) {
-      if (lineNumber == 1 && line.starts_with(kByteOrderMark)) {
-        line.remove_prefix(kByteOrderMark.size());
-      }
+      if (lineNumber == 1) line = withoutByteOrderMark(line);
       const bool isBlank = line.find_first_not_of(" \t\r") == std::string_view::npos;
       const bool isOther = options_.line.has_value() && *options_.line != lineNumber;
       if (!isBlank && !isOther) takeLine(line, lineNumber, block.isCut);
