@@ -59,7 +59,10 @@ class CompactJson {
     if (!take('"')) return std::nullopt;
     const std::string_view rest(position_, end_);
     const std::size_t size = rest.find('"');
-    if (size == std::string_view::npos) return std::nullopt;
+    if (size == std::string_view::npos) {
+      stop();
+      return std::nullopt;
+    }
     position_ += size + 1;
     return rest.substr(0, size);
   }

@@ -14,6 +14,9 @@ namespace {
 // Large enough to make read() cheap, small enough for a few blocks to stay in the caches.
 constexpr std::size_t kReadSize = std::size_t{256} * 1024;
 
+// Bytes at the start of an input that tell its format.
+constexpr std::size_t kMostExamined = std::size_t{64} * 1024;
+
 // Bytes of memory that a block keeps at most when it is reused.
 constexpr std::size_t kKeptSize = 4 * kReadSize;
 
@@ -59,7 +62,9 @@ std::size_t LineBlockReader::fill(LineBlock& block) {
   std::copy(begun_.begin(), begun_.end(), block.memory.begin());
   std::size_t searched = 0;
   for (;;) {
-    if (isAtStart_) throwIfForeign({block.memory.data(), size});
+    if (isAtStart_ && searched < kMostExamined) {
+      throwIfForeign({block.memory.data(), std::min(size, kMostExamined)});
+    }
     const std::string_view added(block.memory.data() + searched, size - searched);
     if (const std::size_t newline = added.rfind('\n'); newline != std::string_view::npos) {
       const std::size_t end = searched + newline + 1;

@@ -1,27 +1,32 @@
 #include "messages.h"
 
-#include <cstddef>
+#include <utf8/checked.h>
+#include <utf8/unchecked.h>
+
 #include <cstdio>
+#include <iterator>
 
 namespace qel::tool {
 namespace {
 
-// Returns the size of the control character at the start of `text`, 0 if there is another
-// character. C1 controls, U+0080 to U+009F, have two bytes.
-std::size_t controlSize(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text[0]);
-  if (first < 0x20 || first == 0x7F) return 1;
-  return first == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0 ? 2 : 0;
+// Returns whether a character controls a terminal, or changes the order of the text around it.
+bool isControl(char32_t character) {
+  const auto isFrom = [character](char32_t first, char32_t last) {
+    return character >= first && character <= last;
+  };
+  return isFrom(0, 0x1F) || isFrom(0x7F, 0x9F) || character == 0x061C || isFrom(0x200E, 0x200F) ||
+         isFrom(0x2028, 0x202E) || isFrom(0x2066, 0x2069);
 }
 
 }  // namespace
 
 void report(std::string_view message) {
   std::string line = "qel-purchase: ";
-  while (!message.empty()) {
-    const std::size_t size = controlSize(message);
-    line.push_back(size > 0 ? '?' : message[0]);
-    message.remove_prefix(size > 0 ? size : 1);
+  std::string valid;
+  utf8::replace_invalid(message.begin(), message.end(), std::back_inserter(valid), U'?');
+  for (auto position = valid.begin(); position != valid.end();) {
+    const char32_t character = utf8::unchecked::next(position);
+    utf8::unchecked::append(isControl(character) ? U'?' : character, std::back_inserter(line));
   }
   line.push_back('\n');
   std::fwrite(line.data(), 1, line.size(), stderr);

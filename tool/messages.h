@@ -9,9 +9,9 @@
 
 namespace qel::tool {
 
-// Writes "qel-purchase: ", the message and a newline to standard error. Control characters of the
-// message become question marks, so that a file name or a text from an input cannot control the
-// terminal.
+// Writes "qel-purchase: ", the message and a newline to standard error. What is not UTF-8, and
+// characters that control a terminal or the direction of text, become question marks, because file
+// names and texts of an input can have any bytes.
 void report(std::string_view message);
 
 // Returns "1 line" or "2 lines" for the noun "line".

@@ -148,6 +148,8 @@ TEST_F(JsonReaderTest, RejectsWhatIsNearlyCompact) {
                                  R"({"points":[]} {})",
                                  "{",
                                  "{}x",
+                                 R"({"origin":{"a/b~c":"null}})",
+                                 R"({"origin":{"a/b~c":"null},"points":[]})",
                                  R"({"origin":{"x":9223372036854775808}})",
                                  R"({"origin":{"x":1.0}})"}) {
     EXPECT_NE(errorOf(text), "(no error)") << text;

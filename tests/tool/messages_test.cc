@@ -2,13 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+
 namespace qel::tool {
 namespace {
 
-TEST(ReportTest, ReplacesControlCharacters) {
+std::string reported(std::string_view message) {
   ::testing::internal::CaptureStderr();
-  report("a\x1B[31m\n\x7F\xC2\x9B é\xC2\xA0\xC2");
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "qel-purchase: a?[31m??? é\xC2\xA0\xC2\n");
+  report(message);
+  return ::testing::internal::GetCapturedStderr();
+}
+
+TEST(ReportTest, ReplacesControlCharacters) {
+  EXPECT_EQ(reported("a\x1B[31m\n\x7F\u009b \u00e9\u00a0\u6708\U0001F600"),
+            "qel-purchase: a?[31m??? \u00e9\u00a0\u6708\U0001F600\n");
+}
+
+TEST(ReportTest, ReplacesCharactersThatReorderText) {
+  EXPECT_EQ(reported("a\u202eb\u2066c\u2069d\u200fe\u061cf\u2028"), "qel-purchase: a?b?c?d?e?f?\n");
+}
+
+TEST(ReportTest, ReplacesWhatIsNotUtf8) {
+  EXPECT_EQ(reported("a\xFF\xFE z\xC3"), "qel-purchase: a?? z?\n");
 }
 
 TEST(CountedTest, WritesOneAndMany) {

@@ -1,10 +1,11 @@
 #include "explain/code_command.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "excerpt.h"
 #include "explain/diagnostics_page.h"
-#include "explain/display_text.h"
 #include "messages.h"
 #include "output_file.h"
 
@@ -35,15 +36,16 @@ ExitStatus show(const std::string& text) {
   }
 }
 
-ExitStatus runCode(const std::string& code) {
+// Without a code, lists all.
+ExitStatus runCode(const std::optional<std::string>& code) {
   const std::vector<CodeSection> sections = codeSections(diagnosticsPage());
   std::string list;
   for (const CodeSection& section : sections) {
     if (section.code == code) return show(plainText(section));
     list.append(section.code).append("  ").append(section.message).append("\n");
   }
-  if (code.empty()) return show(list);
-  report("expected a code of the diagnostics, such as 40023, found " + displayText(code, 40) +
+  if (!code.has_value()) return show(list);
+  report("expected a code of the diagnostics, such as 40023, found " + foundText(*code) +
          "; qel-purchase code lists all");
   return kFailed;
 }
@@ -51,7 +53,7 @@ ExitStatus runCode(const std::string& code) {
 }  // namespace
 
 Subcommand addCode(CLI::App& app) {
-  const auto code = std::make_shared<std::string>();
+  const auto code = std::make_shared<std::optional<std::string>>();
   CLI::App* const command = app.add_subcommand("code", "Explain a code of the diagnostics");
   command->footer(kFooter);
   command->add_option("CODE", *code, "A code, such as 40023; without it, all are listed");

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "byte_order_mark.h"
+#include "excerpt.h"
 #include "explain/display_text.h"
 #include "explain/explanation.h"
 #include "explain/html_report.h"
@@ -215,8 +216,7 @@ class Run {
   std::string nothingSelected() const {
     const std::string name = inputName(options_.input);
     if (options_.id.has_value()) {
-      return "no purchase of " + name + " has the id " +
-             (options_.id->empty() ? "\"\"" : displayText(*options_.id, 60)) +
+      return "no purchase of " + name + " has the id " + foundText(*options_.id) +
              "; without --id, the command lists all purchases";
     }
     const std::string line = "line " + std::to_string(*options_.line) + " of " + name;
