@@ -29,10 +29,10 @@ char base64Digit(char character) {
 }
 
 // Returns the start and the end of the base64 in a text: what is between the first and the last
-// line of PEM (RFC 7468), or the whole text.
+// line of PEM (RFC 7468), which may follow other text, or the whole text.
 std::pair<std::size_t, std::size_t> base64Range(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kWhiteSpace);
-  if (!text.substr(begin).starts_with("-----BEGIN ")) return {begin, text.size()};
+  const std::size_t begin = text.find("-----BEGIN ");
+  if (begin == std::string_view::npos) return {0, text.size()};
   const std::size_t start = text.find('\n', begin);
   const std::size_t end = text.find("-----END ", begin);
   if (start == std::string_view::npos || end == std::string_view::npos || end < start) {

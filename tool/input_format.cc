@@ -31,16 +31,18 @@ bool isArchive(std::string_view start) {
 }
 
 // A receipt is PKCS #7 in DER, a SEQUENCE whose length takes two or three bytes, or that in base64.
-// Base64 can be in PEM (RFC 7468).
+// Base64 can be in PEM (RFC 7468), which may follow other text.
 bool isReceipt(std::string_view start) {
   if (start.starts_with("\x30\x82") || start.starts_with("\x30\x83") ||
-      start.starts_with("\x30\x80") || start.starts_with("-----BEGIN ")) {
+      start.starts_with("\x30\x80") ||
+      (!start.starts_with('{') && start.find("-----BEGIN ") != std::string_view::npos)) {
     return true;
   }
   constexpr std::size_t kEnough = 64;
   return (start.starts_with("MII") || start.starts_with("MIA")) && start.size() >= kEnough &&
          std::all_of(start.begin(), start.begin() + kEnough, [](char c) {
-           return isLetterOrDigit(c) || c == '+' || c == '/' || c == '\r' || c == '\n';
+           return isLetterOrDigit(c) ||
+                  std::string_view("+/-_\r\n").find(c) != std::string_view::npos;
          });
 }
 

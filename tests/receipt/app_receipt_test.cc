@@ -125,6 +125,7 @@ TEST(AppReceiptTest, Base64IsReadInPem) {
   const std::string last = "-----END PKCS7-----";
   EXPECT_EQ(bundleIdentifierOf(first + text + last), "com.example.app");
   EXPECT_EQ(bundleIdentifierOf("\n" + first + text + last + "\r\n\n"), "com.example.app");
+  EXPECT_EQ(bundleIdentifierOf("Device: A1\n" + first + text + last), "com.example.app");
   EXPECT_EQ(failureOf(first + text),
             ", 0: expected PEM with a line that starts with -----END, found none");
   EXPECT_EQ(failureOf("-----BEGIN PKCS7-----END PKCS7-----"),

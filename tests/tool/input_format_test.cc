@@ -44,6 +44,9 @@ TEST(InputFormatTest, RecognisesReceipts) {
   EXPECT_EQ(format("\x30\x82\x15\x3f\x06\x09"), receipt);
   EXPECT_EQ(format("MIITtgYJKoZIhvcNAQcCoIITpzCCE6MCAQExCzAJBgUrDgMCGgUAMIIDVwYJKoZI"), receipt);
   EXPECT_EQ(format("-----BEGIN PKCS7-----\nMIIT"), receipt);
+  EXPECT_EQ(format("Receipt: of a device\n-----BEGIN PKCS7-----\nMIIT"), receipt);
+  EXPECT_EQ(format("MIITtgYJKoZIhvcNAQcCoIITpzCCE6MCAQExCzAJBgUrDgMCGgUAMIIDVwYJ-_ZI"), receipt);
+  EXPECT_EQ(foreignFormat("{\"id\":\"-----BEGIN PKCS7-----\"}\n"), nullptr);
 }
 
 TEST(InputFormatTest, RecognisesBinaryData) {
