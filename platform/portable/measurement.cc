@@ -32,17 +32,21 @@ InstalledMonitor& installedMonitor() {
   return *installed;
 }
 
+// Holds a monitor for as long as the count that it is allocated with is not 0.
+struct Owner {
+  std::shared_ptr<DiagnosticsMonitor> monitor;
+  // Keeps the counts of two owners in different cache lines.
+  std::array<std::byte, 64> padding;
+
+  void operator()(DiagnosticsMonitor*) const {}
+};
+
 // Returns a pointer to `monitor` with a reference count of its own. Each message increments and
 // decrements the count of its slot. The cache line of a shared count would move between the cores.
 std::shared_ptr<DiagnosticsMonitor> separateOwner(
     const std::shared_ptr<DiagnosticsMonitor>& monitor) {
-  struct Owner {
-    std::shared_ptr<DiagnosticsMonitor> monitor;
-    // Keeps the counts of two owners in different cache lines.
-    std::array<std::byte, 64> padding;
-  };
   if (monitor == nullptr) return nullptr;
-  return {std::make_shared<Owner>(Owner{monitor, {}}), monitor.get()};
+  return {monitor.get(), Owner{monitor, {}}};
 }
 
 // Assigns the slots to the threads in turn.
