@@ -20,7 +20,8 @@ TEST(ReportTest, ReplacesControlCharacters) {
 }
 
 TEST(ReportTest, ReplacesCharactersThatReorderText) {
-  EXPECT_EQ(reported("a\u202eb\u2066c\u2069d\u200fe\u061cf\u2028"), "qel-purchase: a?b?c?d?e?f?\n");
+  EXPECT_EQ(reported("a\u202eb\u202cc\u2066d\u2069e\u200ff\u061cg\u2028"),
+            "qel-purchase: a?b?c?d?e?f?g?\n");
 }
 
 TEST(ReportTest, ReplacesWhatIsNotUtf8) {
