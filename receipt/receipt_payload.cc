@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "ber_reader.h"
 
@@ -15,7 +17,7 @@ namespace {
 // functions return std::nullopt if there are no octets, or if the element is an empty string.
 class AttributeValue {
  public:
-  AttributeValue(const BerBytes& octets, std::size_t& unknownDates)
+  AttributeValue(const BerBytes& octets, std::vector<std::string>& unknownDates)
       : octets_(octets), unknownDates_(unknownDates) {}
 
   std::optional<std::int64_t> integer() const {
@@ -43,7 +45,7 @@ class AttributeValue {
     const std::optional<std::string> written = text();
     if (!written.has_value()) return std::nullopt;
     std::optional<std::string> rewritten = rfc3339FromReceiptDate(*written);
-    if (!rewritten.has_value()) ++unknownDates_;
+    if (!rewritten.has_value()) unknownDates_.push_back(*written);
     return rewritten.has_value() ? rewritten : written;
   }
 
@@ -72,7 +74,7 @@ class AttributeValue {
   }
 
   BerBytes octets_;
-  std::size_t& unknownDates_;
+  std::vector<std::string>& unknownDates_;
 };
 
 // A type of attribute, and the function that reads its value into the record.

@@ -33,6 +33,13 @@ char base64Digit(char character) {
 std::pair<std::size_t, std::size_t> base64Range(std::string_view text) {
   const std::size_t begin = text.find("-----BEGIN ");
   if (begin == std::string_view::npos) return {0, text.size()};
+  const std::string_view label = text.substr(begin, text.find('\n', begin) - begin);
+  if (label.find("CERTIFICATE") != std::string_view::npos) {
+    fail(begin, "expected a receipt, found a certificate in PEM");
+  }
+  if (label.find(" KEY") != std::string_view::npos) {
+    fail(begin, "expected a receipt, found a key in PEM");
+  }
   const std::size_t start = text.find('\n', begin);
   const std::size_t end = text.find("-----END ", begin);
   if (start == std::string_view::npos || end == std::string_view::npos || end < start) {
@@ -66,7 +73,9 @@ std::string base64DigitsOf(std::string_view text) {
     }
   }
   if (digits.size() % 4 == 1) {
-    fail(text.size(), "expected base64 in groups of 4 digits, found its end after one digit");
+    fail(text.size(),
+         "expected a receipt in DER, BER or base64, found a text that ends after the first of 4 "
+         "digits of base64");
   }
   return digits;
 }
@@ -85,11 +94,16 @@ std::string decodedBase64(std::string_view text) {
   return decoded;
 }
 
-// Throws ReceiptError if the length of the outermost element is not that of `encoding`.
-void checkSize(std::string_view encoding) {
+// Throws ReceiptError if the outermost element is not that of a CMS structure, or if its length is
+// not that of `encoding`.
+void checkOutermostElement(std::string_view encoding) {
+  constexpr int kObjectIdentifier = 6;
   try {
     BerReader reader({encoding, 0});
-    reader.next(kSequence);
+    const BerElement first = BerReader(reader.next(kSequence).content).next();
+    if (first.tag != kObjectIdentifier) {
+      failAsUnexpected(first, "the OBJECT IDENTIFIER that a CMS structure (RFC 5652) starts with");
+    }
     const std::size_t end = encoding.find_last_not_of(kWhiteSpace) + 1;
     if (!reader.atEnd() && reader.offset() < end) reader.expectEnd();
   } catch (const BerError& error) {
@@ -99,7 +113,7 @@ void checkSize(std::string_view encoding) {
 
 // Decodes DER or BER.
 Handle<CMS_ContentInfo> decoded(std::string_view encoding) {
-  checkSize(encoding);
+  checkOutermostElement(encoding);
   const auto* position = reinterpret_cast<const unsigned char*>(encoding.data());
   Handle<CMS_ContentInfo> message(
       d2i_CMS_ContentInfo(nullptr, &position, static_cast<OpensslSize>(encoding.size())));

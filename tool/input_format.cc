@@ -16,7 +16,7 @@ bool isLetterOrDigit(char c) {
 
 // UTF-16 and UTF-32 start with a byte-order mark; without one, every other byte of ASCII is zero.
 bool isWideText(std::string_view start) {
-  if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) return true;
+  if (startsWithUtf16Mark(start)) return true;
   const auto isZero = [start](std::size_t position) { return start[position] == 0; };
   return start.size() >= 4 && isZero(0) != isZero(1) && isZero(0) == isZero(2) &&
          isZero(1) == isZero(3);
@@ -77,10 +77,7 @@ bool isWrappedObject(std::string_view start, std::string_view line) {
 }  // namespace
 
 const char* foreignFormat(std::string_view start) {
-  if (isWideText(start)) {
-    return "it is UTF-16 or UTF-32 text; convert it to UTF-8, for example with iconv -f UTF-16 -t "
-           "UTF-8";
-  }
+  if (isWideText(start)) return kItIsUtf16;
   start = withoutByteOrderMark(start);
   start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
   if (start.empty()) return nullptr;

@@ -233,10 +233,14 @@ ProductCatalogue readJsonCatalogue(std::string_view text) {
 }  // namespace
 
 ProductCatalogue readProductCatalogue(std::string_view text) {
+  if (startsWithUtf16Mark(text)) {
+    fail("", std::string("expected a catalogue in UTF-8, but ") + kItIsUtf16);
+  }
   text = withoutByteOrderMark(text);
   const std::size_t start = text.find_first_not_of(" \t\r\n");
-  const bool isJson = start != std::string_view::npos && text[start] == '[';
-  return isJson ? readJsonCatalogue(text) : readCsvCatalogue(text);
+  const char first = start != std::string_view::npos ? text[start] : '\0';
+  if (first == '{') fail("", "expected a JSON array of products, or CSV, found a JSON object");
+  return first == '[' ? readJsonCatalogue(text) : readCsvCatalogue(text);
 }
 
 }  // namespace qel::tool

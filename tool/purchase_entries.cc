@@ -37,27 +37,36 @@ std::vector<std::size_t> PurchaseEntries::allOf(std::size_t index) const {
   return indices;
 }
 
-std::vector<std::size_t> PurchaseEntries::of(std::size_t index) const {
-  if (choice_.isAll) return allOf(index);
-  const std::optional<std::string>& product = receipt_.entries[index].item.productID;
-  // A purchase without a product has no event.
-  if (!product.has_value()) return {index};
-
-  const Sequence& entries = products_.at(*product);
+PurchaseEntries::Range PurchaseEntries::rangeFor(std::size_t index) const {
+  const Sequence& entries = products_.at(*receipt_.entries[index].item.productID);
   const auto isEarlier = [this](std::size_t left, std::size_t right) {
     return dates_[left] < dates_[right];
   };
   const auto [firstAtDate, afterDate] =
       std::equal_range(entries.begin(), entries.end(), index, isEarlier);
-  const auto end = choice_.isAsOfPurchase && dates_[index].has_value() ? afterDate : entries.end();
+  const bool isCut = choice_.isAsOfPurchase && dates_[index].has_value();
+  return {entries.begin(), firstAtDate, afterDate, isCut ? afterDate : entries.end()};
+}
 
+std::size_t PurchaseEntries::latestFor(std::size_t index) const {
+  if (!receipt_.entries[index].item.productID.has_value()) return index;
+  return *std::prev(rangeFor(index).end);
+}
+
+std::vector<std::size_t> PurchaseEntries::of(std::size_t index) const {
+  if (choice_.isAll) return allOf(index);
+  // A purchase without a product has no event.
+  if (!receipt_.entries[index].item.productID.has_value()) return {index};
+
+  const Range entries = rangeFor(index);
   std::vector<std::size_t> indices = {index};
   if (dates_[index].has_value()) {
-    indices.insert(indices.end(), firstAtDate, afterDate);
-    if (firstAtDate != entries.begin()) indices.push_back(*std::prev(firstAtDate));
-    indices.push_back(*std::prev(end));
+    indices.insert(indices.end(), entries.firstAtDate, entries.afterDate);
+    if (entries.firstAtDate != entries.begin) indices.push_back(*std::prev(entries.firstAtDate));
+    indices.push_back(*std::prev(entries.end));
   } else {
-    indices.insert(indices.end(), end - std::min<std::ptrdiff_t>(2, end - entries.begin()), end);
+    const auto lastTwo = std::min<std::ptrdiff_t>(2, entries.end - entries.begin);
+    indices.insert(indices.end(), entries.end - lastTwo, entries.end);
   }
   std::sort(indices.begin(), indices.end());
   indices.erase(std::unique(indices.begin(), indices.end()), indices.end());

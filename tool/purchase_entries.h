@@ -36,6 +36,10 @@ class PurchaseEntries {
   // include `index`.
   std::vector<std::size_t> of(std::size_t index) const;
 
+  // Returns the index of the latest of the entries for that purchase that are of its product. That
+  // is `index` for a purchase without a product.
+  std::size_t latestFor(std::size_t index) const;
+
   // Returns the purchase date of the entry, if it can be read.
   const std::optional<Instant>& dateOf(std::size_t index) const { return dates_[index]; }
 
@@ -43,6 +47,16 @@ class PurchaseEntries {
   // Entries by date, those without a date first. Entries of equal date are in the receipt's order.
   using Sequence = std::vector<std::size_t>;
 
+  // Of a product. `end` is behind the last entry that the purchase is given.
+  struct Range {
+    Sequence::const_iterator begin;
+    Sequence::const_iterator firstAtDate;
+    Sequence::const_iterator afterDate;
+    Sequence::const_iterator end;
+  };
+
+  // Must not be called for a purchase without a product.
+  Range rangeFor(std::size_t index) const;
   bool wasThere(std::size_t candidate, std::size_t index) const;
   std::vector<std::size_t> allOf(std::size_t index) const;
 

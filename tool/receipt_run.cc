@@ -16,6 +16,7 @@
 #include "messages.h"
 #include "output_file.h"
 #include "product_catalogue.h"
+#include "purchase_reader.h"
 #include "qel/app_receipt.h"
 #include "receipt_writer.h"
 #include "service_json.h"
@@ -28,6 +29,18 @@ struct OptionFailure {
   std::string message;
 };
 
+// How often something was found, and where first.
+struct Count {
+  std::uint64_t count = 0;
+  std::string first;
+
+  // Counts one more. `place` returns the text of its place.
+  template <typename Place>
+  void add(const Place& place) {
+    if (++count == 1) first = place();
+  }
+};
+
 // Returns the content of an input. JsonReader::kPadding bytes after it are readable.
 std::string readPadded(const std::string& path) {
   std::string text = readInput(path, kMaxReceiptSize);
@@ -37,16 +50,26 @@ std::string readPadded(const std::string& path) {
 
 // Throws JsonError if the text is of a kind that users mistake for a receipt.
 void refuseOtherKinds(std::string_view text) {
-  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-    throw JsonError{{},
-                    "expected a receipt, found UTF-16 text; convert it to UTF-8, for example with "
-                    "iconv -f UTF-16 -t UTF-8"};
+  if (startsWithUtf16Mark(text)) {
+    throw JsonError{{}, std::string("expected a receipt, but ") + kItIsUtf16};
   }
   const std::size_t start = text.find_first_not_of(" \t\r\n");
   if (start != std::string_view::npos && text[start] == '[') {
     throw JsonError{{},
                     "expected a receipt, or one answer of the validation service, which is a JSON "
                     "object; found a JSON array"};
+  }
+}
+
+// Returns whether the first line of a JSON text is a purchase, as `events` reads them. As for
+// JsonReader, JsonReader::kPadding bytes after the text must be readable.
+bool isPurchase(std::string_view text) {
+  try {
+    PurchaseReader reader(UnknownKeys::kAreIgnored);
+    const Purchase& purchase = reader.read(text.substr(0, text.find('\n')));
+    return purchase.product.has_value() || purchase.transaction.has_value();
+  } catch (const JsonError&) {
+    return false;
   }
 }
 
@@ -75,7 +98,9 @@ class Run {
     const auto& receipt = std::get<AppReceipt>(result);
     const std::string signature = signatureOf(content);
     ++readReceipts_;
-    unknownDates_ += receipt.unknownDates;
+    for (const std::string& date : receipt.unknownDates) {
+      unknownDates_.add([&] { return foundText(date) + " in " + inputName(path); });
+    }
     const bool isFailed = signature != kVerified && signature != kNotChecked;
     if (isFailed) ++failedSignatures_;
     if (!options_.writesPurchases) {
@@ -91,16 +116,11 @@ class Run {
 
   // Writes the summary to standard error.
   void summarize() const {
-    if (unknownDates_ > 0) report(counted(unknownDates_, "date") + " of unknown form, unchanged");
-    if (undatedPurchases_ > 0) {
-      report(counted(undatedPurchases_, "purchase") + " without a date that can be read");
-    }
-    if (untypedRenewals_ > 0) {
-      report(counted(untypedRenewals_, "purchase") +
-             " without a type whose original transaction is another one, which events reports as "
-             "invalid (code 40005); the first: " +
-             firstUntypedRenewal_);
-    }
+    reportCount(unknownDates_, "date", "of unknown form, unchanged");
+    reportCount(undatedPurchases_, "purchase", "without a date that can be read");
+    reportCount(untypedRenewals_, "purchase",
+                "without a type whose original transaction is another one, which events reports as "
+                "invalid (code 40005)");
     if (!missingProducts_.empty()) {
       report(counted(purchasesWithoutProduct_, "purchase") + " of " +
              counted(missingProducts_.size(), "product") + " that " +
@@ -118,6 +138,11 @@ class Run {
  private:
   static constexpr std::string_view kVerified = "verified";
   static constexpr std::string_view kNotChecked = "not checked";
+
+  static void reportCount(const Count& found, const char* noun, const char* what) {
+    if (found.count == 0) return;
+    report(counted(found.count, noun) + " " + what + "; the first: " + found.first);
+  }
 
   // After an interrupt, the text of a file may be cut, so it is not used.
   void readCertificates() {
@@ -143,6 +168,10 @@ class Run {
       refuseOtherKinds(content);
       return isJson(content) ? readServiceAnswer(content) : readAppReceipt(content);
     } catch (const JsonError& error) {
+      if (isPurchase(content)) {
+        return ReceiptError{"", 0,
+                            "expected a receipt, found purchases, which qel-purchase events reads"};
+      }
       return ReceiptError{error.pointer, 0, error.message};
     }
   }
@@ -165,24 +194,28 @@ class Run {
     }
   }
 
-  // A purchase without a type counts as a non-consumable. If it has another original transaction,
-  // `events` takes it for a restored one, which is invalid.
-  void countUntypedRenewal(const std::string& path, const QELInAppPurchaseItem& item) {
-    const bool isOfAnother = item.transactionID.has_value() &&
-                             item.originalTransactionID.has_value() &&
-                             item.transactionID != item.originalTransactionID;
-    if (item.purchaseType.has_value() || !isOfAnother) return;
-    if (++untypedRenewals_ > 1) return;
-    firstUntypedRenewal_ = inputName(path) + ", transaction " + foundText(*item.transactionID);
+  // A product whose latest entry has no type counts as a non-consumable. `events` takes a purchase
+  // of it with another original transaction for a restored one, which is invalid.
+  static bool isUntypedRenewal(const QELInAppPurchaseItem& item,
+                               const QELInAppPurchaseItem& latest) {
+    return !latest.purchaseType.has_value() && !isEmpty(item.transactionID) &&
+           !isEmpty(item.originalTransactionID) && item.transactionID != item.originalTransactionID;
   }
 
   void writePurchases(const std::string& path, const AppReceipt& receipt) {
     constexpr std::size_t kFlushSize = std::size_t{1} << 20;
     const PurchaseEntries entries(receipt, options_.entryChoice);
     for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
-      if (!entries.dateOf(i).has_value()) ++undatedPurchases_;
-      countUntypedRenewal(path, receipt.entries[i].item);
-      appendPurchase(receipt, i, entries, productOf(receipt.entries[i].item), out_);
+      const QELInAppPurchaseItem& item = receipt.entries[i].item;
+      const auto place = [&] {
+        return inputName(path) + (item.transactionID.has_value()
+                                      ? ", transaction " + foundText(*item.transactionID)
+                                      : ", the entry with index " + std::to_string(i));
+      };
+      if (!entries.dateOf(i).has_value()) undatedPurchases_.add(place);
+      const QELInAppPurchaseItem& latest = receipt.entries[entries.latestFor(i)].item;
+      if (isUntypedRenewal(item, latest)) untypedRenewals_.add(place);
+      appendPurchase(receipt, i, entries, productOf(item), out_);
       if (out_.text().size() >= kFlushSize) flush();
     }
   }
@@ -210,10 +243,9 @@ class Run {
   std::uint64_t readReceipts_ = 0;
   std::uint64_t rejectedReceipts_ = 0;
   std::uint64_t failedSignatures_ = 0;
-  std::uint64_t unknownDates_ = 0;
-  std::uint64_t undatedPurchases_ = 0;
-  std::uint64_t untypedRenewals_ = 0;
-  std::string firstUntypedRenewal_;
+  Count unknownDates_;
+  Count undatedPurchases_;
+  Count untypedRenewals_;
   std::uint64_t purchasesWithoutProduct_ = 0;
   std::set<std::string> missingProducts_;
 };

@@ -208,7 +208,7 @@ std::optional<std::string> dateOf(const ServiceDate& date, AppReceipt& receipt) 
     const std::int64_t remainder = (*date.milliseconds % 1000 + 1000) % 1000;
     written = rfc3339FromUnixTime((*date.milliseconds - remainder) / 1000);
   }
-  if (!written.has_value() && date.text.has_value()) ++receipt.unknownDates;
+  if (!written.has_value() && date.text.has_value()) receipt.unknownDates.push_back(*date.text);
   return written.has_value() ? written : date.text;
 }
 

@@ -56,8 +56,8 @@ struct AppReceipt {
   // In the order of the receipt, which need not be that of the dates.
   std::vector<AppReceiptEntry> entries = {};
 
-  // Number of dates, of the receipt and of its entries, that are not in the form of RFC 3339.
-  std::size_t unknownDates = 0;
+  // The dates, of the receipt and of its entries, that are not in the form of RFC 3339.
+  std::vector<std::string> unknownDates = {};
 };
 
 // Why bytes cannot be read as a receipt.

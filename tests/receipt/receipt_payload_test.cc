@@ -76,7 +76,7 @@ TEST(ReceiptPayloadTest, ReadsEveryAttribute) {
   EXPECT_EQ(receipt.creationDate, "2024-03-15T10:00:05Z");
   EXPECT_EQ(receipt.originalAppVersion, "1.0");
   EXPECT_EQ(receipt.expirationDate, "2025-03-15T10:00:05Z");
-  EXPECT_EQ(receipt.unknownDates, 0U);
+  EXPECT_EQ(receipt.unknownDates.size(), 0U);
   ASSERT_EQ(receipt.entries.size(), 1U);
   const AppReceiptEntry& entry = receipt.entries.front();
   EXPECT_EQ(entry.quantity, 2);
@@ -114,7 +114,7 @@ TEST(ReceiptPayloadTest, MissingAndEmptyAttributesAreAbsent) {
     EXPECT_EQ(entry.expirationDate, nullopt);
     EXPECT_EQ(entry.cancellationDate, nullopt);
     EXPECT_EQ(receipt.creationDate, nullopt);
-    EXPECT_EQ(receipt.unknownDates, 0U);
+    EXPECT_EQ(receipt.unknownDates.size(), 0U);
   }
 }
 
@@ -156,7 +156,7 @@ TEST(ReceiptPayloadTest, DatesAreRewrittenOrCounted) {
                     entryAttribute({attribute(1708, utf8Element("2022-04-15T18:52:22"))})}));
   EXPECT_EQ(receipt.creationDate, "yesterday");
   EXPECT_EQ(receipt.entries.at(0).expirationDate, "2022-04-15T18:52:22");
-  EXPECT_EQ(receipt.unknownDates, 2U);
+  EXPECT_EQ(receipt.unknownDates.size(), 2U);
 }
 
 TEST(ReceiptPayloadTest, TextsCanBeOfSeveralStringTypes) {

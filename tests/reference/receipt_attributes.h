@@ -19,7 +19,7 @@ inline OracleReceipt attributesOf(const AppReceipt& receipt) {
     if (integer.has_value()) attributes[type] = std::to_string(*integer);
   };
   OracleReceipt read;
-  read.unknownDates = receipt.unknownDates;
+  read.unknownDates = receipt.unknownDates.size();
   setText(read.attributes, 0, receipt.environment);
   setText(read.attributes, 2, receipt.bundleIdentifier);
   setText(read.attributes, 3, receipt.appVersion);

@@ -97,6 +97,16 @@ TEST(ProductCatalogueTest, AnIntroductoryPriceNeedsAMode) {
             "line 2, introductoryPrice: expected a price, because there is a mode, found none");
 }
 
+TEST(ProductCatalogueTest, OtherTextsAreNamed) {
+  EXPECT_EQ(failureOf(R"({"identifier":"a","price":1,"currency":"EUR"})"),
+            ": expected a JSON array of products, or CSV, found a JSON object");
+  for (const char* const mark : {"\xFF\xFE", "\xFE\xFF"}) {
+    EXPECT_EQ(failureOf(std::string(mark) + "a"),
+              ": expected a catalogue in UTF-8, but it is UTF-16 or UTF-32 text; convert it to "
+              "UTF-8, for example with iconv -f UTF-16 -t UTF-8");
+  }
+}
+
 TEST(ProductCatalogueTest, ErrorsOfJsonHaveAPointer) {
   EXPECT_EQ(failureOf(R"([{"identifier":"a","price":"1","currency":"EUR"},{"identifier":3}])"),
             "/1/identifier: expected a string, found a number");

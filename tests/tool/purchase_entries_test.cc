@@ -86,6 +86,21 @@ TEST(PurchaseEntriesTest, APurchaseWithoutAProductHasItself) {
   AppReceipt receipt = sampleReceipt();
   receipt.entries[0].item.productID.reset();
   EXPECT_EQ(PurchaseEntries(receipt, {}).of(0), (Indices{0}));
+  EXPECT_EQ(PurchaseEntries(receipt, {}).latestFor(0), 0U);
+}
+
+TEST(PurchaseEntriesTest, TheLatestEntryIsOfThePurchasesProduct) {
+  AppReceipt receipt = sampleReceipt();
+  receipt.entries.push_back(entryOf("monthly", "yesterday"));
+  for (const bool isAll : {false, true}) {
+    const PurchaseEntries entries(receipt, {.isAll = isAll});
+    EXPECT_EQ(entries.latestFor(1), 3U);
+    EXPECT_EQ(entries.latestFor(2), 2U);
+    EXPECT_EQ(entries.latestFor(6), 3U);
+    const PurchaseEntries earlier(receipt, {.isAll = isAll, .isAsOfPurchase = true});
+    EXPECT_EQ(earlier.latestFor(4), 4U);
+    EXPECT_EQ(earlier.latestFor(6), 3U);
+  }
 }
 
 // --- Events ---

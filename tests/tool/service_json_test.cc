@@ -58,7 +58,7 @@ TEST(ServiceJsonTest, ReadsAnAnswer) {
   EXPECT_EQ(receipt.originalAppVersion, "1.0");
   EXPECT_EQ(receipt.creationDate, "2020-07-14T19:36:41Z");
   EXPECT_EQ(receipt.expirationDate, "2021-07-14T19:36:41Z");
-  EXPECT_EQ(receipt.unknownDates, 0U);
+  EXPECT_EQ(receipt.unknownDates.size(), 0U);
   ASSERT_EQ(receipt.entries.size(), 1U);
   const AppReceiptEntry& entry = receipt.entries.front();
   EXPECT_EQ(entry.item, (QELInAppPurchaseItem{.productID = "monthly",
@@ -112,7 +112,7 @@ TEST(ServiceJsonTest, MillisecondsReplaceADateWithoutACertainMeaning) {
 TEST(ServiceJsonTest, UnknownDatesAreCounted) {
   EXPECT_EQ(read(R"({"receipt":{"receipt_creation_date":"yesterday","in_app":[
                      {"purchase_date":"today","expires_date":"1594755400000"}]}})")
-                .unknownDates,
+                .unknownDates.size(),
             3U);
 }
 
