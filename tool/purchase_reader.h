@@ -4,25 +4,13 @@
 #define QEL_TOOL_PURCHASE_READER_H_
 
 #include <deque>
-#include <optional>
 #include <string_view>
 
 #include "json_reader.h"
+#include "purchase.h"
 #include "qel/plain_records.h"
 
 namespace qel::tool {
-
-// One purchase, as a line of input has it.
-struct Purchase {
-  // A view of the line, or of the reader's memory.
-  OptionalText id;
-
-  std::optional<PlainProduct> product;
-  std::optional<PlainTransaction> transaction;
-
-  // Refers to the reader's entries.
-  QELInAppPurchaseItems receipt;
-};
 
 // Threads: a reader serves one thread at a time.
 class PurchaseReader {

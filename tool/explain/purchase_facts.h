@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-#include "purchase_reader.h"
+#include "purchase.h"
 #include "qel/diagnostic_codes.h"
 #include "qel/event_parameters.h"
 #include "qel/receipt_item.h"

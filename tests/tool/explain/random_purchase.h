@@ -6,7 +6,7 @@
 #include <deque>
 #include <random>
 
-#include "purchase_reader.h"
+#include "purchase.h"
 
 namespace qel::tool::testing {
 

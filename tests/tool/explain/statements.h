@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "explain/prose.h"
-#include "purchase_reader.h"
+#include "purchase.h"
 #include "qel/event_parameters.h"
 #include "qel/receipt_item.h"
 
