@@ -31,10 +31,11 @@ bool isFile(const CLI::Option& option) {
   return option.get_type_name() == "FILE" || option.get_type_name() == "PAGE";
 }
 
-// Returns the possible values, separated by spaces. Empty if they are not known.
+// Returns the possible values, separated by spaces. Empty if they are not known: the name of the
+// type is then in capitals.
 std::string valuesOf(const CLI::Option& option) {
   const std::string type = option.get_type_name();
-  if (type.find('|') == std::string::npos) return "";
+  if (std::any_of(type.begin(), type.end(), [](char c) { return c >= 'A' && c <= 'Z'; })) return "";
   return CLI::detail::find_and_replace(type, "|", " ");
 }
 

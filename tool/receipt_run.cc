@@ -85,15 +85,16 @@ class Run {
     if (options.products.has_value()) readCatalogue();
   }
 
-  void process(const std::string& path) {
+  // Returns whether it has finished, which it has not after an interrupt.
+  bool process(const std::string& path) {
     const std::string text = readPadded(path);
     // The text may be cut.
-    if (isInterrupted()) return;
+    if (isInterrupted()) return false;
     const std::string_view content = withoutByteOrderMark(text);
     const AppReceiptResult result = read(content);
     if (const auto* const error = std::get_if<ReceiptError>(&result)) {
       reject(path, *error);
-      return;
+      return true;
     }
     const auto& receipt = std::get<AppReceipt>(result);
     const std::string signature = signatureOf(content);
@@ -112,6 +113,7 @@ class Run {
       writePurchases(path, receipt);
     }
     flush();
+    return !isInterrupted();
   }
 
   // Writes the summary to standard error.
@@ -262,10 +264,11 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
     OutputFile output(options.output, files);
     Run run(options, output);
     bool hasFailed = false;
+    std::size_t finished = 0;
     for (const std::string& input : options.inputs) {
       if (isInterrupted()) break;
       try {
-        run.process(input);
+        if (run.process(input)) ++finished;
       } catch (const InputError& error) {
         report(error.what());
         hasFailed = true;
@@ -274,7 +277,10 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
     if (!hasFailed && !isInterrupted()) {
       output.commit();
     } else if (output.needsCommit()) {
-      report(output.name() + " is not written");
+      report((isInterrupted() ? "interrupted: " : "") + output.name() + " is not written");
+    } else if (isInterrupted()) {
+      report("interrupted: " + std::to_string(finished) + " of " +
+             counted(options.inputs.size(), "input") + " finished");
     }
     run.summarize();
     if (isInterrupted()) return static_cast<ExitStatus>(128 + interruptSignal());

@@ -10,6 +10,7 @@ import base64
 import gzip
 import json
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -172,6 +173,25 @@ class ReceiptLineTest(ReceiptTest):
         self.assertNotIn("transactionDate", lines_of(process)[0]["transaction"])
         self.assertEqual(run("events", data=process.stdout).returncode, 0)
 
+    def test_a_signal_ends_the_run_and_the_receipts_before_it_are_written(self):
+        process = subprocess.Popen(
+            [TOOL, "receipt", PRODUCTION, "-"],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+        )
+        line = process.stdout.readline()
+        self.assertEqual(json.loads(line)["file"], PRODUCTION)
+        process.send_signal(signal.SIGTERM)
+        process.wait(TIMEOUT)
+        output, messages = process.communicate()
+        self.assertEqual((process.returncode, output), (128 + signal.SIGTERM, b""))
+        self.assertEqual(
+            messages,
+            b"qel-purchase: interrupted: 1 of 2 inputs finished\n"
+            b"qel-purchase: 1 receipt read, 0 rejected\n",
+        )
+
 
 class ReceiptErrorTest(ReceiptTest):
     def test_an_input_that_is_no_receipt_has_a_line_with_its_error(self):
@@ -325,6 +345,14 @@ class ReceiptErrorTest(ReceiptTest):
                 ["qel-purchase: " + path + ": expected at least one certificate in PEM, or one in DER, found none"],
             )
             self.assertEqual(process.stdout, b"")
+
+    def test_bash_completes_the_value_of_as_of(self):
+        script = run("completion", "bash").stdout.decode() + (
+            "COMP_WORDS=(qel-purchase receipt --as-of '')\nCOMP_CWORD=3\n_qel_purchase\n"
+            'printf "%s\\n" "${COMPREPLY[@]}"\n'
+        )
+        completed = subprocess.run(["bash", "-c", script], stdout=subprocess.PIPE, check=True)
+        self.assertEqual(completed.stdout, b"purchase\n")
 
 
 class ReceiptSignatureTest(ReceiptTest):
