@@ -205,8 +205,8 @@ std::optional<std::string> dateOf(const ServiceDate& date, AppReceipt& receipt) 
   if (date.text.has_value()) written = rfc3339FromReceiptDate(*date.text);
   if (!written.has_value() && date.milliseconds.has_value()) {
     // Rounded down, as dates before 1970 need it.
-    const std::int64_t remainder = (*date.milliseconds % 1000 + 1000) % 1000;
-    written = rfc3339FromUnixTime((*date.milliseconds - remainder) / 1000);
+    const bool isRoundedUp = *date.milliseconds % 1000 < 0;
+    written = rfc3339FromUnixTime(*date.milliseconds / 1000 - (isRoundedUp ? 1 : 0));
   }
   if (!written.has_value() && date.text.has_value()) receipt.unknownDates.push_back(*date.text);
   return written.has_value() ? written : date.text;
