@@ -3,19 +3,18 @@
 #import <Foundation/Foundation.h>
 
 #include <gtest/gtest.h>
+#include <sanitizer/lsan_interface.h>
 
 // The run time's tables of classes, methods and selectors. Objects do not come from there, and are
 // watched.
-extern "C" const char* __lsan_default_suppressions();
-
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:objc_malloc\n"
          "leak:class_copyMethodList\n";
 }
 
 // Null in a program without the sanitizer.
-extern "C" void __lsan_disable() __attribute__((weak));
-extern "C" void __lsan_enable() __attribute__((weak));
+#pragma weak __lsan_disable
+#pragma weak __lsan_enable
 
 namespace {
 

@@ -149,8 +149,8 @@ TEST(InstantFromTest, TakesATimeThatIsNotANumberForADateOfNoPurchase) {
 TEST(InstantFromTest, EndsAtTheFirstAndTheLastOfAllInstants) {
   @autoreleasepool {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const Instant last = {std::numeric_limits<std::int64_t>::max(), 0};
-    const Instant first = {std::numeric_limits<std::int64_t>::min(), 0};
+    const Instant last(std::numeric_limits<std::int64_t>::max());
+    const Instant first(std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(instantFrom(dateOfTime(kInfinity)), last);
     EXPECT_EQ(instantFrom(dateOfTime(1e300)), last);
     EXPECT_EQ(instantFrom(dateOfTime(-kInfinity)), first);
