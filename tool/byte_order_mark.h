@@ -22,7 +22,8 @@ constexpr bool startsWithUtf16Mark(std::string_view text) {
 
 // What a text in UTF-16 is, and what to do about it.
 inline constexpr const char* kItIsUtf16 =
-    "it is UTF-16 or UTF-32 text; convert it to UTF-8, for example with iconv -f UTF-16 -t UTF-8";
+    "it is UTF-16 or UTF-32 text; convert it to UTF-8, for example with iconv -f UTF-16 -t UTF-8, "
+    "or -f UTF-32";
 
 }  // namespace qel::tool
 

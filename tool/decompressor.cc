@@ -4,10 +4,10 @@
 #include <zlib.h>
 #include <zstd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <new>
-#include <stdexcept>
 #include <string>
 
 namespace qel::tool {
@@ -24,8 +24,13 @@ constexpr Magic kMagics[] = {
     {std::string_view("\xFD\x37\x7A\x58\x5A\x00", 6), Compression::kXz},
 };
 
-[[noreturn]] void failAsCorrupt(const char* format, const char* reason) {
-  throw std::runtime_error(std::string("corrupt ") + format + " data: " + reason);
+std::string corrupt(const char* format, const char* reason) {
+  return std::string("corrupt ") + format + " data: " + reason;
+}
+
+// Returns the number of zeros at the start of `input`. Tapes and disk images pad files with them.
+std::size_t paddingOf(std::string_view input) {
+  return std::min(input.find_first_not_of('\0'), input.size());
 }
 
 // zlib and lzma take bytes as unsigned char.
@@ -49,7 +54,8 @@ class GzipDecompressor : public Decompressor {
 
   Step step(std::string_view input, std::span<char> output) override {
     if (isAtEnd_) {
-      if (input.empty()) return {0, 0};
+      const std::size_t padding = paddingOf(input);
+      if (padding > 0 || input.empty()) return {.consumed = padding};
       inflateReset(&stream_);
     }
     constexpr std::size_t kMost = std::numeric_limits<uInt>::max();
@@ -61,11 +67,12 @@ class GzipDecompressor : public Decompressor {
     stream_.avail_out = outputSize;
     const int status = inflate(&stream_, Z_NO_FLUSH);
     if (status == Z_MEM_ERROR) throw std::bad_alloc();
+    Step step = {inputSize - stream_.avail_in, outputSize - stream_.avail_out};
     if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) {
-      failAsCorrupt("gzip", stream_.msg != nullptr ? stream_.msg : "unknown error");
+      step.failure = corrupt("gzip", stream_.msg != nullptr ? stream_.msg : "unknown error");
     }
     isAtEnd_ = status == Z_STREAM_END;
-    return {inputSize - stream_.avail_in, outputSize - stream_.avail_out};
+    return step;
   }
 
   bool isAtEnd() const override { return isAtEnd_; }
@@ -86,19 +93,26 @@ class ZstdDecompressor : public Decompressor {
 
   Step step(std::string_view input, std::span<char> output) override {
     // zstd would expect the header of another stream.
-    if (isAtEnd_ && input.empty()) return {0, 0};
-    ZSTD_inBuffer in = {input.data(), input.size(), 0};
+    if (isAtEnd_ && input.empty()) return {};
+    // A call that fails returns none of its output, so each call gets one block, or one checksum.
+    ZSTD_inBuffer in = {input.data(), std::min(input.size(), nextSize_), 0};
     ZSTD_outBuffer out = {output.data(), output.size(), 0};
     const std::size_t status = ZSTD_decompressStream(stream_, &out, &in);
-    if (ZSTD_isError(status) != 0) failAsCorrupt("zstd", ZSTD_getErrorName(status));
+    if (ZSTD_isError(status) != 0) return {.failure = corrupt("zstd", ZSTD_getErrorName(status))};
     isAtEnd_ = status == 0;
+    nextSize_ = isAtEnd_ ? kFirstSize : status;
     return {in.pos, out.pos};
   }
 
   bool isAtEnd() const override { return isAtEnd_; }
 
  private:
+  // What every stream has at its start.
+  static constexpr std::size_t kFirstSize = 5;
+
   ZSTD_DStream* const stream_;
+  // Number of bytes that zstd wants next.
+  std::size_t nextSize_ = kFirstSize;
   bool isAtEnd_ = false;
 };
 
@@ -122,7 +136,8 @@ class XzDecompressor : public Decompressor {
 
   Step step(std::string_view input, std::span<char> output) override {
     if (isAtEnd_) {
-      if (input.empty()) return {0, 0};
+      const std::size_t padding = paddingOf(input);
+      if (padding > 0 || input.empty()) return {.consumed = padding};
       start();
     }
     stream_.next_in = bytesOf(input);
@@ -131,12 +146,13 @@ class XzDecompressor : public Decompressor {
     stream_.avail_out = output.size();
     const lzma_ret status = lzma_code(&stream_, LZMA_RUN);
     if (status == LZMA_MEM_ERROR) throw std::bad_alloc();
+    Step step = {input.size() - stream_.avail_in, output.size() - stream_.avail_out};
     // LZMA_BUF_ERROR means that more input is needed.
     if (status != LZMA_OK && status != LZMA_STREAM_END && status != LZMA_BUF_ERROR) {
-      failAsCorrupt("xz", xzErrorName(status));
+      step.failure = corrupt("xz", xzErrorName(status));
     }
     isAtEnd_ = status == LZMA_STREAM_END;
-    return {input.size() - stream_.avail_in, output.size() - stream_.avail_out};
+    return step;
   }
 
   bool isAtEnd() const override { return isAtEnd_; }

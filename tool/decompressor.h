@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace qel::tool {
@@ -28,14 +29,16 @@ Compression compressionOf(std::string_view start);
 class Decompressor {
  public:
   struct Step {
-    std::size_t consumed;
-    std::size_t produced;
+    std::size_t consumed = 0;
+    std::size_t produced = 0;
+    // Why what follows cannot be decompressed: the data are corrupt. Empty if they are not.
+    std::string failure = {};
   };
 
   virtual ~Decompressor() = default;
 
   // Decompresses from `input` into `output`, which is not empty, until one of them is used up or a
-  // stream ends. Throws std::runtime_error if the data are corrupt.
+  // stream ends. Must not be called after a failure.
   virtual Step step(std::string_view input, std::span<char> output) = 0;
 
   // Returns whether the input so far ends where a stream ends.

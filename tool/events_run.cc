@@ -72,8 +72,10 @@ class Run {
   void runPipeline() {
     namespace tbb = oneapi::tbb;
     using tbb::filter_mode;
-    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism,
-                                      static_cast<std::size_t>(options_.jobs));
+    // Never destroyed: TBB then raises the limit, for which it may need memory that is not there.
+    static const auto* const threads = new tbb::global_control(
+        tbb::global_control::max_allowed_parallelism, static_cast<std::size_t>(options_.jobs));
+    static_cast<void>(threads);
     const auto readFilter = tbb::make_filter<void, Work*>(
         filter_mode::serial_in_order, [this](tbb::flow_control& flow) { return read(flow); });
     const auto processFilter = tbb::make_filter<Work*, Work*>(
@@ -183,11 +185,14 @@ class Run {
 ExitStatus runEvents(const EventsOptions& options) {
   try {
     catchInterrupts();
+    checkStandardInput(options.inputs);
     OutputFile output(options.output, options.inputs);
     QELMeasurement::setMonitor(std::make_shared<DiagnosticsCollector>());
     const ExitStatus status = Run(options, output).execute();
     QELMeasurement::setMonitor(nullptr);
     return status;
+  } catch (const InputError& error) {
+    report(error.what());
   } catch (const OutputError& error) {
     report(error.what());
   } catch (const std::system_error& error) {

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -31,6 +32,12 @@ int openDescriptor(const std::string& path) {
 std::string inputName(const std::string& path) {
   if (path.empty()) return "\"\"";
   return path == "-" ? "standard input" : path;
+}
+
+void checkStandardInput(const std::vector<std::string>& paths) {
+  if (std::count(paths.begin(), paths.end(), "-") > 1) {
+    throw InputError("standard input is given more than once, but it can be read once only");
+  }
 }
 
 std::optional<struct stat> inputStatus(const std::string& path) {
@@ -90,6 +97,7 @@ std::size_t InputFile::readRaw(std::span<char> memory) {
 
 std::size_t InputFile::decompress(std::span<char> memory) {
   for (;;) {
+    if (!failure_.empty()) fail(failure_);
     if (unread_.empty() && !isOutputLeft_) {
       compressed_.resize(kCompressedSize);
       unread_ = {compressed_.data(), readRaw(compressed_)};
@@ -99,13 +107,9 @@ std::size_t InputFile::decompress(std::span<char> memory) {
         return 0;
       }
     }
-    Decompressor::Step step = {};
-    try {
-      step = decompressor_->step(unread_, memory);
-    } catch (const std::runtime_error& error) {
-      fail(error.what());
-    }
+    const Decompressor::Step step = decompressor_->step(unread_, memory);
     unread_.remove_prefix(step.consumed);
+    failure_ = step.failure;
     isOutputLeft_ = step.produced == memory.size();
     if (step.produced > 0) return step.produced;
   }

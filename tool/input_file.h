@@ -28,6 +28,9 @@ class InputError : public std::runtime_error {
 // Returns the name of an input for people: its path, "standard input" for "-", or quotes for "".
 std::string inputName(const std::string& path);
 
+// Throws InputError if several of the paths are standard input, which can be read once only.
+void checkStandardInput(const std::vector<std::string>& paths);
+
 // Returns the status of an input, or std::nullopt if there is no such file.
 std::optional<struct stat> inputStatus(const std::string& path);
 
@@ -71,6 +74,8 @@ class InputFile {
   std::string_view unread_;
   // Whether the decompressor may have output left that did not fit.
   bool isOutputLeft_ = false;
+  // Why what follows cannot be decompressed, empty if it can.
+  std::string failure_;
 };
 
 // Returns the whole content of an input. Throws InputError, also if it has more than `most` bytes.

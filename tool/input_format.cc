@@ -30,12 +30,25 @@ bool isArchive(std::string_view start) {
   return false;
 }
 
-// A receipt is PKCS #7 in DER, a SEQUENCE whose length takes two or three bytes, or that in base64.
-// Base64 can be in PEM (RFC 7468), which may follow other text.
+// Returns the first line of PEM (RFC 7468), which may follow other text. Empty if there is none.
+std::string_view pemLabel(std::string_view start) {
+  const std::size_t begin =
+      start.starts_with('{') ? std::string_view::npos : start.find("-----BEGIN ");
+  if (begin == std::string_view::npos) return {};
+  return start.substr(begin, start.find('\n', begin) - begin);
+}
+
+bool isCertificateOrKey(std::string_view start) {
+  const std::string_view label = pemLabel(start);
+  return label.find("CERTIFICATE") != std::string_view::npos ||
+         label.find(" KEY") != std::string_view::npos;
+}
+
+// A receipt is PKCS #7 in DER, a SEQUENCE whose length takes two or three bytes, or that in base64
+// or in PEM.
 bool isReceipt(std::string_view start) {
   if (start.starts_with("\x30\x82") || start.starts_with("\x30\x83") ||
-      start.starts_with("\x30\x80") ||
-      (!start.starts_with('{') && start.find("-----BEGIN ") != std::string_view::npos)) {
+      start.starts_with("\x30\x80") || !pemLabel(start).empty()) {
     return true;
   }
   constexpr std::size_t kEnough = 64;
@@ -46,8 +59,10 @@ bool isReceipt(std::string_view start) {
          });
 }
 
-// Control characters other than white space, outside a line that may be a broken object.
+// Control characters other than white space, outside a line that may be a broken object. PNG and
+// PDF have none in their first line.
 bool isBinary(std::string_view line) {
+  if (line.starts_with("\x89PNG") || line.starts_with("%PDF-")) return true;
   return !line.starts_with('{') && std::any_of(line.begin(), line.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte < 0x20 && !(byte >= '\t' && byte <= '\r');
@@ -88,6 +103,9 @@ const char* foreignFormat(std::string_view start) {
   }
   if (isArchive(start))
     return "it is an archive or compressed; expected plain text, gzip, zstd or xz";
+  if (isCertificateOrKey(start)) {
+    return "it is a certificate or a key in PEM; expected JSON Lines in UTF-8";
+  }
   if (isReceipt(start)) {
     return "it is an app receipt; read it with qel-purchase receipt --purchases";
   }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 
 #include "command_line.h"
@@ -31,20 +32,26 @@ void reserveStandardStreams() {
   }
 }
 
-[[noreturn]] void endWithoutMemory() {
-  constexpr std::string_view kMessage = "qel-purchase: not enough memory\n";
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
+// Ends the program with a message. Allocates nothing.
+[[noreturn]] void fail(std::string_view reason) {
+  for (const std::string_view text : {std::string_view("qel-purchase: "), reason, {"\n"}}) {
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+  }
   _exit(qel::tool::kFailed);
 }
 
+constexpr std::string_view kNoMemory = "not enough memory";
+
 // Ends the program after an exception that nothing catches. The library lets none out, so a
-// failed allocation within it ends here.
+// failed allocation within it ends here. So does TBB's if it cannot start a thread.
 [[noreturn]] void onTerminate() {
   if (const std::exception_ptr exception = std::current_exception()) {
     try {
       std::rethrow_exception(exception);
     } catch (const std::bad_alloc&) {
-      endWithoutMemory();
+      fail(kNoMemory);
+    } catch (const std::runtime_error& error) {
+      fail(error.what());
     } catch (...) {
       std::abort();
     }
@@ -77,6 +84,6 @@ int main(int argc, char** argv) {
                                          qel::tool::addCompletion(app),
                                      });
   } catch (const std::bad_alloc&) {
-    endWithoutMemory();
+    fail(kNoMemory);
   }
 }

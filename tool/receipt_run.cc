@@ -104,16 +104,17 @@ class Run {
     }
     const bool isFailed = signature != kVerified && signature != kNotChecked;
     if (isFailed) ++failedSignatures_;
+    bool isFinished = true;
     if (!options_.writesPurchases) {
       appendReceipt(path, signature, receipt, out_);
     } else if (isFailed) {
       report(inputName(path) +
              ": no purchases written, because the signature is not verified: " + signature);
     } else {
-      writePurchases(path, receipt);
+      isFinished = writePurchases(path, receipt);
     }
     flush();
-    return !isInterrupted();
+    return isFinished;
   }
 
   // Writes the summary to standard error.
@@ -204,10 +205,12 @@ class Run {
            !isEmpty(item.originalTransactionID) && item.transactionID != item.originalTransactionID;
   }
 
-  void writePurchases(const std::string& path, const AppReceipt& receipt) {
+  // Returns whether all are written, which they are not after an interrupt.
+  bool writePurchases(const std::string& path, const AppReceipt& receipt) {
     constexpr std::size_t kFlushSize = std::size_t{1} << 20;
     const PurchaseEntries entries(receipt, options_.entryChoice);
-    for (std::size_t i = 0; i < receipt.entries.size() && !isInterrupted(); ++i) {
+    for (std::size_t i = 0; i < receipt.entries.size(); ++i) {
+      if (isInterrupted()) return false;
       const QELInAppPurchaseItem& item = receipt.entries[i].item;
       const auto place = [&] {
         return inputName(path) + (item.transactionID.has_value()
@@ -220,6 +223,7 @@ class Run {
       appendPurchase(receipt, i, entries, productOf(item), out_);
       if (out_.text().size() >= kFlushSize) flush();
     }
+    return true;
   }
 
   const CatalogueProduct* productOf(const QELInAppPurchaseItem& item) {
@@ -261,6 +265,7 @@ ExitStatus runReceipt(const ReceiptOptions& options) {
     for (const auto& file : {options.products, options.certificates}) {
       if (file.has_value()) files.push_back(*file);
     }
+    checkStandardInput(files);
     OutputFile output(options.output, files);
     Run run(options, output);
     bool hasFailed = false;

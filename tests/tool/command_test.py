@@ -932,6 +932,14 @@ class ForeignInputTest(CommandTest):
             self.assertTrue(process.stderr.startswith(start_text), process.stderr)
             self.assertEqual(process.stderr.count(b"\n"), 2)
 
+    def test_standard_input_is_read_once(self):
+        process = run("events", "-", "-", data=GOOD)
+        self.assertEqual((process.returncode, process.stdout), (2, b""))
+        self.assertEqual(
+            process.stderr,
+            b"qel-purchase: standard input is given more than once, but it can be read once only\n",
+        )
+
     def test_the_advice_works(self):
         with tempfile.TemporaryDirectory(prefix="qel-command-") as folder:
             name = os.path.join(folder, "array.json")
@@ -996,6 +1004,27 @@ class LimitTest(CommandTest):
                 self.assertIn(b"not enough memory", process.stderr)
             else:
                 self.assertEqual(len(process.stdout.splitlines()), 2)
+
+    def test_without_memory_for_threads_there_is_a_result_or_an_error(self):
+        if IS_SANITIZED:
+            self.skipTest("sanitizers need much address space")
+        statuses = set()
+        for megabytes in range(14, 60, 2):
+
+            def limit_memory():
+                resource.setrlimit(resource.RLIMIT_AS, (megabytes << 20, megabytes << 20))
+
+            for jobs in ("1", "2"):
+                process = run("events", "--jobs", jobs, data=GOOD, preexec_fn=limit_memory)
+                # 127 is the system's, if there is not even memory for the program.
+                self.assertIn(process.returncode, (0, 1, 2, 127), (megabytes, jobs, process.stderr))
+                results = self.results(process) if process.returncode != 127 else []
+                if process.returncode == 0:
+                    self.assertEqual(results, [GOOD_RESULT])
+                else:
+                    self.assertNotEqual(process.stderr, b"")
+                statuses.add(process.returncode)
+        self.assertLessEqual({0, 2}, statuses)
 
     def test_too_many_rejected_lines_stop_the_run(self):
         lines = [GOOD if index % 3 else b"{" for index in range(30_000)]

@@ -32,7 +32,10 @@ std::string gzip(std::string_view text) {
 
 std::string zstd(std::string_view text) {
   std::string out(ZSTD_compressBound(text.size()), '\0');
-  out.resize(ZSTD_compress(out.data(), out.size(), text.data(), text.size(), 3));
+  ZSTD_CCtx* const context = ZSTD_createCCtx();
+  ZSTD_CCtx_setParameter(context, ZSTD_c_checksumFlag, 1);
+  out.resize(ZSTD_compress2(context, out.data(), out.size(), text.data(), text.size()));
+  ZSTD_freeCCtx(context);
   return out;
 }
 
@@ -146,6 +149,18 @@ TEST_P(CompressedFileTest, FailsAtTheFirstByteAfterAStreamThatStartsNone) {
   EXPECT_TRUE(result.starts_with("one\n!corrupt ")) << result;
 }
 
+TEST_P(CompressedFileTest, ReadsAllBeforeAWrongChecksum) {
+  const std::string text = someText(100'000);
+  const std::string whole = compressed(text);
+  for (std::size_t i = 1; i <= 4; ++i) {
+    std::string data = whole;
+    data[data.size() - i] = static_cast<char>(data[data.size() - i] ^ 1);
+    write(data);
+    const std::string result = content();
+    EXPECT_TRUE(result.starts_with(text + "!corrupt ")) << result.substr(text.size());
+  }
+}
+
 TEST_P(CompressedFileTest, FailsIfTheDataAreCorrupt) {
   const std::string text = someText(100'000);
   std::string data = compressed(text);
@@ -160,6 +175,22 @@ INSTANTIATE_TEST_SUITE_P(Formats, CompressedFileTest,
                          ::testing::Values(Format{"gzip", gzip}, Format{"zstd", zstd},
                                            Format{"xz", xz}),
                          nameOfFormat);
+
+// zstd has frames for padding.
+class PaddedFileTest : public InputFileTest {};
+
+TEST_P(PaddedFileTest, ZerosBehindAStreamAreIgnored) {
+  for (const std::size_t size : {1U, 512U, 200'000U}) {
+    const std::string zeros(size, '\0');
+    write(compressed("one\n") + zeros);
+    EXPECT_EQ(content(), "one\n");
+    write(compressed("one\n") + zeros + compressed("two\n") + zeros);
+    EXPECT_EQ(content(), "one\ntwo\n");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PaddedFileTest,
+                         ::testing::Values(Format{"gzip", gzip}, Format{"xz", xz}), nameOfFormat);
 
 TEST(InputFileErrorTest, NamesAFileThatCannotBeOpened) {
   try {

@@ -103,7 +103,7 @@ TEST(ProductCatalogueTest, OtherTextsAreNamed) {
   for (const char* const mark : {"\xFF\xFE", "\xFE\xFF"}) {
     EXPECT_EQ(failureOf(std::string(mark) + "a"),
               ": expected a catalogue in UTF-8, but it is UTF-16 or UTF-32 text; convert it to "
-              "UTF-8, for example with iconv -f UTF-16 -t UTF-8");
+              "UTF-8, for example with iconv -f UTF-16 -t UTF-8, or -f UTF-32");
   }
 }
 
