@@ -73,9 +73,8 @@ class Run {
     namespace tbb = oneapi::tbb;
     using tbb::filter_mode;
     // Never destroyed: TBB then raises the limit, for which it may need memory that is not there.
-    static const auto* const threads = new tbb::global_control(
+    [[maybe_unused]] static const auto* const threads = new tbb::global_control(
         tbb::global_control::max_allowed_parallelism, static_cast<std::size_t>(options_.jobs));
-    static_cast<void>(threads);
     const auto readFilter = tbb::make_filter<void, Work*>(
         filter_mode::serial_in_order, [this](tbb::flow_control& flow) { return read(flow); });
     const auto processFilter = tbb::make_filter<Work*, Work*>(

@@ -30,12 +30,13 @@ bool isArchive(std::string_view start) {
   return false;
 }
 
-// Returns the first line of PEM (RFC 7468), which may follow other text. Empty if there is none.
+// Returns the first line of PEM (RFC 7468), which may follow other text. Empty if there is none, or
+// if its end is not there yet.
 std::string_view pemLabel(std::string_view start) {
   const std::size_t begin =
       start.starts_with('{') ? std::string_view::npos : start.find("-----BEGIN ");
-  if (begin == std::string_view::npos) return {};
-  return start.substr(begin, start.find('\n', begin) - begin);
+  const std::size_t end = start.find('\n', begin);
+  return end == std::string_view::npos ? std::string_view() : start.substr(begin, end - begin);
 }
 
 bool isCertificateOrKey(std::string_view start) {
