@@ -7,8 +7,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
+
+#include "terminal.h"
 
 namespace qel::tool {
 namespace {
@@ -21,12 +22,6 @@ constexpr std::string_view kStartOfClearLine = "\r\x1b[K";
 void writeToTerminal(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
-}
-
-// A dumb terminal cannot clear a line.
-bool isDumbTerminal() {
-  const char* const type = std::getenv("TERM");
-  return type == nullptr || std::string_view(type) == "dumb";
 }
 
 // Returns the number of columns that can be written without a wrap to the next line. Asked for
@@ -88,7 +83,7 @@ std::string progressText(const Progress& progress, std::size_t width) {
 }
 
 ProgressLine::ProgressLine(bool isWanted, std::optional<std::uint64_t> totalBytes)
-    : isShown_(isWanted && isatty(STDERR_FILENO) != 0 && !isDumbTerminal()),
+    : isShown_(isWanted && isTerminal(STDERR_FILENO)),
       totalBytes_(totalBytes),
       start_(Clock::now()),
       nextUpdate_(start_ + kInterval) {}

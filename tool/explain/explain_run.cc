@@ -19,6 +19,7 @@
 #include "messages.h"
 #include "output_file.h"
 #include "purchase_reader.h"
+#include "terminal.h"
 #include "unreadable_line.h"
 
 namespace qel::tool {
@@ -36,10 +37,8 @@ class RunError : public std::runtime_error {
 // Colour is for terminals, unless the user does not want it (https://no-color.org).
 TextColor colorOfOutput() {
   const char* const noColor = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  const bool isUnwanted = (noColor != nullptr && *noColor != '\0') ||
-                          (terminal != nullptr && std::string_view(terminal) == "dumb");
-  return isatty(STDOUT_FILENO) != 0 && !isUnwanted ? TextColor::kAnsi : TextColor::kNone;
+  const bool isUnwanted = noColor != nullptr && *noColor != '\0';
+  return isTerminal(STDOUT_FILENO) && !isUnwanted ? TextColor::kAnsi : TextColor::kNone;
 }
 
 // Receives the purchases of a run. The functions throw OutputError and RunError.

@@ -53,6 +53,7 @@ def run_on_terminal(*arguments, **environment):
     master, slave = pty.openpty()
     values = {name: value for name, value in os.environ.items() if name != "NO_COLOR"}
     values.update({"TERM": "xterm", **environment})
+    values = {name: value for name, value in values.items() if value is not None}
     process = subprocess.Popen([TOOL, *arguments], stdout=slave, stdin=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL, env=values)
     os.close(slave)
@@ -175,6 +176,7 @@ class TextTest(unittest.TestCase):
         self.assertIn("\x1b[1;32mConversion\x1b[0m", run_on_terminal(*arguments))
         self.assertNotIn("\x1b", run_on_terminal(*arguments, NO_COLOR="1"))
         self.assertNotIn("\x1b", run_on_terminal(*arguments, TERM="dumb"))
+        self.assertNotIn("\x1b", run_on_terminal(*arguments, TERM=None))
 
     def test_hostile_texts_are_shown_and_shortened(self):
         data = json.dumps(HOSTILE).encode()
