@@ -1,6 +1,7 @@
 #include <openssl/pem.h>
 #include <openssl/x509_vfy.h>
 
+#include <ctime>
 #include <utility>
 #include <vector>
 
@@ -61,24 +62,29 @@ std::vector<Handle<X509>> readCertificates(std::string_view text) {
   return certificates;
 }
 
-std::int64_t creationSecondsOf(CMS_ContentInfo& signedData) {
+std::time_t creationTimeOf(CMS_ContentInfo& signedData) {
   const AppReceipt content = receipt::readPayload(receipt::contentOf(signedData));
   if (!content.creationDate.has_value()) fail("the receipt has no creation date");
   const std::optional<Instant> date = parseRfc3339(*content.creationDate);
   if (!date.has_value()) {
     fail("the receipt's creation date cannot be read: " + *content.creationDate);
   }
-  return date->seconds();
+  // Some 32-bit systems count seconds in 32 bits, to 2038.
+  if (!std::in_range<std::time_t>(date->seconds())) {
+    fail("the receipt's creation date is outside the times of this system: " +
+         *content.creationDate);
+  }
+  return static_cast<std::time_t>(date->seconds());
 }
 
-Handle<X509_STORE> trustedStore(std::string_view certificates, std::int64_t seconds) {
+Handle<X509_STORE> trustedStore(std::string_view certificates, std::time_t time) {
   Handle<X509_STORE> store(X509_STORE_new());
   receipt::requireMemory(store != nullptr);
   for (const Handle<X509>& certificate : readCertificates(certificates)) {
     receipt::requireMemory(X509_STORE_add_cert(store.get(), certificate.get()) == 1);
   }
   X509_VERIFY_PARAM* const parameters = X509_STORE_get0_param(store.get());
-  X509_VERIFY_PARAM_set_time(parameters, seconds);
+  X509_VERIFY_PARAM_set_time(parameters, time);
   // Level 0 allows SHA-1.
   X509_VERIFY_PARAM_set_auth_level(parameters, 0);
   // The default is the use for e-mail, which the store's certificates do not have.
@@ -106,7 +112,7 @@ void verify(std::string_view bytes, std::string_view certificates) {
   if (sk_CMS_SignerInfo_num(CMS_get0_SignerInfos(signedData.get())) > kMaxSigners) {
     fail("the receipt has more than " + std::to_string(kMaxSigners) + " signers");
   }
-  const Handle<X509_STORE> store = trustedStore(certificates, creationSecondsOf(*signedData));
+  const Handle<X509_STORE> store = trustedStore(certificates, creationTimeOf(*signedData));
   if (CMS_verify(signedData.get(), nullptr, store.get(), nullptr, nullptr, CMS_BINARY) != 1) {
     fail(lastReason());
   }
