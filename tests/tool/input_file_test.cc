@@ -181,10 +181,11 @@ class PaddedFileTest : public InputFileTest {};
 
 TEST_P(PaddedFileTest, ZerosBehindAStreamAreIgnored) {
   for (const std::size_t size : {1U, 512U, 200'000U}) {
-    const std::string zeros(size, '\0');
-    write(compressed("one\n") + zeros);
-    EXPECT_EQ(content(), "one\n");
-    write(compressed("one\n") + zeros + compressed("two\n") + zeros);
+    std::string file;
+    for (const char* const text : {"one\n", "two\n"}) {
+      file.append(compressed(text)).append(size, '\0');
+    }
+    write(file);
     EXPECT_EQ(content(), "one\ntwo\n");
   }
 }
