@@ -32,8 +32,7 @@ mkdir -p "$work"
 work=$(realpath "$work")
 rm -rf "$work/build/packages"
 echo "== build the packages"
-# Optimised little, which takes less time. Nothing here depends on it.
-quietly cmake --preset package -S "$source" -B "$work/build" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG"
+quietly cmake --preset package -S "$source" -B "$work/build"
 quietly cmake --build "$work/build"
 quietly cpack --config "$work/build/CPackConfig.cmake"
 packages=("$work"/build/packages/*.deb)

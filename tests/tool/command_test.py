@@ -1465,7 +1465,7 @@ class CompletionTest(CommandTest):
         shown = b""
         text = ""
         while not all(word in text for word in words):
-            ready, _, _ = select.select([terminal], [], [], TIMEOUT / 4)
+            ready, _, _ = select.select([terminal], [], [], TIMEOUT)
             self.assertTrue(ready, (words, text))
             shown += os.read(terminal, 65536)
             # Without the sequences that move the cursor, and without the bell.
