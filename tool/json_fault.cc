@@ -18,6 +18,9 @@ struct Fault {
   std::string message;
 };
 
+// Returns whether a character of UTF-8 starts with `byte`.
+bool isCharacterStart(char byte) { return (byte & 0xC0) != 0x80; }
+
 // Reads a text from its start, and throws a Fault where it is not JSON. Keeps the open brackets in
 // a string instead of calling itself, so that deep nesting cannot exhaust the stack.
 class Scanner {
@@ -113,9 +116,11 @@ class Scanner {
     const std::size_t size = raw.starts_with("\\u") ? 6 : 2;
     std::string character;
     if (raw.size() < size || !unescapeJsonString(raw.substr(0, size), character)) {
+      const auto end =
+          std::find_if(raw.begin() + std::min(size, raw.size()), raw.end(), isCharacterStart);
       throw Fault{offset,
                   R"(expected an escape that JSON has: \" \\ \/ \b \f \n \r \t or \uXXXX, found )" +
-                      excerpt(raw.substr(0, size))};
+                      excerpt({raw.begin(), end})};
     }
     return size;
   }
@@ -143,7 +148,6 @@ class Scanner {
 // Returns the column of the byte at `offset`: one for each character before it, and one.
 std::size_t columnOf(std::string_view text, std::size_t offset) {
   const std::string_view before = text.substr(0, offset);
-  const auto isCharacterStart = [](char byte) { return (byte & 0xC0) != 0x80; };
   return 1 +
          static_cast<std::size_t>(std::count_if(before.begin(), before.end(), isCharacterStart));
 }

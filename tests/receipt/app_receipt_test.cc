@@ -45,13 +45,14 @@ std::string bundleIdentifierOf(const std::string& bytes) {
   return std::get<AppReceipt>(result).bundleIdentifier.value_or("absent");
 }
 
-// Returns signed data without signers and certificates: the same structure, but small.
-std::string unsignedReceipt() {
+// Returns signed data without signers and certificates: the same structure, but small, and of the
+// same size every time, which signatures are not.
+std::string unsignedReceipt(const char* bundleIdentifier = "com.example.app") {
   const std::string entry =
       attributeSet({attribute(1702, utf8Element("coins")), attribute(1703, utf8Element("1")),
                     attribute(1704, ia5Element("2024-03-15T10:00:05Z"))});
   const std::string receipt =
-      attributeSet({attribute(2, utf8Element("com.example.app")), attribute(17, entry)});
+      attributeSet({attribute(2, utf8Element(bundleIdentifier)), attribute(17, entry)});
   const std::string oid = "\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x07";
   constexpr unsigned char kExplicitTag = 0xA0;
   const std::string content = element(
@@ -99,8 +100,7 @@ TEST(AppReceiptTest, Base64IsReadWithAndWithoutPadding) {
   // Bundle identifiers of three lengths give texts that end with 0, 1 and 2 padding characters.
   std::size_t paddings = 0;
   for (const char* const identifier : {"a", "ab", "abc"}) {
-    std::string text =
-        base64Of(signer().sign(attributeSet({attribute(2, utf8Element(identifier))}), {}));
+    std::string text = base64Of(unsignedReceipt(identifier));
     EXPECT_EQ(bundleIdentifierOf(text), identifier);
     while (text.ends_with('=')) {
       text.pop_back();
@@ -108,7 +108,7 @@ TEST(AppReceiptTest, Base64IsReadWithAndWithoutPadding) {
     }
     EXPECT_EQ(bundleIdentifierOf(text), identifier);
   }
-  EXPECT_GT(paddings, 0U);
+  EXPECT_EQ(paddings, 3U);
 }
 
 TEST(AppReceiptTest, Base64IsReadInBothAlphabets) {

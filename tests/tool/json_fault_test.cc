@@ -68,8 +68,8 @@ TEST(JsonFaultTest, DescribesTheFirstFault) {
 }
 
 TEST(JsonFaultTest, FindsEachEscapeThatJsonDoesNotHave) {
-  for (const std::string_view escape :
-       {R"(\q)"sv, R"(\')"sv, R"(\u)"sv, R"(\u12)"sv, R"(\u12g4)"sv, R"(\u-123)"sv}) {
+  for (const std::string_view escape : {R"(\q)"sv, R"(\')"sv, R"(\u)"sv, R"(\u12)"sv, R"(\u12g4)"sv,
+                                        R"(\u-123)"sv, R"(\é)"sv, R"(\u006Ǘ)"sv}) {
     const std::string text = R"({"a":"\\\n)" + std::string(escape) + R"("})";
     EXPECT_EQ(describeJsonFault(text),
               R"(broken JSON at column 11: expected an escape that JSON has: )"
