@@ -26,22 +26,21 @@ std::optional<std::string_view> checkInputs(const StoreProduct* product,
 EventParameters baseParameters(std::string_view productIdentifier, const StoreProduct& product,
                                const StoreTransaction& transaction, std::int64_t multiplier) {
   EventParameters base;
-  base.set(ParameterKey::kProductId, QELValue::initWithString(productIdentifier));
+  base.setString(ParameterKey::kProductId, productIdentifier);
   if (const std::optional<Decimal> price = product.price()) {
-    base.set(ParameterKey::kPrice, QELValue::initWithInt64(amountFromPrice(*price, multiplier)));
+    base.setInt64(ParameterKey::kPrice, amountFromPrice(*price, multiplier));
     if (quantityOf(transaction) != 0) {
       // Read again, not kept: both keys have the quantity of this second reading.
       const std::int64_t quantity = quantityOf(transaction);
-      base.set(ParameterKey::kValue,
-               QELValue::initWithInt64(QELValueInMicrosFromPriceAndQuantity(*price, quantity)));
-      base.set(ParameterKey::kQuantity, QELValue::initWithInt64(quantity));
+      base.setInt64(ParameterKey::kValue, QELValueInMicrosFromPriceAndQuantity(*price, quantity));
+      base.setInt64(ParameterKey::kQuantity, quantity);
     }
   }
   if (const OptionalText currency = product.priceLocaleCurrencyCode()) {
-    base.set(ParameterKey::kCurrency, QELValue::initWithString(*currency));
+    base.setString(ParameterKey::kCurrency, *currency);
   }
   if (const OptionalText title = product.localizedTitle()) {
-    base.set(ParameterKey::kProductName, QELValue::initWithString(*title));
+    base.setString(ParameterKey::kProductName, *title);
   }
   return base;
 }

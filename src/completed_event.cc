@@ -10,7 +10,7 @@ bool hasRequiredKeys(const EventParameters& parameters) {
   constexpr std::array kRequired = {ParameterKey::kPrice, ParameterKey::kValue,
                                     ParameterKey::kCurrency, ParameterKey::kProductId};
   return std::all_of(kRequired.begin(), kRequired.end(),
-                     [&parameters](ParameterKey key) { return parameters.find(key) != nullptr; });
+                     [&parameters](ParameterKey key) { return parameters.contains(key); });
 }
 
 }  // namespace

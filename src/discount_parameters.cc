@@ -21,8 +21,8 @@ EventParameters freeTrialParameters(const EventParameters& validated) {
   EventParameters result;
   result.set(ParameterKey::kOriginalPrice, validated.find(ParameterKey::kPrice));
   result.setFlag(ParameterKey::kPriceIsDiscounted);
-  result.set(ParameterKey::kPrice, QELValue::initWithInt64(0));
-  result.set(ParameterKey::kValue, QELValue::initWithInt64(0));
+  result.setInt64(ParameterKey::kPrice, 0);
+  result.setInt64(ParameterKey::kValue, 0);
   return result;
 }
 
@@ -30,12 +30,11 @@ EventParameters offerParameters(const EventParameters& validated, const Decimal&
                                 const StoreTransaction& transaction, std::int64_t multiplier) {
   EventParameters result;
   result.set(ParameterKey::kOriginalPrice, validated.find(ParameterKey::kPrice));
-  result.set(ParameterKey::kPrice,
-             QELValue::initWithInt64(amountFromPrice(offerPrice, multiplier)));
+  result.setInt64(ParameterKey::kPrice, amountFromPrice(offerPrice, multiplier));
   const std::int64_t quantity = quantityOf(transaction);
   if (quantity != 0) {
-    result.set(ParameterKey::kValue,
-               QELValue::initWithInt64(QELValueInMicrosFromPriceAndQuantity(offerPrice, quantity)));
+    result.setInt64(ParameterKey::kValue,
+                    QELValueInMicrosFromPriceAndQuantity(offerPrice, quantity));
   }
   // "price_is_discounted" is left out: the validated parameters have it already.
   return result;

@@ -32,8 +32,7 @@ void setDedupeId(EventParameters& parameters, const QELInAppPurchaseItem& item,
                  const OptionalText& webOrderLineItemID) {
   const std::uint64_t dedupeId =
       QELTransactionDedupeID(item.originalTransactionID, webOrderLineItemID, item.productID);
-  parameters.set(ParameterKey::kDedupeId,
-                 QELValue::initWithInt64(static_cast<std::int64_t>(dedupeId)));
+  parameters.setInt64(ParameterKey::kDedupeId, static_cast<std::int64_t>(dedupeId));
 }
 
 void setInvalidSubscription(EventParameters& parameters) {

@@ -47,7 +47,7 @@ Strong<NSDictionary*> dictionaryOf(const EventParameters& parameters) {
   auto result = Strong<NSMutableDictionary*>::adopt(
       [[NSMutableDictionary alloc] initWithCapacity:kParameterKeyTexts.size()]);
   for (std::size_t i = 0; i < keys().size(); ++i) {
-    const auto& value = parameters.find(static_cast<ParameterKey>(i));
+    const QELValuePtr value = parameters.find(static_cast<ParameterKey>(i));
     if (value != nullptr) [result.get() setObject:objectOf(*value).get() forKey:keys()[i].get()];
   }
   return Strong<NSDictionary*>(result.get());

@@ -3,15 +3,16 @@
 #ifndef QEL_PLATFORM_VALUE_H_
 #define QEL_PLATFORM_VALUE_H_
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string_view>
 #include <utility>
 
 #include "qel/export.h"
 #include "qel/lifetime.h"
 #include "qel/text.h"
+#include "qel/value_block.h"
 
 namespace qel {
 
@@ -39,6 +40,9 @@ class QELValue {
                             static_cast<std::size_t>(number_));
   }
 
+  // Returns a pointer that owns this value.
+  [[nodiscard]] QELValuePtr share() const;
+
   friend bool operator==(const QELValue& left, const QELValue& right) {
     return left.number_ == right.number_ && left.stringValue() == right.stringValue();
   }
@@ -47,15 +51,30 @@ class QELValue {
   QELValue& operator=(const QELValue&) = delete;
 
  private:
+  friend class ParameterValues;
   friend class QELValuePtr;
 
-  // Starts with one owner, the pointer that is returned to the caller.
-  QELValue(bool isString, std::int64_t number) : owners_(1), isString_(isString), number_(number) {}
+  // Return a new value with an integer or a copy of `string`, in memory of `block`. Return null if
+  // the block has too little room left.
+  static const QELValue* makeIn(ValueBlock& block, std::int64_t integer) {
+    void* const memory = block.take(sizeof(QELValue));
+    return memory != nullptr ? new (memory) QELValue(block, false, integer) : nullptr;
+  }
+  static const QELValue* makeIn(ValueBlock& block, std::string_view string) {
+    void* const memory = block.take(sizeof(QELValue) + string.size());
+    if (memory == nullptr) return nullptr;
+    auto* const value =
+        new (memory) QELValue(block, true, static_cast<std::int64_t>(string.size()));
+    string.copy(reinterpret_cast<char*>(value + 1), string.size());
+    return value;
+  }
+
+  QELValue(ValueBlock& block, bool isString, std::int64_t number)
+      : block_(&block), isString_(isString), number_(number) {}
   ~QELValue() = default;
 
-  // Number of pointers that own the value. The count is inside the value, and the characters of a
-  // string come right after it, so that a value takes one allocation.
-  mutable std::atomic<std::uint32_t> owners_;
+  // The memory that this value is in. The characters of a string come right after the value.
+  ValueBlock* const block_;
   const bool isString_;
   // The integer, or the size of the string in bytes.
   const std::int64_t number_;
@@ -70,7 +89,7 @@ class QELValuePtr {
   // NOLINTNEXTLINE(google-explicit-constructor): null converts, as with any pointer.
   QELValuePtr(std::nullptr_t) {}
   QELValuePtr(const QELValuePtr& other) : value_(other.value_) {
-    if (value_ != nullptr) retain(*value_);
+    if (value_ != nullptr) value_->block_->retain();
   }
   QELValuePtr(QELValuePtr&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
   QELValuePtr& operator=(QELValuePtr other) noexcept {
@@ -78,7 +97,7 @@ class QELValuePtr {
     return *this;
   }
   ~QELValuePtr() {
-    if (value_ != nullptr) release(value_);
+    if (value_ != nullptr) value_->block_->release();
   }
 
   [[nodiscard]] const QELValue* get() const { return value_; }
@@ -94,18 +113,16 @@ class QELValuePtr {
  private:
   friend class QELValue;
 
-  // Takes over a new value, whose count is 1.
+  // Becomes the owner of a value that has been retained for it.
   explicit QELValuePtr(const QELValue* value) : value_(value) {}
-
-  static void retain(const QELValue& value) {
-    value.owners_.fetch_add(1, std::memory_order_relaxed);
-  }
-
-  // Decrements the count, and frees the value if this was the last owner.
-  QEL_EXPORT static void release(const QELValue* value);
 
   const QELValue* value_ = nullptr;
 };
+
+inline QELValuePtr QELValue::share() const {
+  block_->retain();
+  return QELValuePtr(this);
+}
 
 }  // namespace qel
 

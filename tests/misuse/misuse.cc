@@ -12,7 +12,6 @@ using qel::Decimal;
 using qel::EventParameters;
 using qel::Instant;
 using qel::OptionalText;
-using qel::ParameterKey;
 using qel::PlainProduct;
 using qel::PlainProductRecord;
 using qel::QELInAppPurchaseItem;
@@ -41,12 +40,6 @@ void loopOverATemporary(QELInAppPurchaseItemsView receipt) {
   for (const auto& entry : *qel::plainPurchaseEvent(nullptr, nullptr, receipt)) (void)entry;
   // expected-warning@+1 {{object backing the pointer will be destroyed}}
   for (const auto& item : *QELMatchingInAppPurchaseItems(receipt, "coins", {})) (void)item;
-}
-
-void keepAViewOfATemporary() {
-  // expected-warning@+1 {{temporary bound to local reference 'value' will be destroyed}}
-  const QELValuePtr& value = EventParameters().find(ParameterKey::kPrice);
-  (void)value;
 }
 
 // Results that were meant to be used.

@@ -1014,11 +1014,13 @@ class LimitTest(CommandTest):
             def limit_memory():
                 resource.setrlimit(resource.RLIMIT_AS, (megabytes << 20, megabytes << 20))
 
+            # With less memory than this the program does not start: its shared libraries fail.
+            if run("--version", preexec_fn=limit_memory).returncode != 0:
+                continue
             for jobs in ("1", "2"):
                 process = run("events", "--jobs", jobs, data=GOOD, preexec_fn=limit_memory)
-                # 127 is the system's, if there is not even memory for the program.
-                self.assertIn(process.returncode, (0, 1, 2, 127), (megabytes, jobs, process.stderr))
-                results = self.results(process) if process.returncode != 127 else []
+                self.assertIn(process.returncode, (0, 1, 2), (megabytes, jobs, process.stderr))
+                results = self.results(process)
                 if process.returncode == 0:
                     self.assertEqual(results, [GOOD_RESULT])
                 else:
