@@ -110,6 +110,9 @@ const char* foreignFormat(std::string_view start) {
   if (isReceipt(start)) {
     return "it is an app receipt; read it with qel-purchase receipt --purchases";
   }
+  if (start.front() == '<') {
+    return "it is XML or HTML; expected JSON Lines: one object on each line";
+  }
   const std::size_t newline = start.find('\n');
   const std::string_view line = start.substr(0, newline);
   if (isBinary(line)) return "it is binary data; expected JSON Lines in UTF-8";

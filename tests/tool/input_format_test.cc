@@ -39,6 +39,11 @@ TEST(InputFormatTest, RecognisesCsv) {
   EXPECT_EQ(format("a\tb\n"), "it is CSV");
 }
 
+TEST(InputFormatTest, RecognisesXmlAndHtml) {
+  EXPECT_EQ(format("<?xml version=\"1.0\"?>\n<plist>\n"), "it is XML or HTML");
+  EXPECT_EQ(format("\n<!DOCTYPE html><html>"), "it is XML or HTML");
+}
+
 TEST(InputFormatTest, RecognisesReceipts) {
   const std::string receipt = "it is an app receipt";
   EXPECT_EQ(format("\x30\x82\x15\x3f\x06\x09"), receipt);
