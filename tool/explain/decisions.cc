@@ -156,86 +156,99 @@ Prose missingFact(MissingInput input, const PurchaseFacts& facts) {
           : "The transaction has no payment, which counts as quantity 0, so there is no value.");
 }
 
-std::vector<Prose> factsOfCode(DiagnosticCode code, const PurchaseFacts& facts) {
+std::vector<Prose> restoredFacts(const PurchaseFacts& facts) {
+  const QELInAppPurchaseItem& latest = facts.ofProduct.back();
+  if (facts.ofProduct.size() == 1 && !latest.webOrderLineItemID.has_value()) {
+    return {kindFact(facts), transactionFact(facts)};
+  }
+  // The type alone decides here, before anything that would make it a subscription.
+  return {
+      Prose("The latest entry of the product, ", nameOf(latest), ", has ", typeText(latest), "."),
+      transactionFact(facts)};
+}
+
+std::vector<Prose> autoRenewableFacts(const PurchaseFacts& facts) {
+  std::vector<Prose> texts = entryFacts(facts);
+  if (facts.reported != nullptr) {
+    texts.emplace_back("It is neither a free trial nor an introductory offer.");
+  }
+  append(texts, flagFacts(facts));
+  return texts;
+}
+
+std::vector<Prose> freeTrialFacts(const PurchaseFacts& facts) {
+  std::vector<Prose> texts = entryFacts(facts);
+  texts.emplace_back("It is a free trial.");
+  if (!facts.hasCode(DiagnosticCode::kIntroductoryOffer)) append(texts, flagFacts(facts));
+  return texts;
+}
+
+std::vector<Prose> repurchasedFreeTrialFacts(const PurchaseFacts& facts) {
+  std::vector<Prose> texts = entryFacts(facts);
+  texts.emplace_back("It is a free trial.");
+  texts.push_back(transactionFact(facts));
+  return texts;
+}
+
+std::vector<Prose> introductoryOfferFacts(const PurchaseFacts& facts) {
   std::vector<Prose> texts;
+  if (!facts.hasCode(DiagnosticCode::kFreeTrial)) texts = entryFacts(facts);
+  texts.emplace_back("It is an introductory offer.");
+  append(texts, flagFacts(facts));
+  if (!facts.isMarked(ParameterKey::kFreeTrial)) texts.push_back(offerPriceFact(facts));
+  return texts;
+}
+
+Prose missingInReceiptFact(const PurchaseFacts& facts) {
+  const std::size_t size = facts.purchase.receipt.size();
+  if (size == 0) return Prose("The receipt has no entries.");
+  return Prose("None of the ", size, size == 1 ? " entry" : " entries",
+               " has the product identifier ", InputText{facts.productIdentifier()}, ".");
+}
+
+std::vector<Prose> factsOfCode(DiagnosticCode code, const PurchaseFacts& facts) {
   switch (code) {
+    case DiagnosticCode::kNilProduct:
+      return {Prose("The purchase has no product. Nothing else is read.")};
+    case DiagnosticCode::kEmptyProductId:
+      return {Prose(facts.productIdentifier().has_value()
+                        ? "The product's identifier is empty. Nothing else is read."
+                        : "The product has no identifier. Nothing else is read.")};
+    case DiagnosticCode::kNilTransaction:
+      return {Prose("The purchase has no transaction. Nothing else is read.")};
     case DiagnosticCode::kEmptyTransactionId:
-      texts.emplace_back(facts.transactionIdentifier().has_value()
-                             ? "The transaction's identifier is empty. This is only a warning."
-                             : "The transaction has no identifier. This is only a warning.");
-      break;
+      return {Prose(facts.transactionIdentifier().has_value()
+                        ? "The transaction's identifier is empty. This is only a warning."
+                        : "The transaction has no identifier. This is only a warning.")};
+    case DiagnosticCode::kMissingInReceipt:
+      return {missingInReceiptFact(facts)};
     case DiagnosticCode::kRestoredNonConsumable:
-      texts = {kindFact(facts), transactionFact(facts)};
-      if (facts.ofProduct.size() > 1 || facts.ofProduct.back().get().webOrderLineItemID) {
-        // The type alone decides here, before anything that would make it a subscription.
-        const QELInAppPurchaseItem& latest = facts.ofProduct.back();
-        texts.front() = Prose("The latest entry of the product, ", nameOf(latest), ", has ",
-                              typeText(latest), ".");
-      }
-      break;
+      return restoredFacts(facts);
     case DiagnosticCode::kMismatchedTransactionIds:
-      texts = {kindFact(facts),
-               Prose("Its transaction identifier ", InputText{facts.reported->transactionID},
-                     " and its original one ", InputText{facts.reported->originalTransactionID},
-                     " are not equal.")};
-      break;
+      return {kindFact(facts),
+              Prose("Its transaction identifier ", InputText{facts.reported->transactionID},
+                    " and its original one ", InputText{facts.reported->originalTransactionID},
+                    " are not equal.")};
     case DiagnosticCode::kConsumable:
     case DiagnosticCode::kNonConsumable:
-      texts = {kindFact(facts),
-               Prose("Its two transaction identifiers are equal. Its date is not compared.")};
-      break;
-    case DiagnosticCode::kAutoRenewable:
-      texts = entryFacts(facts);
-      if (facts.reported != nullptr) {
-        texts.emplace_back("It is neither a free trial nor an introductory offer.");
-      }
-      append(texts, flagFacts(facts));
-      break;
-    case DiagnosticCode::kFreeTrial:
-      texts = entryFacts(facts);
-      texts.emplace_back("It is a free trial.");
-      if (!facts.hasCode(DiagnosticCode::kIntroductoryOffer)) append(texts, flagFacts(facts));
-      break;
-    case DiagnosticCode::kRepurchasedFreeTrial:
-      texts = entryFacts(facts);
-      texts.emplace_back("It is a free trial.");
-      texts.push_back(transactionFact(facts));
-      break;
-    case DiagnosticCode::kIntroductoryOffer:
-      if (!facts.hasCode(DiagnosticCode::kFreeTrial)) texts = entryFacts(facts);
-      texts.emplace_back("It is an introductory offer.");
-      append(texts, flagFacts(facts));
-      if (!facts.isMarked(ParameterKey::kFreeTrial)) texts.push_back(offerPriceFact(facts));
-      break;
-    case DiagnosticCode::kAutoRenewableRenewal:
-      texts.emplace_back("The last code of every valid free trial and introductory offer.");
-      break;
-    case DiagnosticCode::kMissingInReceipt:
-      texts.push_back(facts.purchase.receipt.empty()
-                          ? Prose("The receipt has no entries.")
-                          : Prose("None of the ", facts.purchase.receipt.size(),
-                                  facts.purchase.receipt.size() == 1 ? " entry" : " entries",
-                                  " has the product identifier ",
-                                  InputText{facts.productIdentifier()}, "."));
-      break;
+      return {kindFact(facts),
+              Prose("Its two transaction identifiers are equal. Its date is not compared.")};
     case DiagnosticCode::kSubscriptionMissingInReceipt:
     case DiagnosticCode::kDuplicateTransactionDate:
     case DiagnosticCode::kNonRenewingSubscription:
-      texts = entryFacts(facts);
-      break;
-    case DiagnosticCode::kNilProduct:
-      texts.emplace_back("The purchase has no product. Nothing else is read.");
-      break;
-    case DiagnosticCode::kEmptyProductId:
-      texts.emplace_back(facts.productIdentifier().has_value()
-                             ? "The product's identifier is empty. Nothing else is read."
-                             : "The product has no identifier. Nothing else is read.");
-      break;
-    case DiagnosticCode::kNilTransaction:
-      texts.emplace_back("The purchase has no transaction. Nothing else is read.");
-      break;
+      return entryFacts(facts);
+    case DiagnosticCode::kAutoRenewable:
+      return autoRenewableFacts(facts);
+    case DiagnosticCode::kFreeTrial:
+      return freeTrialFacts(facts);
+    case DiagnosticCode::kRepurchasedFreeTrial:
+      return repurchasedFreeTrialFacts(facts);
+    case DiagnosticCode::kIntroductoryOffer:
+      return introductoryOfferFacts(facts);
+    case DiagnosticCode::kAutoRenewableRenewal:
+      return {Prose("The last code of every valid free trial and introductory offer.")};
   }
-  return texts;
+  return {};
 }
 
 }  // namespace

@@ -104,59 +104,69 @@ bool joinsEmoji(utf8proc_int32_t before) {
 }
 
 // Splits a text into what a reader sees as characters, with escapes for what is not visible.
-std::vector<Cluster> clustersOf(std::string_view text) {
-  std::vector<Cluster> clusters;
-  const auto appendEscape = [&clusters](std::string escape) {
+class ClusterSplitter {
+ public:
+  std::vector<Cluster> split(std::string_view text) {
+    CharacterReader reader(text);
+    while (!reader.atEnd()) {
+      char32_t surrogate = 0;
+      utf8proc_int32_t character = 0;
+      std::string_view bytes;
+      if (reader.nextSurrogate(surrogate)) {
+        addEscape(escapeOf(surrogate));
+      } else if (!reader.next(character, bytes)) {
+        addEscape("\\x" + hexadecimal(static_cast<unsigned char>(bytes.front()), 2));
+      } else {
+        addCharacter(character, bytes);
+      }
+    }
+    return std::move(clusters_);
+  }
+
+ private:
+  void addEscape(std::string escape) {
     const std::size_t columns = escape.size();
-    clusters.push_back({std::move(escape), columns});
-  };
-  CharacterReader reader(text);
+    clusters_.push_back({std::move(escape), columns});
+    before_ = -1;
+  }
+
+  void addCharacter(utf8proc_int32_t character, std::string_view bytes) {
+    const utf8proc_property_t& property = *utf8proc_get_property(character);
+    const bool isJoiner = character == kZeroWidthJoiner && before_ >= 0 && joinsEmoji(base_);
+    if (isAccent(property)) ++accents_;
+    const bool isTooMany = isAccent(property) && (before_ < 0 || accents_ > kMostAccents);
+    if ((!isVisible(character, property) && !isJoiner) || isTooMany) {
+      addEscape(escapeOf(static_cast<std::uint32_t>(character)));
+      return;
+    }
+    const bool isNew = before_ < 0 || static_cast<bool>(utf8proc_grapheme_break_stateful(
+                                          before_, character, &state_));
+    if (isNew) {
+      clusters_.emplace_back();
+      state_ = 0;
+      accents_ = 0;
+    }
+    if (isNew || (!isAccent(property) && !isJoiner)) base_ = character;
+    const bool isBackslash = character == '\\';
+    clusters_.back().text += isBackslash ? std::string_view("\\\\") : bytes;
+    clusters_.back().columns +=
+        isBackslash ? 2 : static_cast<std::size_t>(utf8proc_charwidth(character));
+    before_ = character;
+  }
+
+  std::vector<Cluster> clusters_;
   // The visible character before, -1 after an escape. An accent after an escape would combine with
   // the escape, so it is escaped as well.
-  utf8proc_int32_t before = -1;
-  utf8proc_int32_t base = -1;
-  utf8proc_int32_t state = 0;
-  int accents = 0;
-  while (!reader.atEnd()) {
-    char32_t surrogate = 0;
-    if (reader.nextSurrogate(surrogate)) {
-      appendEscape(escapeOf(surrogate));
-      before = -1;
-      continue;
-    }
-    utf8proc_int32_t character = 0;
-    std::string_view bytes;
-    if (!reader.next(character, bytes)) {
-      appendEscape("\\x" + hexadecimal(static_cast<unsigned char>(bytes.front()), 2));
-      before = -1;
-      continue;
-    }
-    const utf8proc_property_t& property = *utf8proc_get_property(character);
-    const bool isJoiner = character == kZeroWidthJoiner && before >= 0 && joinsEmoji(base);
-    if (isAccent(property)) ++accents;
-    const bool isTooMany = isAccent(property) && (before < 0 || accents > kMostAccents);
-    if ((!isVisible(character, property) && !isJoiner) || isTooMany) {
-      appendEscape(character == '\\' ? "\\\\" : escapeOf(static_cast<std::uint32_t>(character)));
-      before = -1;
-      continue;
-    }
-    const auto columns = static_cast<std::size_t>(utf8proc_charwidth(character));
-    const bool isNew = before < 0 || static_cast<bool>(utf8proc_grapheme_break_stateful(
-                                         before, character, &state));
-    if (isNew) {
-      clusters.emplace_back();
-      state = 0;
-      base = character;
-      accents = 0;
-    } else if (!isAccent(property) && !isJoiner) {
-      base = character;
-    }
-    clusters.back().text += character == '\\' ? std::string_view("\\\\") : bytes;
-    clusters.back().columns += character == '\\' ? 2 : columns;
-    before = character;
-  }
-  return clusters;
-}
+  utf8proc_int32_t before_ = -1;
+  // The last character of the cluster that is neither an accent nor a joiner.
+  utf8proc_int32_t base_ = -1;
+  // utf8proc's, for the cluster so far.
+  utf8proc_int32_t state_ = 0;
+  // Number of accents in the cluster, with those that were escaped.
+  int accents_ = 0;
+};
+
+std::vector<Cluster> clustersOf(std::string_view text) { return ClusterSplitter().split(text); }
 
 std::size_t columnsOf(const std::vector<Cluster>& clusters) {
   std::size_t columns = 0;

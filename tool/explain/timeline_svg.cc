@@ -236,6 +236,46 @@ std::string description(const Explanation& explanation) {
   return plainHtmlOf(text);
 }
 
+// The start of the picture: its size, and its title and description for screen readers.
+std::string opening(const Explanation& explanation, std::string_view name, int height) {
+  const std::string title = std::string(name) + "-title";
+  const std::string details = std::string(name) + "-desc";
+  return R"(<svg class="timeline" role="img" width="100%" height=")" + std::to_string(height) +
+         "\" aria-labelledby=\"" + title + " " + details + "\"><title id=\"" + title +
+         "\">Timeline of the receipt</title><desc id=\"" + details + "\">" +
+         description(explanation) + "</desc>";
+}
+
+void appendTransaction(Instant transaction, const Axis& axis, int end, std::string& out) {
+  const int position = axis.of(transaction);
+  out += R"(<line class="now" x1=")" + percent(position) + "\" x2=\"" + percent(position) +
+         "\" y1=\"" + std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(end) + "\"/>";
+  out += textAt(position, kTop - 8, anchorAt(position), "transaction " + dateText(transaction));
+}
+
+// The line of a lane and the name of its product. The first lane is that of the product itself.
+void appendLane(const Lane& lane, bool isFirst, int y, std::string& out) {
+  const std::string line = std::to_string(y);
+  out.append(R"(<line class="lane" x1="0" x2="100%" y1=")").append(line);
+  out.append("\" y2=\"").append(line).append("\"/>");
+  const std::string product =
+      lane.product.has_value() ? displayText(*lane.product, 32) : "(no product)";
+  out += textAt(0, isFirst ? kTop + 16 : y - 16, isFirst ? "from lane own" : "from lane",
+                escapedHtml(product));
+}
+
+// The first and the last day below the lanes.
+void appendAxis(const Axis& axis, int y, std::string& out) {
+  const std::string first = dateText(axis.first()).substr(0, 10);
+  const std::string last = dateText(axis.last()).substr(0, 10);
+  if (first == last) {
+    out += textAt((kStart + kEnd) / 2, y, "mid axis", first);
+  } else {
+    out += textAt(kStart, y, "from axis", first);
+    out += textAt(kEnd, y, "to axis", last);
+  }
+}
+
 }  // namespace
 
 std::string_view timelineShapes() {
@@ -259,28 +299,13 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
   const std::optional<Arc> arc = arcOf(explanation, axis);
   const int firstLane = kTop + kFirstLane + (arc.has_value() ? kArc : 0);
   const int laneEnd = firstLane + kLane * (static_cast<int>(lanes.size()) - 1);
-  const std::string title = std::string(name) + "-title";
-  const std::string details = std::string(name) + "-desc";
 
-  std::string out = R"(<svg class="timeline" role="img" width="100%" height=")" +
-                    std::to_string(laneEnd + kAxis) + "\" aria-labelledby=\"" + title + " " +
-                    details + "\"><title id=\"" + title + "\">Timeline of the receipt</title>" +
-                    "<desc id=\"" + details + "\">" + description(explanation) + "</desc>";
-  if (transaction.has_value()) {
-    const int position = axis.of(transaction);
-    out += R"(<line class="now" x1=")" + percent(position) + "\" x2=\"" + percent(position) +
-           "\" y1=\"" + std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(laneEnd) + "\"/>";
-    out += textAt(position, kTop - 8, anchorAt(position), "transaction " + dateText(*transaction));
-  }
+  std::string out = opening(explanation, name, laneEnd + kAxis);
+  if (transaction.has_value()) appendTransaction(*transaction, axis, laneEnd, out);
   int y = firstLane - kLaneLine;
-  for (std::size_t i = 0; i < lanes.size(); ++i, y += kLane) {
-    const std::string line = std::to_string(y);
-    out.append(R"(<line class="lane" x1="0" x2="100%" y1=")").append(line);
-    out.append("\" y2=\"").append(line).append("\"/>");
-    const std::string product =
-        lanes[i].product.has_value() ? displayText(*lanes[i].product, 32) : "(no product)";
-    const int labelY = i == 0 ? kTop + 16 : y - 16;
-    out += textAt(0, labelY, i == 0 ? "from lane own" : "from lane", escapedHtml(product));
+  for (const Lane& lane : lanes) {
+    appendLane(lane, &lane == &lanes.front(), y, out);
+    y += kLane;
   }
   if (arc.has_value()) appendArc(*arc, out);
   y = firstLane - kLaneLine;
@@ -288,16 +313,7 @@ std::string timelineSvg(const Explanation& explanation, std::string_view name) {
     appendMarks(lane, axis, y, out);
     y += kLane;
   }
-  if (!axis.empty()) {
-    const std::string first = dateText(axis.first()).substr(0, 10);
-    const std::string last = dateText(axis.last()).substr(0, 10);
-    if (first == last) {
-      out += textAt((kStart + kEnd) / 2, laneEnd + kAxis - 8, "mid axis", first);
-    } else {
-      out += textAt(kStart, laneEnd + kAxis - 8, "from axis", first);
-      out += textAt(kEnd, laneEnd + kAxis - 8, "to axis", last);
-    }
-  }
+  if (!axis.empty()) appendAxis(axis, laneEnd + kAxis - 8, out);
   return out + "</svg>" + captionOf(drawn, explanation.facts.purchase.receipt.size());
 }
 
