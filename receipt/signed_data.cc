@@ -53,6 +53,14 @@ std::pair<std::size_t, std::size_t> base64Range(std::string_view text) {
   return {start, end};
 }
 
+// Returns a visible ASCII character itself, and the number of any other byte.
+std::string nameOfByte(char byte) {
+  if (byte > ' ' && byte < '\x7F') return std::string(1, byte);
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto number = static_cast<unsigned char>(byte);
+  return std::string("the byte 0x") + kDigits[number >> 4] + kDigits[number & 0xF];
+}
+
 // Returns the digits of a base64 text, without white space and padding.
 std::string base64DigitsOf(std::string_view text) {
   const auto [start, end] = base64Range(text);
@@ -65,7 +73,8 @@ std::string base64DigitsOf(std::string_view text) {
     if (text[i] == '=') {
       if (++padding > 2) fail(i, "expected at most two = at the end of base64, found more");
     } else if (digit == '\0') {
-      fail(i, "expected a receipt in DER, BER or base64, found a character that is not of base64");
+      fail(i, "expected a receipt in DER, BER or base64, found " + nameOfByte(text[i]) +
+                  ", which is not of base64");
     } else if (padding > 0) {
       fail(i, "expected one receipt, found a digit behind the = at its end");
     } else {

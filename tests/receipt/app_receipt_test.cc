@@ -111,6 +111,14 @@ TEST(AppReceiptTest, Base64IsReadWithAndWithoutPadding) {
   EXPECT_EQ(paddings, 3U);
 }
 
+TEST(AppReceiptTest, ByteThatIsNotOfBase64IsNamed) {
+  const std::string start = ", 0: expected a receipt in DER, BER or base64, found ";
+  EXPECT_EQ(failureOf("<html>"), start + "<, which is not of base64");
+  EXPECT_EQ(failureOf("~"), start + "~, which is not of base64");
+  EXPECT_EQ(failureOf("\x89PNG"), start + "the byte 0x89, which is not of base64");
+  EXPECT_EQ(failureOf("\x7F"), start + "the byte 0x7F, which is not of base64");
+}
+
 TEST(AppReceiptTest, Base64IsReadInBothAlphabets) {
   std::string text = base64Of(signedReceipt());
   ASSERT_NE(text.find_first_of("+/"), std::string::npos);
@@ -140,8 +148,7 @@ TEST(AppReceiptTest, BytesThatAreNoReceiptAreErrors) {
   EXPECT_EQ(failureOf(""), ", 0: expected a receipt, found nothing");
   EXPECT_EQ(failureOf(" \n"), ", 0: expected a receipt, found nothing");
   EXPECT_EQ(failureOf("TUl*"),
-            ", 3: expected a receipt in DER, BER or base64, found a character that is not of "
-            "base64");
+            ", 3: expected a receipt in DER, BER or base64, found *, which is not of base64");
   EXPECT_EQ(failureOf("TUlJ===="), ", 6: expected at most two = at the end of base64, found more");
   EXPECT_EQ(failureOf("TU=J"), ", 3: expected one receipt, found a digit behind the = at its end");
   EXPECT_EQ(

@@ -114,8 +114,8 @@ TEST(SignatureTest, CertificatesMustBeReadable) {
 
 TEST(SignatureTest, UnreadableReceiptsAreNotVerified) {
   EXPECT_EQ(verification("*", signer().root()),
-            "the receipt cannot be read: expected a receipt in DER, BER or base64, found a "
-            "character that is not of base64");
+            "the receipt cannot be read: expected a receipt in DER, BER or base64, found *, "
+            "which is not of base64");
 }
 
 // Whichever byte changes: what is still verified has the content that was signed.

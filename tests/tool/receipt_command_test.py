@@ -206,7 +206,7 @@ class ReceiptErrorTest(ReceiptTest):
                 "error": {
                     "path": "",
                     "offset": 4,
-                    "message": "expected a receipt in DER, BER or base64, found a character that is "
+                    "message": "expected a receipt in DER, BER or base64, found *, which is "
                     "not of base64",
                 },
             },
