@@ -1,10 +1,12 @@
-// The digest with libmd, a small library of Linux and the BSDs.
+// The digest with libmd, which offers the digest functions of OpenBSD on other systems.
 
 #include <md5.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 #include "digest/digest_number.h"
 #include "qel/digest.h"
@@ -12,8 +14,8 @@
 namespace qel {
 namespace {
 
-// A block ends with the size of the text in bits. At least one byte of padding comes before it
-// (RFC 1321, sections 3.1 and 3.2).
+// The last block ends with the size of the text in bits, in eight bytes, the least significant
+// first. At least one byte of padding comes before it (RFC 1321, sections 3.1 and 3.2).
 constexpr std::size_t kSizePosition = MD5_BLOCK_LENGTH - 8;
 
 // Returns `word` with its four bytes in reverse order.
@@ -21,8 +23,8 @@ std::uint32_t reversedBytes(std::uint32_t word) {
   return word << 24 | (word & 0xFF00) << 8 | (word >> 8 & 0xFF00) | word >> 24;
 }
 
-// Digests a text that leaves room for the padding in one block. Nearly all identifiers are so
-// short, and so takes two thirds of the time.
+// Digests a text that leaves room for the padding in one block, as nearly all identifiers do. One
+// transformation is faster than the functions below, which collect a text of any size in blocks.
 std::uint64_t digestInOneBlock(std::string_view bytes) {
   std::array<std::uint8_t, MD5_BLOCK_LENGTH> block = {};
   std::copy(bytes.begin(), bytes.end(), block.begin());

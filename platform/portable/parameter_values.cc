@@ -7,8 +7,9 @@
 namespace qel {
 namespace {
 
-// The size of the block, in bytes. On a 64-bit system the slots take 112 bytes, and each value 24
-// and its text. A renewal has eight values, three of them with a text.
+// Bytes for slots and values: a block of 512 on 64-bit systems, without its head. There, the slots
+// take 112, and a value 24 and its text, rounded up to 8. A renewal has eight values, three of them
+// with a text.
 constexpr std::size_t kRoom = 496;
 
 }  // namespace
@@ -48,8 +49,9 @@ void ParameterValues::setString(ParameterKey key, std::string_view string) {
 }
 
 void ParameterValues::set(ParameterKey key, QELValuePtr value) {
-  if (value->block_ != &block()) value->block_->retain();
-  replace(key, value.get());
+  const bool isInBlock = value->block_ == &block();
+  // The block is owned already. Otherwise the slot becomes the owner in place of `value`.
+  replace(key, isInBlock ? value.get() : value.giveUp());
 }
 
 bool ParameterValues::erase(ParameterKey key) {
@@ -60,6 +62,7 @@ bool ParameterValues::erase(ParameterKey key) {
 
 ValueBlock& ParameterValues::block() {
   if (block_ == nullptr) {
+    static_assert(sizeof(Slots) <= kRoom && alignof(Slots) <= ValueBlock::kAlignment);
     block_ = ValueBlock::withRoom(kRoom);
     slots_ = new (block_->take(sizeof(Slots))) Slots{};
   }

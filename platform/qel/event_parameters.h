@@ -78,7 +78,7 @@ class EventParameters {
     return true;
   }
 
-  // Returns the value of `key`, null if there is none.
+  // Returns an owner of the value of `key`, null if there is none.
   [[nodiscard]] QELValuePtr find(ParameterKey key) const {
     const QELValue* const value = known_.get(key);
     return value != nullptr ? value->share() : nullptr;
@@ -91,7 +91,10 @@ class EventParameters {
 
   // Returns whether `key` has a value.
   [[nodiscard]] bool contains(ParameterKey key) const { return known_.get(key) != nullptr; }
-  [[nodiscard]] bool contains(std::string_view key) const { return find(key) != nullptr; }
+  [[nodiscard]] bool contains(std::string_view key) const {
+    if (const std::optional<ParameterKey> known = keyOf(key)) return contains(*known);
+    return others_.find(key) != others_.end();
+  }
 
   // Iteration is in ascending order of the keys, compared byte by byte.
   [[nodiscard]] Iterator begin() const QEL_LIFETIME_BOUND;

@@ -17,7 +17,8 @@
 namespace qel {
 
 // A value for each ParameterKey, or null. The values that are made here share one block of memory,
-// as far as they fit in. Copies share their values.
+// as far as they fit in. The block is not reused when a value is replaced, and is freed when the
+// mapping and the last owner of one of its values are gone. Copies share their values.
 //
 // Threads: like a standard container. The values can be shared between threads.
 class ParameterValues {
@@ -38,7 +39,7 @@ class ParameterValues {
   // Removes the value of `key`. Returns whether there was one.
   QEL_EXPORT bool erase(ParameterKey key);
 
-  // Returns the value of `key`, null if there is none. Valid until the value is replaced or erased.
+  // Returns the value of `key`, null if there is none. Valid until this object is changed or ends.
   [[nodiscard]] const QELValue* get(ParameterKey key) const QEL_LIFETIME_BOUND {
     return slots_ != nullptr ? (*slots_)[static_cast<std::size_t>(key)] : nullptr;
   }

@@ -40,7 +40,8 @@ class QELValue {
                             static_cast<std::size_t>(number_));
   }
 
-  // Returns a pointer that owns this value.
+  // Returns an owner of this value. It keeps the memory of all values of the same event, 512 bytes
+  // on 64-bit systems.
   [[nodiscard]] QELValuePtr share() const;
 
   friend bool operator==(const QELValue& left, const QELValue& right) {
@@ -54,8 +55,7 @@ class QELValue {
   friend class ParameterValues;
   friend class QELValuePtr;
 
-  // Return a new value with an integer or a copy of `string`, in memory of `block`. Return null if
-  // the block has too little room left.
+  // Returns a new value in memory of `block`, null if too little of it is left. `string` is copied.
   static const QELValue* makeIn(ValueBlock& block, std::int64_t integer) {
     void* const memory = block.take(sizeof(QELValue));
     return memory != nullptr ? new (memory) QELValue(block, false, integer) : nullptr;
@@ -88,7 +88,7 @@ class QELValuePtr {
   QELValuePtr() = default;
   // NOLINTNEXTLINE(google-explicit-constructor): null converts, as with any pointer.
   QELValuePtr(std::nullptr_t) {}
-  QELValuePtr(const QELValuePtr& other) : value_(other.value_) {
+  QELValuePtr(const QELValuePtr& other) noexcept : value_(other.value_) {
     if (value_ != nullptr) value_->block_->retain();
   }
   QELValuePtr(QELValuePtr&& other) noexcept : value_(std::exchange(other.value_, nullptr)) {}
@@ -111,13 +111,19 @@ class QELValuePtr {
   friend bool operator==(const QELValuePtr& left, const QELValuePtr& right) = default;
 
  private:
+  friend class ParameterValues;
   friend class QELValue;
 
   // Becomes the owner of a value that has been retained for it.
   explicit QELValuePtr(const QELValue* value) : value_(value) {}
 
+  // Returns the value, and no longer owns it. It stays retained.
+  const QELValue* giveUp() { return std::exchange(value_, nullptr); }
+
   const QELValue* value_ = nullptr;
 };
+
+static_assert(alignof(QELValue) <= ValueBlock::kAlignment);
 
 inline QELValuePtr QELValue::share() const {
   block_->retain();

@@ -11,17 +11,19 @@
 
 namespace qel {
 
-// A block of memory for values, with the number of its owners: a value has no memory and no count
-// of its own. Who owns one value of a block owns the block, which is freed after its last owner.
+// A block of memory for values, and the number of its owners. A value has no count of its own: who
+// owns a value owns its block, which is freed when its last owner releases it.
 //
 // Threads: owners on several threads can share a block. One thread at a time may take memory.
 class ValueBlock {
  public:
-  // Returns a block with `size` bytes, or slightly more. The caller is its owner.
+  // The alignment of values and of what else is in a block.
+  static constexpr std::size_t kAlignment = alignof(std::int64_t);
+
+  // Returns a block with at least `size` free bytes. The caller is its owner.
   static ValueBlock* withRoom(std::size_t size);
 
-  // Returns `size` bytes of the block, aligned for values and pointers. Returns null if too few are
-  // left.
+  // Returns `size` bytes of the block. Returns null if too few are left.
   void* take(std::size_t size) {
     const std::size_t taken = aligned(size);
     if (taken > room_) return nullptr;
@@ -40,7 +42,6 @@ class ValueBlock {
 
   // Returns `size` rounded up to a multiple of the alignment.
   static constexpr std::size_t aligned(std::size_t size) {
-    constexpr std::size_t kAlignment = alignof(std::int64_t);
     return (size + kAlignment - 1) / kAlignment * kAlignment;
   }
 

@@ -123,6 +123,16 @@ TEST(EventParametersTest, MergedValuesWinAndOthersStay) {
   EXPECT_TRUE(isEvent(other, {{"price", 3}, {"value", 4}}));
 }
 
+TEST(EventParametersTest, MergedWithItselfIsTheSame) {
+  EventParameters parameters;
+  parameters.setInt64(ParameterKey::kPrice, 2);
+  parameters.set("store", QELValue::initWithString("de"));
+  const QELValuePtr price = parameters.find(ParameterKey::kPrice);
+  parameters.merge(parameters);
+  EXPECT_EQ(parameters.find(ParameterKey::kPrice), price);
+  EXPECT_TRUE(isEvent(parameters, {{"price", 2}, {"store", "de"}}));
+}
+
 TEST(EventParametersTest, CopiesShareTheirValuesButNotTheirKeys) {
   EventParameters parameters;
   parameters.set(ParameterKey::kPrice, QELValue::initWithInt64(1));

@@ -64,6 +64,16 @@ TEST(ParameterValuesTest, StringsOfAllSizesAreReadBack) {
   }
 }
 
+TEST(ParameterValuesTest, StringCanBeThatOfTheValueItReplaces) {
+  ParameterValues values = threeValues();
+  // More often than there is room.
+  for (int i = 0; i < 100; ++i) {
+    values.setString(kName, *values.get(kName)->stringValue());
+    values.setString(ParameterKey::kCurrency, *values.get(ParameterKey::kCurrency)->stringValue());
+  }
+  expectThreeValues(values);
+}
+
 TEST(ParameterValuesTest, AreDifferentObjects) {
   ParameterValues values;
   values.setInt64(kPrice, 1);

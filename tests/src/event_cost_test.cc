@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "support/counted_allocations.h"
 #include "support/purchase_fixtures.h"
@@ -18,7 +19,7 @@ TEST(EventCostTest, RenewalTakesFourAllocations) {
                                 .localizedTitle = "Monthly"};
   const PlainTransaction transaction = {.transactionIdentifier = "1001",
                                         .transactionDate = kMarchInstant};
-  // The identifiers are longer than what a string holds in itself.
+  // The joined identifiers are longer than what a string holds in itself.
   const std::vector<QELInAppPurchaseItem> entries = {
       withWebOrder(entryOf(kAutoRenewable, "monthly", kFebruary, "1000", "1000"), "76"),
       withWebOrder(entryOf(kAutoRenewable, "monthly", kMarch, "1001", "1000"), "1000000000077")};
