@@ -1,4 +1,4 @@
-// The digest with libmd, which offers the digest functions of OpenBSD on other systems.
+// The digest with libmd, which offers the digest functions of BSD systems elsewhere.
 
 #include <md5.h>
 
